@@ -1,0 +1,136 @@
+#pragma once
+
+#include "groundwork/groundworkapi.h"
+#include "platform/platformtext.h"
+
+#include <compare>
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+/// Text that owns its units: UTF-16 (`CString`, also called `String`) or bytes (`CStringA`).
+///
+/// Lengths, positions and order count units, not characters: U+1F600 has two UTF-16 units and sorts
+/// before U+FF5E. A text may hold zero units; where only a zero-terminated pointer can be passed
+/// on, it then ends early. Conversions to other encodings have names; only `wchar_t` text, which
+/// means the same as UTF-16 text, converts by itself.
+///
+/// Threads: as a standard string: many readers, or one writer.
+template <class Unit> class CStringT
+{
+public:
+    using value_type = Unit;
+    using View = std::basic_string_view<Unit>;
+    using const_iterator = const Unit*;
+    using iterator = const_iterator;
+    static constexpr std::size_t npos = View::npos;
+
+    CStringT() = default;
+    /// Null is the empty text.
+    CStringT(const Unit* text) // NOLINT(google-explicit-constructor): a literal is a text
+        : m_text(text != nullptr ? View(text) : View())
+    {
+    }
+    CStringT(const Unit* text, std::size_t length)
+        : m_text(text, length)
+    {
+    }
+    CStringT(View text) // NOLINT(google-explicit-constructor): so is a view
+        : m_text(text)
+    {
+    }
+    CStringT(std::basic_string<Unit> text) // NOLINT(google-explicit-constructor): and a string
+        : m_text(std::move(text))
+    {
+    }
+    CStringT(const wchar_t* text) // NOLINT(google-explicit-constructor): wide text is UTF-16 here
+        requires std::is_same_v<Unit, char16_t>
+        : m_text(text != nullptr ? platform::FromWide(text) : std::u16string())
+    {
+    }
+    CStringT(std::nullptr_t) = delete;
+
+    static CStringT FromUtf8(std::string_view text) requires std::is_same_v<Unit, char16_t>
+    {
+        return platform::FromUtf8(text);
+    }
+    /// From text in the system code page.
+    static CStringT FromCodePage(std::string_view text) requires std::is_same_v<Unit, char16_t>
+    {
+        return platform::FromCodePage(text);
+    }
+    std::string ToUtf8() const requires std::is_same_v<Unit, char16_t>
+    {
+        return platform::ToUtf8(m_text);
+    }
+    std::string ToCodePage() const requires std::is_same_v<Unit, char16_t>
+    {
+        return platform::ToCodePage(m_text);
+    }
+    std::wstring ToWide() const requires std::is_same_v<Unit, char16_t>
+    {
+        return platform::ToWide(m_text);
+    }
+
+    CStringT& Append(View text)
+    {
+        m_text.append(text);
+        return *this;
+    }
+    CStringT& operator+=(View text) { return Append(text); }
+    CStringT& operator+=(Unit unit)
+    {
+        m_text += unit;
+        return *this;
+    }
+    void Empty() { m_text.clear(); }
+    void Reserve(std::size_t length) { m_text.reserve(length); }
+    /// Cuts the text, or fills it up with zero units.
+    void SetLength(std::size_t length) { m_text.resize(length); }
+
+    bool IsEmpty() const { return m_text.empty(); }
+    std::size_t GetLength() const { return m_text.size(); }
+    /// Zero-terminated; valid until the text changes.
+    const Unit* GetString() const { return m_text.c_str(); }
+    View GetView() const { return m_text; }
+    operator View() const { return m_text; } // NOLINT(google-explicit-constructor): see GetView
+    Unit operator[](std::size_t position) const { return m_text[position]; }
+    /// The units, to be changed in place; GetLength() of them.
+    Unit* GetBuffer() { return m_text.data(); }
+
+    std::size_t Find(View text, std::size_t start = 0) const { return GetView().find(text, start); }
+    /// Up to `length` units from `start`; empty where `start` lies beyond the end.
+    CStringT Mid(std::size_t start, std::size_t length = npos) const
+    {
+        return start < m_text.size() ? CStringT(GetView().substr(start, length)) : CStringT();
+    }
+    CStringT Left(std::size_t length) const { return Mid(0, length); }
+
+    /// Negative, zero or positive, by unit value.
+    int Compare(View other) const { return GetView().compare(other); }
+
+    const_iterator begin() const { return m_text.data(); }
+    const_iterator end() const { return m_text.data() + m_text.size(); }
+    std::size_t size() const { return m_text.size(); }
+    bool empty() const { return m_text.empty(); }
+
+    friend bool operator==(const CStringT& a, const CStringT& b) { return a.m_text == b.m_text; }
+    friend bool operator==(const CStringT& a, View b) { return a.GetView() == b; }
+    friend bool operator==(const CStringT& a, const Unit* b) { return a.GetView() == View(b); }
+    friend auto operator<=>(const CStringT& a, const CStringT& b) { return a.m_text <=> b.m_text; }
+    friend auto operator<=>(const CStringT& a, View b) { return a.GetView() <=> b; }
+    friend auto operator<=>(const CStringT& a, const Unit* b) { return a.GetView() <=> View(b); }
+    friend CStringT operator+(const CStringT& a, const CStringT& b)
+    {
+        return CStringT(a).Append(b);
+    }
+
+private:
+    std::basic_string<Unit> m_text;
+};
+
+using CString = CStringT<char16_t>;
+using String = CString;
+using CStringA = CStringT<char>;

@@ -1,0 +1,13 @@
+#pragma once
+
+/// The abstract root of the containers: arrays, lists, maps, sets.
+template <class T> class TuContainer
+{
+public:
+    virtual ~TuContainer() = default;
+
+protected:
+    TuContainer() = default;
+    TuContainer(const TuContainer&) = default;
+    TuContainer& operator=(const TuContainer&) = default;
+};

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "groundwork/tuexception.h"
+
+/// An allocation that failed.
+class GROUNDWORK_API TuExceptionOutOfMemory : public TuException
+{
+    TU_DECLARE_RTTI
+
+public:
+    TuExceptionOutOfMemory(const CString& file, unsigned int line);
+
+private:
+    static IObject* CloneByFactory(const IObject& object);
+};
+
+/// A condition that did not hold: the base of the two classes below.
+class GROUNDWORK_API TuExceptionCondition : public TuException
+{
+    TU_DECLARE_RTTI
+
+protected:
+    /// `description` says which condition; it may be empty.
+    TuExceptionCondition(
+        const CString& file, unsigned int line, const CString& description, const TuRTTI& record);
+};
+
+/// An argument or a state that violates a function's contract.
+class GROUNDWORK_API TuExceptionPreconditionViolation : public TuExceptionCondition
+{
+    TU_DECLARE_RTTI
+
+public:
+    TuExceptionPreconditionViolation(
+        const CString& file, unsigned int line, const CString& description = CString());
+
+private:
+    static IObject* CloneByFactory(const IObject& object);
+};
+
+/// A function that did not keep what it promises.
+class GROUNDWORK_API TuExceptionPostconditionViolation : public TuExceptionCondition
+{
+    TU_DECLARE_RTTI
+
+public:
+    TuExceptionPostconditionViolation(
+        const CString& file, unsigned int line, const CString& description = CString());
+
+private:
+    static IObject* CloneByFactory(const IObject& object);
+};
+
+/// A stream that ended early, holds malformed data, or failed to take or give bytes. `text`, where
+/// there is one, says what was wrong.
+class GROUNDWORK_API TuExceptionStream : public TuException
+{
+    TU_DECLARE_RTTI
+
+public:
+    TuExceptionStream(const CString& file, unsigned int line, const CString& text = CString());
+
+private:
+    static IObject* CloneByFactory(const IObject& object);
+};
+
+/// A record whose version or format marker this reader does not know.
+class GROUNDWORK_API TuExceptionWrongFileVersion : public TuException
+{
+    TU_DECLARE_RTTI
+
+public:
+    TuExceptionWrongFileVersion(
+        const CString& file, unsigned int line, const CString& text = CString());
+
+private:
+    static IObject* CloneByFactory(const IObject& object);
+};
+
+/// An extension interface asked for by a name that the object does not implement.
+class GROUNDWORK_API TuExceptionUnknownExtension : public TuException
+{
+    TU_DECLARE_RTTI
+
+public:
+    TuExceptionUnknownExtension(const CString& file, unsigned int line);
+
+private:
+    static IObject* CloneByFactory(const IObject& object);
+};

@@ -1,0 +1,128 @@
+#pragma once
+
+#include "groundwork/tureferencecounted.h"
+
+#include <compare>
+#include <concepts>
+#include <cstddef>
+#include <functional>
+#include <utility>
+
+/// Shares ownership of an object that counts its references (TuReferenceCounted, or any other class
+/// that implements IReferenceCounted). The size of one pointer.
+///
+/// Ownership: each non-null pointer is one strong reference; the last one deletes the object
+/// through
+///            its virtual destructor.
+/// Threads:   pointers to one object may be copied and dropped on any thread; one pointer object is
+///            used by one thread at a time, like a raw pointer.
+/// Failure:   none.
+template <class T> class TuSmartPointer
+{
+public:
+    using element_type = T;
+
+    TuSmartPointer() = default;
+    TuSmartPointer(std::nullptr_t) { } // NOLINT(google-explicit-constructor): null is a pointer
+    /// From a new object, or one more reference to a shared one.
+    TuSmartPointer(
+        T* object) // NOLINT(google-explicit-constructor): as the class is used throughout
+        : m_object(object)
+    {
+        addReference();
+    }
+    TuSmartPointer(const TuSmartPointer& other)
+        : TuSmartPointer(other.m_object)
+    {
+    }
+    TuSmartPointer(TuSmartPointer&& other) noexcept
+        : m_object(std::exchange(other.m_object, nullptr))
+    {
+    }
+    /// To a base of the class, or to the read-only view.
+    template <class U>
+    requires std::convertible_to<U*, T*> TuSmartPointer(
+        const TuSmartPointer<U>& other) // NOLINT(google-explicit-constructor)
+        : TuSmartPointer(other.Get())
+    {
+    }
+    template <class U>
+    requires std::convertible_to<U*, T*> TuSmartPointer(TuSmartPointer<U>&& other)
+    noexcept // NOLINT(google-explicit-constructor)
+        : m_object(other.Detach())
+    {
+    }
+    ~TuSmartPointer() { releaseReference(); }
+
+    TuSmartPointer& operator=(const TuSmartPointer& other)
+    {
+        TuSmartPointer(other).Swap(*this);
+        return *this;
+    }
+    TuSmartPointer& operator=(TuSmartPointer&& other) noexcept
+    {
+        TuSmartPointer(std::move(other)).Swap(*this);
+        return *this;
+    }
+
+    T* Get() const { return m_object; }
+    T& operator*() const { return *m_object; }
+    T* operator->() const { return m_object; }
+    explicit operator bool() const { return m_object != nullptr; }
+    bool IsNull() const { return m_object == nullptr; }
+
+    void Reset() { TuSmartPointer().Swap(*this); }
+    void Swap(TuSmartPointer& other) noexcept { std::swap(m_object, other.m_object); }
+
+    /// Gives up the pointer and leaves its reference counted; Adopt takes it up again.
+    [[nodiscard]] T* Detach() { return std::exchange(m_object, nullptr); }
+    /// Takes over a reference that is already counted.
+    [[nodiscard]] static TuSmartPointer Adopt(T* object)
+    {
+        TuSmartPointer pointer;
+        pointer.m_object = object;
+        return pointer;
+    }
+
+    // Pointers are equal when they refer to the same object; the order is that of addresses.
+    template <class U> friend bool operator==(const TuSmartPointer& a, const TuSmartPointer<U>& b)
+    {
+        return a.m_object == b.Get();
+    }
+    friend bool operator==(const TuSmartPointer& a, const T* b) { return a.m_object == b; }
+    friend bool operator==(const TuSmartPointer& a, std::nullptr_t) { return a.IsNull(); }
+    friend std::strong_ordering operator<=>(const TuSmartPointer& a, const TuSmartPointer& b)
+    {
+        return std::compare_three_way()(a.m_object, b.m_object);
+    }
+
+private:
+    void addReference()
+    {
+        if (m_object != nullptr) {
+            m_object->getReferenceCounter().AddReference();
+        }
+    }
+    void releaseReference()
+    {
+        if (m_object != nullptr && m_object->getReferenceCounter().ReleaseReference()) {
+            delete m_object;
+        }
+    }
+
+    T* m_object = nullptr;
+};
+
+/// A new object in a smart pointer.
+template <class T, class... Args> [[nodiscard]] TuSmartPointer<T> TuMake(Args&&... args)
+{
+    return TuSmartPointer<T>(new T(std::forward<Args>(args)...));
+}
+
+template <class T> struct std::hash<TuSmartPointer<T>>
+{
+    std::size_t operator()(const TuSmartPointer<T>& pointer) const noexcept
+    {
+        return std::hash<T*>()(pointer.Get());
+    }
+};

@@ -1,0 +1,3 @@
+#include "groundwork/tustreamwrite.h"
+
+TU_DEFINE_RTTI_ROOT(TuStreamWrite, nullptr, nullptr);

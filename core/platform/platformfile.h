@@ -1,0 +1,66 @@
+#pragma once
+
+#include "platform/platformapi.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace platform {
+
+enum EFileMode
+{
+    eFM_Read, // must exist
+    eFM_Write, // created, or cut to length 0
+    eFM_CreateNew, // must not exist yet
+};
+
+/// An open file: unbuffered reading and writing at one position. Paths are UTF-16.
+///
+/// Ownership: the handle is closed by the destructor; movable, not copyable.
+/// Threads:   one thread at a time.
+/// Failure:   false, or a count below the one asked for; GetLastSystemError() has the reason.
+class PLATFORM_API File
+{
+public:
+    File() = default;
+    ~File();
+    File(File&& other) noexcept;
+    File& operator=(File&& other) noexcept;
+
+    [[nodiscard]] bool Open(std::u16string_view path, EFileMode mode);
+    bool IsOpen() const { return m_handle != kNoHandle; }
+
+    /// Reads up to `size` bytes into `data`. `count` receives fewer only at the end of the file.
+    [[nodiscard]] bool Read(void* data, std::size_t size, std::size_t& count);
+    /// Writes all bytes; on false, some may have been written.
+    [[nodiscard]] bool Write(const void* data, std::size_t size);
+    /// The size in bytes; false for what has none (a pipe, a terminal).
+    [[nodiscard]] bool GetSize(std::uint64_t& size) const;
+    [[nodiscard]] bool SetPosition(std::uint64_t position);
+    /// Returns when the bytes written so far have reached the storage device.
+    [[nodiscard]] bool Sync();
+    /// Closes; false when the system reports only now that bytes were lost.
+    bool Close();
+
+private:
+    static constexpr std::intptr_t kNoHandle = -1;
+
+    std::intptr_t m_handle = kNoHandle;
+};
+
+/// Puts the file `from` in the place of `to` in one step, so that a reader, or a crash, finds the
+/// old or the new file, never a part; then makes that step durable. Both in the same folder.
+[[nodiscard]] PLATFORM_API bool ReplaceAtomically(std::u16string_view from, std::u16string_view to);
+
+PLATFORM_API bool RemovePath(std::u16string_view path);
+PLATFORM_API bool PathExists(std::u16string_view path);
+[[nodiscard]] PLATFORM_API bool MakeFolder(std::u16string_view path);
+
+/// The names in a folder, sorted by code unit, without "." and "..".
+[[nodiscard]] PLATFORM_API bool ListFolder(
+    std::u16string_view path, std::vector<std::u16string>& names);
+
+} // namespace platform

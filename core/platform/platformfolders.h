@@ -1,0 +1,16 @@
+#pragma once
+
+#include "platform/platformapi.h"
+
+#include <string>
+
+/// Places that the system gives to a program; each path is absolute and ends without a separator.
+namespace platform {
+
+PLATFORM_API std::u16string GetTemporaryFolder();
+/// Where the user's settings belong: `$XDG_CONFIG_HOME`, or `.config` in the home folder.
+PLATFORM_API std::u16string GetUserConfigFolder();
+/// The file of the running program, empty when the system does not tell.
+PLATFORM_API std::u16string GetProgramPath();
+
+} // namespace platform

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/platformapi.h"
+
+#include <string_view>
+
+namespace platform {
+
+enum EStandardStream
+{
+    eSS_Output = 1,
+    eSS_Error = 2,
+};
+
+/// Whether a person looks at this stream, not a file or a pipe.
+PLATFORM_API bool IsTerminal(EStandardStream stream);
+
+/// The width in columns of the terminal behind `stream`; 80 where there is none.
+PLATFORM_API unsigned int GetTerminalWidth(EStandardStream stream);
+
+/// Writes text (in the system code page) to a standard stream, unbuffered, in one piece.
+PLATFORM_API bool WriteStandard(EStandardStream stream, std::string_view text);
+
+/// Writes text to where the system shows a program's traces: the debugger on Windows, standard
+/// error elsewhere.
+PLATFORM_API void WriteTrace(std::string_view text);
+
+} // namespace platform

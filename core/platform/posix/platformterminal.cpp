@@ -1,0 +1,34 @@
+#include "platform/platformterminal.h"
+
+#include <errno.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace platform {
+
+bool IsTerminal(EStandardStream stream) { return isatty(stream) == 1; }
+
+unsigned int GetTerminalWidth(EStandardStream stream)
+{
+    constexpr unsigned int kUsualWidth = 80;
+    winsize size{};
+    const bool known = ioctl(stream, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return known ? size.ws_col : kUsualWidth;
+}
+
+bool WriteStandard(EStandardStream stream, std::string_view text)
+{
+    while (!text.empty()) {
+        const ssize_t put = write(stream, text.data(), text.size());
+        if (put >= 0) {
+            text.remove_prefix(static_cast<std::size_t>(put));
+        } else if (errno != EINTR) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void WriteTrace(std::string_view text) { WriteStandard(eSS_Error, text); }
+
+} // namespace platform

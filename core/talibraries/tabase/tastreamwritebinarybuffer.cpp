@@ -1,0 +1,51 @@
+#include "tabase/tastreamwritebinarybuffer.h"
+
+#include "groundwork/tuexceptions.h"
+#include "groundwork/tumemory.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+TU_DEFINE_RTTI(TaStreamWriteBinaryBuffer, TuStreamWriteBinary, nullptr, nullptr);
+
+TaStreamWriteBinaryBuffer::TaStreamWriteBinaryBuffer(std::size_t expectedSize)
+{
+    if (expectedSize != 0) {
+        reserve(expectedSize);
+    }
+}
+
+TaStreamWriteBinaryBuffer::~TaStreamWriteBinaryBuffer() { TuFreeBlock(m_bytes); }
+
+void TaStreamWriteBinaryBuffer::Clear() { setWindow(m_bytes, getWindowEnd()); }
+
+void TaStreamWriteBinaryBuffer::write(const void* data, unsigned long long size)
+{
+    const std::size_t used = GetSize();
+    const auto capacity = static_cast<std::size_t>(getWindowEnd() - m_bytes);
+    if (size > std::numeric_limits<std::size_t>::max() / 4 - used) {
+        throw TuExceptionOutOfMemory(TU_HERE);
+    }
+    const std::size_t wanted = used + static_cast<std::size_t>(size);
+    if (wanted > capacity) {
+        // Doubling makes the cost of growing linear in the bytes written.
+        constexpr std::size_t kFirstCapacity = 256;
+        reserve(std::max({wanted, capacity * 2, kFirstCapacity}));
+    }
+    if (size != 0) {
+        std::memcpy(getWindow(), data, static_cast<std::size_t>(size));
+    }
+    setWindow(getWindow() + size, getWindowEnd());
+}
+
+void TaStreamWriteBinaryBuffer::reserve(std::size_t capacity)
+{
+    const std::size_t used = GetSize();
+    auto* bytes = static_cast<unsigned char*>(TuReallocateBlock(m_bytes, capacity));
+    if (bytes == nullptr) {
+        throw TuExceptionOutOfMemory(TU_HERE);
+    }
+    m_bytes = bytes;
+    setWindow(m_bytes + used, m_bytes + capacity);
+}

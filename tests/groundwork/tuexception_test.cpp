@@ -1,0 +1,110 @@
+#include "groundwork/tucondition.h"
+#include "groundwork/tuexceptions.h"
+#include "groundwork/tustreamwriteasciistring.h"
+#include "support/expectfailure.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+namespace {
+
+/// A subclass that forgot its clone function.
+class UncopyableFailure : public TuException
+{
+    TU_DECLARE_RTTI
+
+public:
+    UncopyableFailure()
+        : TuException(u"test/uncopyable", 7, RTTI)
+    {
+    }
+};
+
+TU_DEFINE_RTTI(UncopyableFailure, TuException, nullptr, nullptr);
+
+TEST(TuExceptionTest, NamesItsPlaceFromTheSourceRootWithoutExtension)
+{
+    const TuException failure(TU_HERE);
+    EXPECT_EQ(failure.GetFile(), u"tests/groundwork/tuexception_test");
+    EXPECT_EQ(failure.GetLine(), static_cast<unsigned int>(__LINE__ - 2));
+    EXPECT_EQ(TuSourceName("a.b/c"), u"a.b/c");
+    EXPECT_EQ(TuSourceName("a\\b.cpp"), u"a/b");
+}
+
+TEST(TuExceptionTest, KeepsTheClassOfACauseAndOfASlicedCopy)
+{
+    const TuExceptionStream inner(u"core/inner", 12, u"bad count");
+    const TuException& asBase = inner;
+    const TuException outer(u"core/outer", 34, asBase);
+
+    ASSERT_NE(outer.GetCause(), nullptr);
+    EXPECT_TRUE(outer.GetCause()->Is(TuExceptionStream::RTTI));
+    EXPECT_EQ(outer.GetCause()->GetLine(), 12u);
+    EXPECT_STREQ(outer.what(),
+        "TuException at core/outer(34); caused by TuExceptionStream at core/inner(12): bad count");
+    EXPECT_EQ(outer.ToString().ToUtf8(), outer.what());
+
+    const TuException sliced = inner; // NOLINT: slicing is what is tested
+    EXPECT_TRUE(sliced.Is(TuException::RTTI));
+    EXPECT_EQ(&sliced.GetExceptionRTTI(), &TuExceptionStream::RTTI);
+}
+
+TEST(TuExceptionTest, StandardExceptionsBecomeCausesByTheirText)
+{
+    const TuException failure(u"core/a", 1, std::runtime_error("disk full"));
+    EXPECT_EQ(failure.GetCause(), nullptr);
+    EXPECT_EQ(failure.GetCauseText(), u"disk full");
+    EXPECT_STREQ(failure.what(), "TuException at core/a(1): disk full");
+
+    const TuExceptionStream ours(u"core/b", 2);
+    const std::exception& hidden = ours;
+    const TuException found(u"core/c", 3, hidden);
+    ASSERT_NE(found.GetCause(), nullptr);
+    EXPECT_TRUE(found.GetCause()->Is(TuExceptionStream::RTTI));
+}
+
+TEST(TuExceptionTest, ACauseThatCannotBeCopiedStillNamesItsClass)
+{
+    const UncopyableFailure inner;
+    const TuException outer(u"core/outer", 1, static_cast<const TuException&>(inner));
+    EXPECT_STREQ(outer.what(),
+        "TuException at core/outer(1); caused by UncopyableFailure at test/uncopyable(7)");
+}
+
+TEST(TuExceptionTest, EveryClassIsCopiedByItsOwnCloneFunction)
+{
+    const TuExceptionOutOfMemory outOfMemory(u"f", 1);
+    const TuExceptionPreconditionViolation precondition(u"f", 2, u"d");
+    const TuExceptionPostconditionViolation postcondition(u"f", 3);
+    const TuExceptionStream stream(u"f", 4);
+    const TuExceptionWrongFileVersion version(u"f", 5);
+    const TuExceptionUnknownExtension extension(u"f", 6);
+    for (const TuException* failure : { static_cast<const TuException*>(&outOfMemory),
+             static_cast<const TuException*>(&precondition),
+             static_cast<const TuException*>(&postcondition),
+             static_cast<const TuException*>(&stream), static_cast<const TuException*>(&version),
+             static_cast<const TuException*>(&extension) }) {
+        EXPECT_EQ(failure->Clone()->GetRTTI().GetClassName(), failure->GetRTTI().GetClassName());
+        EXPECT_TRUE(failure->IsKindOf(TuException::RTTI));
+    }
+    EXPECT_TRUE(precondition.IsKindOf(TuExceptionCondition::RTTI));
+    EXPECT_TRUE(postcondition.IsKindOf(TuExceptionCondition::RTTI));
+    EXPECT_FALSE(stream.IsKindOf(TuExceptionCondition::RTTI));
+    EXPECT_THROW(stream.GetRTTI().GetClone()(precondition), std::bad_cast);
+}
+
+TEST(TuConditionTest, AFalsePredicateThrowsAndAThrowingOnePassesUnchanged)
+{
+    EXPECT_NO_THROW(TuPreCondition<2>(u"holds", u"core/x", 5, [] { return true; }));
+    ExpectFailure<TuExceptionPreconditionViolation>(
+        [] { TuPreCondition<2>(u"fails", u"core/x", 5, [] { return false; }); }, u"core/x", 5);
+    ExpectFailure<TuExceptionPostconditionViolation>(
+        [] { TuPostCondition<2>(u"fails", u"core/x", 6, [] { return false; }); }, u"core/x", 6);
+    EXPECT_NO_THROW(TuPreCondition<0>(u"never looked at", u"core/x", 7, [] { return false; }));
+    EXPECT_THROW(TuPreCondition<2>(
+                     u"throws", u"core/x", 8, []() -> bool { throw std::out_of_range("own"); }),
+        std::out_of_range);
+}
+
+} // namespace

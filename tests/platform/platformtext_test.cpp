@@ -1,0 +1,38 @@
+#include "platform/platformtext.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(PlatformTextTest, Utf8AndUtf16GoBothWaysWithSupplementaryCharacters)
+{
+    const std::u16string text = u"a\u00e4\u20ac\U0001F600";
+    const std::string utf8 = "a\xc3\xa4\xe2\x82\xac\xf0\x9f\x98\x80";
+    EXPECT_EQ(platform::ToUtf8(text), utf8);
+    EXPECT_EQ(platform::FromUtf8(utf8), text);
+    EXPECT_EQ(platform::FromWide(platform::ToWide(text)), text);
+    EXPECT_EQ(platform::FromWide(L"\u00e4\U0001F600"), u"\u00e4\U0001F600");
+}
+
+TEST(PlatformTextTest, MalformedTextBecomesReplacementCharacters)
+{
+    const std::string replacement = "\xef\xbf\xbd";
+    EXPECT_EQ(platform::ToUtf8(std::u16string{ u'a', 0xD800, u'b' }), 'a' + replacement + 'b');
+    EXPECT_EQ(platform::ToUtf8(std::u16string{ 0xDC00 }), replacement);
+    EXPECT_EQ(platform::ToUtf8(std::u16string{ u'a', 0xD83D }), 'a' + replacement);
+
+    EXPECT_EQ(platform::FromUtf8("a\xff"
+                                 "b"),
+        u"a\uFFFDb");
+    EXPECT_EQ(platform::FromUtf8("a\xf0\x9f\x98"), u"a\uFFFD"); // cut inside a character
+    EXPECT_EQ(platform::FromUtf8("\xed\xa0\x80"), u"\uFFFD"); // a surrogate in UTF-8
+    EXPECT_EQ(platform::FromUtf8("\xc0\x80").find(u'\0'), std::u16string::npos); // overlong zero
+}
+
+TEST(PlatformTextTest, ZeroUnitsAreTextLikeAnyOther)
+{
+    const std::u16string text(u"a\0b", 3);
+    EXPECT_EQ(platform::FromUtf8(platform::ToUtf8(text)), text);
+}
+
+} // namespace
