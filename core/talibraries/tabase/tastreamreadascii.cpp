@@ -24,9 +24,18 @@ constexpr unsigned int kLineNotDouble = 421;
 constexpr unsigned int kLineWordAfterEnd = 441;
 constexpr unsigned int kLineNoWord = 453;
 
+constexpr std::size_t kStep = 127; // bytes that are gathered before they join the text
+
 [[noreturn]] void fail(unsigned int line) { throw TuExceptionStream(kSource, line); }
 
 } // namespace
+
+/// Holds a word while it is looked at. Only a word longer than a number usually is takes memory.
+struct TaStreamReadASCII::SWord
+{
+    char bytes[kStep];
+    CStringA front; // what did not fit, in front of the bytes
+};
 
 TuStreamRead& TaStreamReadASCII::operator>>(CStringA& line)
 {
@@ -34,7 +43,6 @@ TuStreamRead& TaStreamReadASCII::operator>>(CStringA& line)
     if (m_endOfStream) {
         fail(kLineLineAfterEnd);
     }
-    constexpr std::size_t kStep = 127;
     char buffer[kStep + 1];
     std::size_t used = 0;
     for (;;) {
@@ -82,10 +90,10 @@ TuStreamRead& TaStreamReadASCII::operator>>(float& value)
 
 TuStreamRead& TaStreamReadASCII::operator>>(double& value)
 {
-    CStringA word;
-    readWord(word);
+    SWord space;
+    const std::string_view word = readWord(space);
     double number = 0.0;
-    if (TaParseDouble(word, number) != word.GetLength()) {
+    if (TaParseDouble(word, number) != word.size()) {
         fail(kLineNotDouble);
     }
     value = number;
@@ -94,8 +102,8 @@ TuStreamRead& TaStreamReadASCII::operator>>(double& value)
 
 TuStreamRead& TaStreamReadASCII::operator>>(bool& value)
 {
-    CStringA word;
-    readWord(word);
+    SWord space;
+    const std::string_view word = readWord(space);
     if (word != "true" && word != "false") {
         fail(kLineNotBool);
     }
@@ -117,8 +125,8 @@ TuStreamRead& TaStreamReadASCII::operator>>(unsigned int& value) { return readUn
 
 TuStreamRead& TaStreamReadASCII::operator>>(long long& value)
 {
-    CStringA word;
-    readWord(word);
+    SWord space;
+    const std::string_view word = readWord(space);
     std::int64_t number = 0;
     if (TaParseInteger64(word, number) == 0) {
         fail(kLineNotSigned64);
@@ -129,8 +137,8 @@ TuStreamRead& TaStreamReadASCII::operator>>(long long& value)
 
 TuStreamRead& TaStreamReadASCII::operator>>(unsigned long long& value)
 {
-    CStringA word;
-    readWord(word);
+    SWord space;
+    const std::string_view word = readWord(space);
     std::uint64_t number = 0;
     if (TaParseUnsigned64(word, number) == 0) {
         fail(kLineNotUnsigned64);
@@ -139,10 +147,8 @@ TuStreamRead& TaStreamReadASCII::operator>>(unsigned long long& value)
     return *this;
 }
 
-/// Returns whether the end came right behind the word.
-bool TaStreamReadASCII::readWord(CStringA& word)
+std::string_view TaStreamReadASCII::readWord(SWord& word)
 {
-    word.Empty();
     if (m_endOfStream) {
         fail(kLineWordAfterEnd);
     }
@@ -154,19 +160,27 @@ bool TaStreamReadASCII::readWord(CStringA& word)
         }
     } while (isSpace(c));
 
+    std::size_t used = 0;
     do {
-        word += c;
+        if (used == kStep) {
+            word.front.Append({ word.bytes, used });
+            used = 0;
+        }
+        word.bytes[used++] = c;
         m_endOfStream = read(c);
     } while (!m_endOfStream && !isSpace(c));
-    return m_endOfStream;
+    if (word.front.IsEmpty()) {
+        return { word.bytes, used };
+    }
+    return word.front.Append({ word.bytes, used });
 }
 
 template <class Target> TuStreamRead& TaStreamReadASCII::readSigned(Target& value)
 {
-    CStringA word;
-    readWord(word);
+    SWord space;
+    const std::string_view word = readWord(space);
     std::int32_t number = 0;
-    if (TaParseLong(word, number) != word.GetLength()) {
+    if (TaParseLong(word, number) != word.size()) {
         fail(kLineNotSigned);
     }
     if (number < std::numeric_limits<Target>::min()
@@ -179,10 +193,10 @@ template <class Target> TuStreamRead& TaStreamReadASCII::readSigned(Target& valu
 
 template <class Target> TuStreamRead& TaStreamReadASCII::readUnsigned(Target& value)
 {
-    CStringA word;
-    readWord(word);
+    SWord space;
+    const std::string_view word = readWord(space);
     std::uint32_t number = 0;
-    if (TaParseUnsignedLong(word, number) != word.GetLength()) {
+    if (TaParseUnsignedLong(word, number) != word.size()) {
         fail(kLineNotUnsigned);
     }
     if (number > std::numeric_limits<Target>::max()) {

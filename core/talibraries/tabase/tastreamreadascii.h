@@ -57,9 +57,11 @@ protected:
     virtual bool read(char& c) = 0;
 
 private:
+    struct SWord;
+
     bool isSpace(char c) const { return c == ' ' || c == '\t' || isLineBreak(c); }
     bool isLineBreak(char c) const { return c == '\r' || c == '\n'; }
-    bool readWord(CStringA& word);
+    std::string_view readWord(SWord& word);
     template <class Target> TuStreamRead& readSigned(Target& value);
     template <class Target> TuStreamRead& readUnsigned(Target& value);
 
