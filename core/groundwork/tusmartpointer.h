@@ -17,7 +17,7 @@
 /// Threads:   pointers to one object may be copied and dropped on any thread; one pointer object is
 ///            used by one thread at a time, like a raw pointer.
 /// Failure:   none.
-template <class T> class TuSmartPointer
+template <class T> class GROUNDWORK_TEMPLATE TuSmartPointer
 {
 public:
     using element_type = T;

@@ -31,7 +31,7 @@ void TaStreamWriteBinaryBuffer::write(const void* data, unsigned long long size)
     if (wanted > capacity) {
         // Doubling makes the cost of growing linear in the bytes written.
         constexpr std::size_t kFirstCapacity = 256;
-        reserve(std::max({wanted, capacity * 2, kFirstCapacity}));
+        reserve(std::max({ wanted, capacity * 2, kFirstCapacity }));
     }
     if (size != 0) {
         std::memcpy(getWindow(), data, static_cast<std::size_t>(size));
