@@ -18,7 +18,7 @@
 /// means the same as UTF-16 text, converts by itself.
 ///
 /// Threads: as a standard string: many readers, or one writer.
-template <class Unit> class CStringT
+template <class Unit> class GROUNDWORK_TEMPLATE CStringT
 {
 public:
     using value_type = Unit;

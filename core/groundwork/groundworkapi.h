@@ -9,3 +9,6 @@
 
 /// Marks what the library `groundwork` exports. The platform services are part of that library.
 #define GROUNDWORK_API PLATFORM_API
+
+/// Marks class templates: their instances are one type in all libraries of a process.
+#define GROUNDWORK_TEMPLATE PLATFORM_TEMPLATE

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "groundwork/groundworkapi.h"
+
 /// The abstract root of the containers: arrays, lists, maps, sets.
-template <class T> class TuContainer
+template <class T> class GROUNDWORK_TEMPLATE TuContainer
 {
 public:
     virtual ~TuContainer() = default;

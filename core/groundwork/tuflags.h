@@ -1,7 +1,9 @@
 #pragma once
 
+#include "groundwork/groundworkapi.h"
+
 /// A set of flags: the enumerators of `Enum` are bits of 32.
-template <class Enum> class TuFlags
+template <class Enum> class GROUNDWORK_TEMPLATE TuFlags
 {
 public:
     TuFlags() = default;

@@ -6,7 +6,7 @@
 
 /// A mix-in that holds a name: of a node, a thread, a handler. `N` tells the two names apart that a
 /// class with two such bases has.
-template <int N, class Text = CString> class TuIClassName
+template <int N, class Text = CString> class GROUNDWORK_TEMPLATE TuIClassName
 {
 public:
     virtual const Text& GetName() const { return m_name; }

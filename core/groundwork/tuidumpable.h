@@ -8,7 +8,7 @@ class TuStreamWriteASCII;
 ///
 /// The text comes from the class's dump(); it is meant for people and logs, not for reading back.
 /// Dump() without a stream writes it to the default log, TuStreamWriteASCIITrace.
-template <int N> class TuIDumpable
+template <int N> class GROUNDWORK_TEMPLATE TuIDumpable
 {
 public:
     virtual ~TuIDumpable() = default;

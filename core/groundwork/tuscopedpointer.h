@@ -1,11 +1,13 @@
 #pragma once
 
+#include "groundwork/groundworkapi.h"
+
 #include <utility>
 
 /// Sole owner of one heap object; deletes it when it goes out of scope.
 ///
 /// Ownership: movable, not copyable.
-template <class T> class TuScopedPointer
+template <class T> class GROUNDWORK_TEMPLATE TuScopedPointer
 {
 public:
     TuScopedPointer() = default;

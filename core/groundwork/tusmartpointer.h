@@ -17,7 +17,7 @@
 /// Threads:   pointers to one object may be copied and dropped on any thread; one pointer object is
 ///            used by one thread at a time, like a raw pointer.
 /// Failure:   none.
-template <class T> class TuSmartPointer
+template <class T> class GROUNDWORK_TEMPLATE TuSmartPointer
 {
 public:
     using element_type = T;
@@ -106,8 +106,14 @@ private:
     void releaseReference()
     {
         if (m_object != nullptr && m_object->getReferenceCounter().ReleaseReference()) {
-            delete m_object;
+            destroy(m_object);
         }
+    }
+    /// Out of line: the common release, which is inlined everywhere, stays small.
+    [[gnu::noinline]] static void destroy(T* object)
+    {
+        object->getReferenceCounter().EndReferences();
+        delete object;
     }
 
     T* m_object = nullptr;

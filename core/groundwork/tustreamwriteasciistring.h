@@ -6,7 +6,8 @@
 
 /// A readable writer into a text (CString, or CStringA in the system code page). It can itself be
 /// written into another stream.
-template <class Text> class TuStreamWriteASCIIStringT final : public TuStreamWriteASCII
+template <class Text>
+class GROUNDWORK_TEMPLATE TuStreamWriteASCIIStringT final : public TuStreamWriteASCII
 {
 public:
     explicit TuStreamWriteASCIIStringT(bool separated = false)

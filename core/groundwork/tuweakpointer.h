@@ -10,7 +10,7 @@
 /// and
 ///            destruction change the link itself: keep other users of the same link away meanwhile.
 /// Failure:   the first link to a target takes memory and may throw std::bad_alloc.
-template <class T> class TuWeakPointer
+template <class T> class GROUNDWORK_TEMPLATE TuWeakPointer
 {
 public:
     TuWeakPointer() = default;

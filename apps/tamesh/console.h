@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace tamesh {
+
+/// Where a command's words go. Text is in the system code page.
+class IConsole
+{
+public:
+    virtual ~IConsole() = default;
+
+    /// Results. False when they do not arrive: a full disk, a closed pipe.
+    [[nodiscard]] virtual bool WriteOutput(std::string_view text) = 0;
+    /// What went wrong, and progress.
+    virtual void WriteError(std::string_view text) = 0;
+
+    /// Whether a person watches what goes to WriteError, and on how many columns.
+    virtual bool IsErrorTerminal() const = 0;
+    virtual unsigned int GetErrorWidth() const = 0;
+    /// From a clock that never goes back.
+    virtual std::uint64_t GetMilliseconds() const = 0;
+};
+
+/// The standard streams of the process.
+class StandardConsole final : public IConsole
+{
+public:
+    bool WriteOutput(std::string_view text) override;
+    void WriteError(std::string_view text) override;
+    bool IsErrorTerminal() const override;
+    unsigned int GetErrorWidth() const override;
+    std::uint64_t GetMilliseconds() const override;
+};
+
+} // namespace tamesh

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "mesh.h"
+
+#include <cstdint>
+#include <string>
+
+namespace tamesh {
+
+/// The figures of a mesh.
+struct SMeshFigures
+{
+    std::uint64_t vertices = 0;
+    std::uint64_t faces = 0;
+    /// Pairs of different vertices that follow one another around a face; each pair counts once.
+    std::uint64_t edges = 0;
+    std::uint64_t boundaryEdges = 0; // on one face only
+    std::uint64_t nonManifoldEdges = 0; // on more than two
+    std::uint64_t degenerateFaces = 0; // that name a vertex twice
+    /// Sets of vertices that faces join. A vertex of no face is a component of its own.
+    std::uint64_t components = 0;
+    std::uint64_t isolatedVertices = 0; // of no face
+    std::int64_t eulerCharacteristic = 0; // vertices - edges + faces
+    // The corners of the smallest box around all vertices; meaningless without vertices.
+    SPoint lowerBound;
+    SPoint upperBound;
+};
+
+/// In n log n steps.
+SMeshFigures AnalyseMesh(const Mesh& mesh);
+
+/// A line per figure, in a form that scripts can rely on: two blanks, the name, the value.
+std::string FormatFigures(const SMeshFigures& figures);
+
+} // namespace tamesh

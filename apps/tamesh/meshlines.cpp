@@ -1,0 +1,97 @@
+#include "meshlines.h"
+
+#include "groundwork/tustreamreadbinary.h"
+#include "meshfailure.h"
+#include "progress.h"
+
+#include <algorithm>
+
+namespace tamesh {
+
+namespace {
+
+    constexpr std::string_view kBlanks = " \t\f\v\r";
+
+    std::string_view trim(std::string_view text)
+    {
+        const std::size_t begin = text.find_first_not_of(kBlanks);
+        return begin == text.npos
+            ? std::string_view()
+            : text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
+    }
+
+} // namespace
+
+MeshLines::MeshLines(const SMeshInput& input, std::string_view begun)
+    : m_input(input)
+    , m_end(std::min(begun.size(), m_buffer.size()))
+    , m_taken(m_end)
+{
+    std::copy_n(begun.begin(), m_end, m_buffer.begin());
+}
+
+bool MeshLines::readLine()
+{
+    if (IsEndOfStream()) {
+        m_view = {};
+        return false;
+    }
+    *this >> m_line;
+    m_view = m_line;
+    if (m_view.empty() && IsEndOfStream()) {
+        return false; // what looks like a last, empty line is the end behind a line end
+    }
+    if (m_view.ends_with('\n')) {
+        m_view.remove_suffix(1);
+    }
+    ++m_number;
+    return true;
+}
+
+bool MeshLines::Next(EComments comments)
+{
+    while (readLine()) {
+        m_view = trim(comments == eC_Hash ? m_view.substr(0, m_view.find('#')) : m_view);
+        if (!m_view.empty()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void MeshLines::Fail(std::string_view text) const
+{
+    // An empty file fails on its first line, which is missing.
+    throw MeshFailure(
+        TU_HERE, m_input.name, std::max(m_number, std::uint64_t{ 1 }), text);
+}
+
+bool MeshLines::read(char& c)
+{
+    for (;;) {
+        if (m_position == m_end && !fill()) {
+            return true;
+        }
+        const char unit = m_buffer[m_position++];
+        if (unit == '\n' && m_afterReturn) {
+            m_afterReturn = false;
+            continue;
+        }
+        m_afterReturn = unit == '\r';
+        c = m_afterReturn ? '\n' : unit;
+        return false;
+    }
+}
+
+bool MeshLines::fill()
+{
+    m_position = 0;
+    m_end = static_cast<std::size_t>(m_input.stream.ReadBuffer(m_buffer.data(), m_buffer.size()));
+    m_taken += m_end;
+    if (m_input.progress != nullptr) {
+        m_input.progress->Advance(m_taken);
+    }
+    return m_end != 0;
+}
+
+} // namespace tamesh

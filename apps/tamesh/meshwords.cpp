@@ -1,0 +1,131 @@
+#include "meshwords.h"
+
+#include "meshfailure.h"
+#include "tabase/tastreamreadasciistring.h"
+
+#include <charconv>
+#include <cmath>
+#include <string>
+#include <system_error>
+
+namespace tamesh {
+
+namespace {
+
+    constexpr std::string_view kBlanks = " \t\f\v\r";
+
+    /// The parser of the standard library takes no plus sign.
+    std::string_view withoutPlus(std::string_view word)
+    {
+        const bool plus = word.size() > 1 && word[0] == '+' && word[1] != '-';
+        return word.substr(plus ? 1 : 0);
+    }
+
+    template <class Number> std::errc parse(std::string_view word, Number& value)
+    {
+        const std::string_view digits = withoutPlus(word);
+        const char* end = digits.data() + digits.size();
+        const std::from_chars_result result = std::from_chars(digits.data(), end, value);
+        return result.ptr != end ? std::errc::invalid_argument : result.ec;
+    }
+
+    std::string notANumber(std::string_view what, std::string_view word)
+    {
+        return std::string(what) + " was expected, but " + Quote(word) + " is no number";
+    }
+
+} // namespace
+
+std::string_view MeshWords::TakeWord()
+{
+    const std::string_view word = m_rest.substr(0, m_rest.find_first_of(kBlanks));
+    m_rest.remove_prefix(word.size());
+    skipBlanks();
+    return word;
+}
+
+double MeshWords::TakeFinite(std::string_view what)
+{
+    const std::string_view word = TakeWord();
+    if (word.empty()) {
+        m_lines->Fail(std::string(what) + " is missing");
+    }
+    double value = 0.0;
+    std::errc error = parse(word, value);
+    if (error == std::errc::result_out_of_range) {
+        // Too large, or so small that it is zero: the library's reader knows which.
+        const CStringA text(word);
+        TaStreamReadASCIIString(text) >> value;
+        error = std::errc();
+    }
+    if (error != std::errc()) {
+        m_lines->Fail(notANumber(what, word));
+    }
+    if (!std::isfinite(value)) {
+        m_lines->Fail(std::string(what) + " is " + Quote(word) + ", which is not a finite number");
+    }
+    return value;
+}
+
+std::uint64_t MeshWords::TakeCount(std::string_view what)
+{
+    const std::string_view word = TakeWord();
+    if (word.empty()) {
+        m_lines->Fail(std::string(what) + " is missing");
+    }
+    std::uint64_t value = 0;
+    switch (parse(word, value)) {
+    case std::errc():
+        return value;
+    case std::errc::result_out_of_range:
+        m_lines->Fail(std::string(what) + " is " + Quote(word) + ", which is too large");
+    default:
+        // The usual mistake deserves its own words.
+        std::int64_t negative = 0;
+        if (parse(word, negative) == std::errc()) {
+            m_lines->Fail(std::string(what) + " is " + Quote(word) + ", which is negative");
+        }
+        m_lines->Fail(notANumber(what, word));
+    }
+}
+
+SPoint MeshWords::TakePoint()
+{
+    SPoint point;
+    point.x = TakeFinite("the x coordinate");
+    point.y = TakeFinite("the y coordinate");
+    point.z = TakeFinite("the z coordinate");
+    return point;
+}
+
+void MeshWords::SkipNumbers()
+{
+    while (!IsAtEnd()) {
+        const std::string_view word = TakeWord();
+        double value = 0.0;
+        if (parse(word, value) == std::errc::invalid_argument) {
+            m_lines->Fail(notANumber("a number", word));
+        }
+    }
+}
+
+std::int64_t MeshWords::ParseInteger(std::string_view word, std::string_view what) const
+{
+    std::int64_t value = 0;
+    switch (parse(word, value)) {
+    case std::errc():
+        return value;
+    case std::errc::result_out_of_range:
+        m_lines->Fail(std::string(what) + " is " + Quote(word) + ", which is out of range");
+    default:
+        m_lines->Fail(notANumber(what, word));
+    }
+}
+
+void MeshWords::skipBlanks()
+{
+    const std::size_t begin = m_rest.find_first_not_of(kBlanks);
+    m_rest.remove_prefix(begin == m_rest.npos ? m_rest.size() : begin);
+}
+
+} // namespace tamesh

@@ -1,0 +1,80 @@
+#include "progress.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tamesh {
+
+namespace {
+
+    // In milliseconds. A person at a terminal wonders sooner than a log does.
+    constexpr std::uint64_t kBarDelay = 300;
+    constexpr std::uint64_t kBarInterval = 100;
+    constexpr std::uint64_t kLineDelay = 3000;
+    constexpr unsigned int kLineStep = 25; // in percent: at most three lines
+
+} // namespace
+
+Progress::Progress(IConsole& console, std::string task, std::uint64_t total)
+    : m_console(console)
+    , m_task(std::move(task))
+    , m_total(std::max(total, std::uint64_t{ 1 }))
+    , m_startTime(console.GetMilliseconds())
+    , m_terminal(console.IsErrorTerminal())
+    , m_nextTime(m_startTime + (m_terminal ? kBarDelay : kLineDelay))
+{
+}
+
+Progress::~Progress()
+{
+    if (m_barLength != 0) {
+        m_console.WriteError("\r" + std::string(m_barLength, ' ') + "\r");
+    }
+}
+
+void Progress::Advance(std::uint64_t done)
+{
+    const std::uint64_t now = m_console.GetMilliseconds();
+    if (now < m_nextTime) {
+        return;
+    }
+    const auto percent = static_cast<unsigned int>(static_cast<double>(std::min(done, m_total))
+        / static_cast<double>(m_total) * 100.0);
+    if (m_terminal) {
+        m_nextTime = now + kBarInterval;
+        showBar(percent);
+    } else if (percent < 100 && percent / kLineStep > m_shownPercent / kLineStep) {
+        m_shownPercent = percent;
+        showLine(percent);
+    }
+}
+
+void Progress::showBar(unsigned int percent)
+{
+    constexpr std::size_t kAround = sizeof(" [] 100 %");
+    constexpr std::size_t kWidest = 40;
+    constexpr std::size_t kNarrowest = 10;
+
+    // One column stays free: some terminals go to the next line when the last one is filled.
+    const std::size_t width = std::max<std::size_t>(m_console.GetErrorWidth(), 1) - 1;
+    const std::size_t taskLength = std::min(
+        m_task.size(), width > kAround + kNarrowest ? width - kAround - kNarrowest : 0);
+    const std::size_t barWidth = std::min(
+        kWidest, width > kAround + taskLength ? width - kAround - taskLength : 0);
+    const std::size_t filled = barWidth * percent / 100;
+
+    std::string text = m_task.substr(0, taskLength);
+    text.append(" [").append(filled, '#').append(barWidth - filled, ' ').append("] ");
+    text.append(std::to_string(percent)).append(" %");
+    const std::size_t length = text.size();
+    text.append(m_barLength > length ? m_barLength - length : 0, ' ');
+    m_barLength = length;
+    m_console.WriteError("\r" + text);
+}
+
+void Progress::showLine(unsigned int percent)
+{
+    m_console.WriteError(m_task + ": " + std::to_string(percent) + " %\n");
+}
+
+} // namespace tamesh

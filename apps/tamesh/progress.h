@@ -1,0 +1,46 @@
+#pragma once
+
+#include "console.h"
+
+#include <cstdint>
+#include <string>
+
+namespace tamesh {
+
+/// Shows how far a long task is: a bar on a terminal, a few plain lines elsewhere, and nothing for a
+/// task that is soon done.
+///
+///     Progress progress(console, "reading a.off", size);
+///     while (more())
+///         progress.Advance(bytesRead);
+///
+/// Threads: one thread at a time.
+/// Failure: none; a console that cannot be written to does not stop the task.
+class Progress
+{
+public:
+    /// `task` says what is done; `total` is what Advance comes to in the end.
+    Progress(IConsole& console, std::string task, std::uint64_t total);
+    /// Takes the bar away.
+    ~Progress();
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    /// `done` of the total. Cheap enough for every few thousand steps.
+    void Advance(std::uint64_t done);
+
+private:
+    void showBar(unsigned int percent);
+    void showLine(unsigned int percent);
+
+    IConsole& m_console;
+    const std::string m_task;
+    const std::uint64_t m_total;
+    const std::uint64_t m_startTime;
+    const bool m_terminal;
+    std::uint64_t m_nextTime; // nothing is shown before
+    unsigned int m_shownPercent = 0;
+    std::size_t m_barLength = 0; // in columns; 0 while no bar stands there
+};
+
+} // namespace tamesh

@@ -1,0 +1,162 @@
+#include "tabase/tastreamfilebase.h"
+
+#include "groundwork/tuexceptions.h"
+#include "groundwork/tulatesterror.h"
+#include "groundwork/tustreamwriteasciitrace.h"
+
+#include <cstring>
+#include <string>
+
+TU_DEFINE_RTTI_ROOT(TaStreamFileBase, nullptr, nullptr);
+
+TaStreamFileBase::TaStreamFileBase(const CString& path, EOpenMode mode)
+    : m_path(path)
+    , m_buffer(new unsigned char[kBufferSize])
+{
+    if (mode == eOM_WriteSafe) {
+        openTemporary();
+    } else if (!m_file.Open(m_path, mode == eOM_Read ? platform::eFM_Read : platform::eFM_Write)) {
+        throw TuExceptionStream(TU_HERE, describeFailure(u"open"));
+    }
+}
+
+TaStreamFileBase::~TaStreamFileBase() { discard(); }
+
+/// Two programs, or two streams of one, may save the same path at once: each needs a name of its
+/// own, and takes the first that is free.
+void TaStreamFileBase::openTemporary()
+{
+    for (unsigned int number = 0;; ++number) {
+        m_temporaryPath = m_path + u".tmp" + CString::FromUtf8(std::to_string(number));
+        if (m_file.Open(m_temporaryPath, platform::eFM_CreateNew)) {
+            return;
+        }
+        const CString failure = describeFailure(u"create a temporary file beside");
+        if (!platform::PathExists(m_temporaryPath)) {
+            m_temporaryPath.Empty();
+            throw TuExceptionStream(TU_HERE, failure);
+        }
+    }
+}
+
+std::size_t TaStreamFileBase::readBytes(void* data, std::size_t size)
+{
+    std::size_t count = 0;
+    const bool done = m_file.Read(data, size, count);
+    m_filePosition += count;
+    if (!done) {
+        throw TuExceptionStream(TU_HERE, describeFailure(u"read"));
+    }
+    return count;
+}
+
+std::size_t TaStreamFileBase::writeBytes(std::size_t used, const void* data, std::size_t size)
+{
+    if (!IsOpen()) {
+        throw TuExceptionStream(TU_HERE, u"cannot write \"" + m_path + u"\": it is closed");
+    }
+    if (size > kBufferSize - used) {
+        writeOut(m_buffer.get(), used);
+        used = 0;
+        if (size >= kBufferSize) {
+            writeOut(data, size);
+            return 0;
+        }
+    }
+    if (size != 0) {
+        std::memcpy(m_buffer.get() + used, data, size);
+    }
+    return used + size;
+}
+
+void TaStreamFileBase::writeOut(const void* data, std::size_t size)
+{
+    if (!m_failure.IsEmpty()) {
+        throw TuExceptionStream(TU_HERE, m_failure);
+    }
+    if (!m_file.Write(data, size)) {
+        failWriting(u"write");
+    }
+    m_filePosition += size;
+}
+
+void TaStreamFileBase::closeFile(std::size_t used)
+{
+    if (!IsOpen()) {
+        return;
+    }
+    if (!m_temporaryPath.IsEmpty()) {
+        discard();
+        return;
+    }
+    try {
+        writeOut(m_buffer.get(), used);
+    } catch (...) {
+        m_file.Close();
+        throw;
+    }
+    if (!m_file.Close()) {
+        failWriting(u"close");
+    }
+}
+
+void TaStreamFileBase::closeFileAtDestruction(std::size_t used) noexcept
+{
+    if (!m_failure.IsEmpty()) {
+        discard();
+        return;
+    }
+    try {
+        closeFile(used);
+    } catch (const std::exception& failure) {
+        try {
+            TuStreamWriteASCIITraceDiagnostic() << failure.what() << "\n";
+        } catch (...) { // out of memory: there is no way left to report
+        }
+    }
+}
+
+void TaStreamFileBase::commit(std::size_t used)
+{
+    if (m_temporaryPath.IsEmpty() || !IsOpen()) {
+        throw TuExceptionPreconditionViolation(
+            TU_HERE, u"a file is committed once, and only when it was opened in safe mode");
+    }
+    try {
+        writeOut(m_buffer.get(), used);
+        if (!m_file.Sync()) {
+            failWriting(u"sync");
+        }
+        if (!m_file.Close()) {
+            failWriting(u"close");
+        }
+        if (!platform::ReplaceAtomically(m_temporaryPath, m_path)) {
+            failWriting(u"replace");
+        }
+    } catch (...) {
+        discard();
+        throw;
+    }
+    m_temporaryPath.Empty();
+}
+
+void TaStreamFileBase::discard() noexcept
+{
+    m_file.Close();
+    if (!m_temporaryPath.IsEmpty()) {
+        platform::RemovePath(m_temporaryPath);
+        m_temporaryPath.Empty();
+    }
+}
+
+CString TaStreamFileBase::describeFailure(const CString& verb) const
+{
+    const TuLatestError reason;
+    return u"cannot " + verb + u" \"" + m_path + u"\": " + reason.GetMessageText();
+}
+
+void TaStreamFileBase::failWriting(const CString& verb)
+{
+    m_failure = describeFailure(verb);
+    throw TuExceptionStream(TU_HERE, m_failure);
+}

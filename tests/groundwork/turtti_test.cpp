@@ -1,0 +1,160 @@
+#include "groundwork/tuboxed.h"
+#include "groundwork/tuexception.h"
+#include "platform/platformlibrary.h"
+#include "platform/platformtext.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace {
+
+// A small hierarchy: Mixed has two registered bases, the second of them two of its own.
+//   Root <- Left, Other <- Right(Other, Root), Mixed(Left, Right)
+struct Root : public virtual IObject
+{
+    TU_DECLARE_RTTI
+};
+struct Other : public virtual IObject
+{
+    TU_DECLARE_RTTI
+};
+struct Left : public Root
+{
+    TU_DECLARE_RTTI
+};
+struct Right : public Other
+{
+    TU_DECLARE_RTTI
+};
+struct Mixed : public Left, public Right
+{
+    struct Nested : public virtual IObject
+    {
+        TU_DECLARE_RTTI
+    };
+    TU_DECLARE_RTTI
+};
+
+// Defined from the most derived class on: a record may name a base that is constructed later.
+TU_DEFINE_RTTI2(Mixed, Left, Right, nullptr, nullptr);
+const TuRTTI Right::RTTI(u"Right", Other::RTTI, Root::RTTI, nullptr, nullptr);
+TU_DEFINE_RTTI(Left, Root, nullptr, nullptr);
+TU_DEFINE_RTTI_ROOT(Other, nullptr, nullptr);
+TU_DEFINE_RTTI_ROOT(Root, nullptr, nullptr);
+TU_DEFINE_RTTI_ROOT(Mixed::Nested, nullptr, nullptr);
+
+template <int N> IObject* createNumber() { return new TuInt32(N); }
+
+int valueOf(TuRTTI::CreateFunction create)
+{
+    const std::unique_ptr<IObject> object(create());
+    return dynamic_cast<const TuInt32&>(*object).GetValue();
+}
+
+std::vector<std::string> s_reported;
+
+void recordDuplicate(const TuRTTI& found, const TuRTTI& hidden)
+{
+    s_reported.push_back(
+        platform::ToUtf8(found.GetClassName()) + (&found == &hidden ? " is itself" : " is hidden"));
+}
+
+TEST(TuRTTITest, IsAsksForTheOwnRecordAndIsKindOfFollowsBothBaseSlots)
+{
+    const Mixed mixed;
+    EXPECT_TRUE(mixed.Is(Mixed::RTTI));
+    EXPECT_FALSE(mixed.Is(Left::RTTI));
+    for (const TuRTTI* base :
+        { &Mixed::RTTI, &Left::RTTI, &Root::RTTI, &Right::RTTI, &Other::RTTI }) {
+        EXPECT_TRUE(mixed.IsKindOf(*base)) << platform::ToUtf8(base->GetClassName());
+    }
+    EXPECT_FALSE(mixed.IsKindOf(Mixed::Nested::RTTI));
+    EXPECT_FALSE(Left().IsKindOf(Right::RTTI));
+    EXPECT_FALSE(Root().IsKindOf(Left::RTTI));
+    EXPECT_TRUE(Right().IsKindOf(Root::RTTI)); // by its record, whatever C++ says of the classes
+}
+
+TEST(TuRTTITest, RecordsOfOneNameAreDifferentClasses)
+{
+    const TuRTTI first(u"TwinName", nullptr, nullptr);
+    const TuRTTI second(u"TwinName", nullptr, nullptr);
+    EXPECT_FALSE(first.IsKindOf(second));
+}
+
+TEST(TuRTTITest, NamesNestedClassesWithTheClassAroundThem)
+{
+    EXPECT_EQ(CString(Mixed::Nested().GetClassName()), u"Mixed::Nested");
+    EXPECT_EQ(CString(TuInt32().GetClassName()), u"TuInt32");
+}
+
+TEST(TuRTTITest, UnknownNamesAndClassesWithoutFactoriesAnswerNull)
+{
+    EXPECT_EQ(TuRTTI::getCreate(u"NoSuchClass"), nullptr);
+    EXPECT_EQ(TuRTTI::getClone(u"NoSuchClass"), nullptr);
+    EXPECT_EQ(TuRTTI::getCreate(u"Mixed"), nullptr);
+    EXPECT_NE(TuRTTI::getClone(u"TuExceptionStream"), nullptr);
+    EXPECT_NE(TuRTTI::getCreate(L"TuString"), nullptr); // wide text is text everywhere
+}
+
+TEST(TuRTTITest, TheFirstRecordOfANameIsFoundUntilItLeaves)
+{
+    std::optional<TuRTTI> first;
+    std::optional<TuRTTI> second;
+    std::optional<TuRTTI> third;
+    first.emplace(u"Contested", &createNumber<1>, nullptr);
+    second.emplace(u"Contested", &createNumber<2>, nullptr);
+    EXPECT_EQ(valueOf(TuRTTI::getCreate(u"Contested")), 1);
+    second.reset();
+    EXPECT_EQ(valueOf(TuRTTI::getCreate(u"Contested")), 1);
+    third.emplace(u"Contested", &createNumber<3>, nullptr);
+    first.reset();
+    EXPECT_EQ(valueOf(TuRTTI::getCreate(u"Contested")), 3);
+    third.reset();
+    EXPECT_EQ(TuRTTI::getCreate(u"Contested"), nullptr);
+}
+
+TEST(TuRTTITest, ADuplicateIsReportedOnceInDebugBuilds)
+{
+    s_reported.clear();
+    const TuRTTI::DuplicateHook former = TuRTTI::SetDuplicateHook(&recordDuplicate);
+    {
+        const TuRTTI first(u"Reported", nullptr, nullptr);
+        const TuRTTI second(u"Reported", nullptr, nullptr);
+        TuRTTI::getCreate(u"Reported");
+        TuRTTI::getCreate(u"Reported");
+    }
+    TuRTTI::SetDuplicateHook(former);
+#if defined(NDEBUG)
+    EXPECT_TRUE(s_reported.empty());
+#else
+    EXPECT_EQ(s_reported, std::vector<std::string>{ "Reported is hidden" });
+#endif
+}
+
+TEST(TuRTTITest, ALibraryBringsItsClassesAndTakesThemAwayAHundredTimes)
+{
+    constexpr int kRounds = 100;
+    for (int round = 0; round < kRounds; ++round) {
+        ASSERT_EQ(TuRTTI::getCreate(u"PluginShape"), nullptr);
+        platform::SharedLibrary plugin;
+        ASSERT_TRUE(plugin.Load(platform::FromUtf8(TA_TEST_PLUGIN)));
+        const TuRTTI::CreateFunction create = TuRTTI::getCreate(u"PluginShape");
+        ASSERT_NE(create, nullptr);
+        {
+            const std::unique_ptr<IObject> object(create());
+            // Its base record lies in this program's library, its own in the loaded one.
+            EXPECT_TRUE(object->IsKindOf(TuException::RTTI));
+            EXPECT_EQ(CString(object->GetClassName()), u"PluginShape");
+            EXPECT_NE(dynamic_cast<const TuException*>(object.get()), nullptr);
+        }
+        // The plugin has a record of a name that this library registered first.
+        EXPECT_EQ(TuRTTI::getCreate(u"TuInt32"), TuInt32::RTTI.GetCreate());
+    }
+    EXPECT_EQ(TuRTTI::getCreate(u"TuInt32"), TuInt32::RTTI.GetCreate());
+}
+
+} // namespace

@@ -1,0 +1,91 @@
+#include "platform/platformfile.h"
+
+#include "platform/platformerror.h"
+#include "support/temporaryfolder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace {
+
+using platform::File;
+
+std::uint64_t sizeOf(File& file)
+{
+    std::uint64_t size = ~std::uint64_t{ 0 };
+    EXPECT_TRUE(file.GetSize(size));
+    return size;
+}
+
+TEST(PlatformFileTest, WritesReadsAndMovesTheHandle)
+{
+    const TemporaryFolder folder;
+    const CString path = folder / "\xc3\xa4 name.bin";
+    File writer;
+    ASSERT_TRUE(writer.Open(path, platform::eFM_Write));
+    ASSERT_TRUE(writer.Write("hello", 5));
+    EXPECT_TRUE(writer.Sync());
+    File moved = std::move(writer);
+    EXPECT_FALSE(writer.IsOpen()); // NOLINT(bugprone-use-after-move): closed after a move
+    ASSERT_TRUE(moved.Write(" world", 6));
+    EXPECT_TRUE(moved.Close());
+    EXPECT_EQ(folder.ReadAll("\xc3\xa4 name.bin"), "hello world");
+
+    File reader;
+    ASSERT_TRUE(reader.Open(path, platform::eFM_Read));
+    EXPECT_EQ(sizeOf(reader), 11u);
+    ASSERT_TRUE(reader.SetPosition(6));
+    char text[16];
+    std::size_t count = 0;
+    ASSERT_TRUE(reader.Read(text, sizeof(text), count));
+    EXPECT_EQ(std::string(text, count), "world");
+    ASSERT_TRUE(reader.Read(text, sizeof(text), count));
+    EXPECT_EQ(count, 0u);
+}
+
+TEST(PlatformFileTest, RefusesWhatIsNotThereOrThereAlready)
+{
+    const TemporaryFolder folder;
+    File file;
+    EXPECT_FALSE(file.Open(folder / "missing", platform::eFM_Read));
+    EXPECT_NE(platform::GetLastSystemError().number, 0u);
+    EXPECT_FALSE(file.Open(folder / "", platform::eFM_Read)); // a folder
+    EXPECT_FALSE(file.IsOpen());
+    folder.WriteAll("there", "old");
+    EXPECT_FALSE(file.Open(folder / "there", platform::eFM_CreateNew));
+    EXPECT_EQ(folder.ReadAll("there"), "old");
+}
+
+TEST(PlatformFileTest, ReplacesAFileInOneStep)
+{
+    const TemporaryFolder folder;
+    folder.WriteAll("old", "old content");
+    folder.WriteAll("new", "new content");
+    EXPECT_TRUE(platform::ReplaceAtomically(folder / "new", folder / "old"));
+    EXPECT_EQ(folder.ReadAll("old"), "new content");
+    EXPECT_FALSE(platform::PathExists(folder / "new"));
+    EXPECT_FALSE(platform::ReplaceAtomically(folder / "new", folder / "old"));
+    EXPECT_EQ(folder.ReadAll("old"), "new content");
+}
+
+TEST(PlatformFileTest, ListsAFolderInOrder)
+{
+    const TemporaryFolder folder;
+    for (const char* name : { "b", "a", "c" }) {
+        folder.WriteAll(name, "");
+    }
+    EXPECT_TRUE(platform::MakeFolder(folder / "d"));
+    EXPECT_TRUE(platform::MakeFolder(folder / "d")); // there already
+    std::vector<std::u16string> names;
+    ASSERT_TRUE(platform::ListFolder(folder / "", names));
+    EXPECT_EQ(names, (std::vector<std::u16string>{ u"a", u"b", u"c", u"d" }));
+    EXPECT_TRUE(platform::RemovePath(folder / "a"));
+    EXPECT_FALSE(platform::RemovePath(folder / "a"));
+    EXPECT_FALSE(platform::ListFolder(folder / "missing", names));
+    EXPECT_TRUE(names.empty());
+}
+
+} // namespace

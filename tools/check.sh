@@ -1,0 +1,74 @@
+#!/usr/bin/env bash
+# Everything that guards the code: format, layering and lists, headers on their own, both compilers
+# with warnings as errors and thread-safety analysis, sanitizers, fuzzers for a while, installation.
+#   --without-tests   leaves out the release build's tests, for a caller who has just run them
+#   STEP...           runs only these steps
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+fuzz_seconds=${TABASE_FUZZ_SECONDS:-10} # per target
+
+step_tests() { tools/test.sh; }
+
+step_format() { tools/format.sh --check; }
+
+step_rules() { python3 tools/check.py; }
+
+step_headers() { cmake --build --preset release --target groundwork_headers tabase_headers; }
+
+# Every benchmark runs for a moment: one that does not start is found here, not in a release.
+step_benchmarks() {
+    cmake --preset release -DTABASE_BUILD_BENCHMARKS=ON >/dev/null
+    cmake --build --preset release
+    local program
+    for program in build/release/bin/*_benchmark; do
+        "$program" --benchmark_filter="${TABASE_BENCHMARK_FILTER:-/quick}" >/dev/null
+    done
+}
+
+step_install() { tests/install/run.sh; }
+
+configure_build_test() { # preset, then a wrapper for ctest
+    local preset=$1
+    shift
+    cmake --preset "$preset" >/dev/null
+    cmake --build --preset "$preset"
+    "$@" ctest --preset "$preset" --output-on-failure | tail -n 15
+}
+
+step_asan() { configure_build_test asan; }
+
+# The thread sanitizer cannot start where the kernel spreads addresses too far; setarch -R asks it
+# not to.
+step_tsan() { configure_build_test tsan setarch "$(uname -m)" -R; }
+
+# Clang compiles all with its own warnings and the thread-safety analysis; then each fuzzer runs from
+# its corpus.
+step_fuzz() {
+    configure_build_test fuzz
+    local program name found
+    for program in build/fuzz/bin/*_fuzz; do
+        name=$(basename "$program" _fuzz)
+        found=build/fuzz/found/$name
+        mkdir -p "$found"
+        echo "fuzzing $name for $fuzz_seconds s"
+        "$program" -max_total_time="$fuzz_seconds" -timeout=10 -rss_limit_mb=2048 -verbosity=0 \
+            -print_final_stats=0 -artifact_prefix="$found/" "$found" "fuzz/corpus/$name"
+    done
+}
+
+steps=(tests format rules headers benchmarks install asan tsan fuzz)
+if [ "${1:-}" = --without-tests ]; then
+    shift
+    steps=("${steps[@]:1}")
+fi
+[ $# -eq 0 ] || steps=("$@")
+
+tools/setup.sh --check
+for step in "${steps[@]}"; do
+    echo "== $step"
+    start=$SECONDS
+    "step_$step"
+    echo "== $step: $((SECONDS - start)) s"
+done
+echo "All checks passed: ${steps[*]}"
