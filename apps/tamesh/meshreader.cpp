@@ -33,8 +33,8 @@ Mesh ReadMesh(const SMeshInput& input)
     case eMF_Unknown:
         break;
     }
-    throw MeshFailure(TU_HERE, input.name, 0,
-        "unknown format; the name of a mesh ends in .off, .obj or .stl");
+    throw MeshFailure(
+        TU_HERE, input.name, 0, "unknown format; the name of a mesh ends in .off, .obj or .stl");
 }
 
 } // namespace tamesh
