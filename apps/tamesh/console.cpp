@@ -1,4 +1,4 @@
-#include "console.h"
+#include "tamesh/console.h"
 
 #include "platform/platformterminal.h"
 
@@ -16,10 +16,7 @@ void StandardConsole::WriteError(std::string_view text)
     platform::WriteStandard(platform::eSS_Error, text);
 }
 
-bool StandardConsole::IsErrorTerminal() const
-{
-    return platform::IsTerminal(platform::eSS_Error);
-}
+bool StandardConsole::IsErrorTerminal() const { return platform::IsTerminal(platform::eSS_Error); }
 
 unsigned int StandardConsole::GetErrorWidth() const
 {

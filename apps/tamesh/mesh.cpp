@@ -1,10 +1,11 @@
-#include "mesh.h"
+#include "tamesh/mesh.h"
 
 #include <utility>
 
 namespace tamesh {
 
-Mesh::Mesh(TuArray<SPoint> vertices, TuArray<std::uint32_t> faceEnds, TuArray<std::uint32_t> corners)
+Mesh::Mesh(
+    TuArray<SPoint> vertices, TuArray<std::uint32_t> faceEnds, TuArray<std::uint32_t> corners)
     : m_vertices(std::move(vertices))
     , m_faceEnds(std::move(faceEnds))
     , m_corners(std::move(corners))

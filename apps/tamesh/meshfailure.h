@@ -32,8 +32,8 @@ private:
     std::string m_report;
 };
 
-/// A piece of a file, in quotes, fit to be shown: cut where it is long, and with a question mark for
-/// each byte that would do something to a terminal.
+/// A piece of a file, in quotes, fit to be shown: cut where it is long, and with a question mark
+/// for each byte that would do something to a terminal.
 std::string Quote(std::string_view text);
 
 } // namespace tamesh

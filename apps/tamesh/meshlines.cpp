@@ -1,8 +1,8 @@
-#include "meshlines.h"
+#include "tamesh/meshlines.h"
 
 #include "groundwork/tustreamreadbinary.h"
-#include "meshfailure.h"
-#include "progress.h"
+#include "tamesh/meshfailure.h"
+#include "tamesh/progress.h"
 
 #include <algorithm>
 
@@ -15,9 +15,8 @@ namespace {
     std::string_view trim(std::string_view text)
     {
         const std::size_t begin = text.find_first_not_of(kBlanks);
-        return begin == text.npos
-            ? std::string_view()
-            : text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
+        return begin == text.npos ? std::string_view()
+                                  : text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
     }
 
 } // namespace
@@ -62,8 +61,7 @@ bool MeshLines::Next(EComments comments)
 void MeshLines::Fail(std::string_view text) const
 {
     // An empty file fails on its first line, which is missing.
-    throw MeshFailure(
-        TU_HERE, m_input.name, std::max(m_number, std::uint64_t{ 1 }), text);
+    throw MeshFailure(TU_HERE, m_input.name, std::max(m_number, std::uint64_t{ 1 }), text);
 }
 
 bool MeshLines::read(char& c)

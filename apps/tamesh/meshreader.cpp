@@ -1,6 +1,6 @@
-#include "meshreader.h"
+#include "tamesh/meshreader.h"
 
-#include "meshfailure.h"
+#include "tamesh/meshfailure.h"
 
 #include <algorithm>
 
@@ -33,8 +33,8 @@ Mesh ReadMesh(const SMeshInput& input)
     case eMF_Unknown:
         break;
     }
-    throw MeshFailure(TU_HERE, input.name, 0,
-        "unknown format; the name of a mesh ends in .off, .obj or .stl");
+    throw MeshFailure(
+        TU_HERE, input.name, 0, "unknown format; the name of a mesh ends in .off, .obj or .stl");
 }
 
 } // namespace tamesh

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "mesh.h"
-#include "meshinput.h"
+#include "tamesh/mesh.h"
+#include "tamesh/meshinput.h"
 
 #include <string>
 #include <string_view>
@@ -19,10 +19,11 @@ enum EMeshFormat
 /// By the ending of the name, in capitals or not.
 EMeshFormat GetMeshFormat(std::string_view fileName);
 
-/// Reads a whole mesh. What comes back is sound: coordinates are finite, and every face has at least
-/// three corners, which name vertices that are there.
+/// Reads a whole mesh. What comes back is sound: coordinates are finite, and every face has at
+/// least three corners, which name vertices that are there.
 ///
-/// Failure: MeshFailure with the line (for binary formats without) for input that is not sound or of
+/// Failure: MeshFailure with the line (for binary formats without) for input that is not sound or
+/// of
 ///          no format that is known; what the stream throws passes on. Memory grows as data
 ///          arrives, whatever the input claims.
 Mesh ReadMesh(const SMeshInput& input);

@@ -1,7 +1,7 @@
-#include "meshfailure.h"
-#include "meshlines.h"
-#include "meshreader.h"
-#include "meshwords.h"
+#include "tamesh/meshfailure.h"
+#include "tamesh/meshlines.h"
+#include "tamesh/meshreader.h"
+#include "tamesh/meshwords.h"
 
 #include <string>
 #include <utility>
@@ -122,10 +122,9 @@ namespace {
         const std::int64_t count = m_mesh.GetVertexCount();
         const std::int64_t vertex = index < 0 ? count + index : index - 1;
         if (vertex < 0 || vertex >= Mesh::kMaximumCount) {
-            m_lines.Fail(index == 0
-                    ? "the face names vertex 0, but vertices count from 1"
-                    : "the face names vertex " + std::to_string(index) + ", but there are "
-                        + std::to_string(count) + " before it");
+            m_lines.Fail(index == 0 ? "the face names vertex 0, but vertices count from 1"
+                                    : "the face names vertex " + std::to_string(index)
+                        + ", but there are " + std::to_string(count) + " before it");
         }
         if (vertex >= count) {
             m_forward.Add({ static_cast<std::uint32_t>(vertex), m_lines.GetNumber() });

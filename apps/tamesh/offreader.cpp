@@ -1,7 +1,7 @@
-#include "meshfailure.h"
-#include "meshlines.h"
-#include "meshreader.h"
-#include "meshwords.h"
+#include "tamesh/meshfailure.h"
+#include "tamesh/meshlines.h"
+#include "tamesh/meshreader.h"
+#include "tamesh/meshwords.h"
 
 #include <limits>
 #include <string>
@@ -94,8 +94,8 @@ namespace {
     {
         const std::uint64_t count = words.TakeCount(what);
         if (count > std::numeric_limits<std::uint32_t>::max()) {
-            m_lines.Fail(std::string(what) + " is " + std::to_string(count)
-                + ", more than a mesh can have");
+            m_lines.Fail(
+                std::string(what) + " is " + std::to_string(count) + ", more than a mesh can have");
         }
         return static_cast<std::uint32_t>(count);
     }

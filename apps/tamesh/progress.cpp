@@ -1,4 +1,4 @@
-#include "progress.h"
+#include "tamesh/progress.h"
 
 #include <algorithm>
 #include <utility>
@@ -38,8 +38,8 @@ void Progress::Advance(std::uint64_t done)
     if (now < m_nextTime) {
         return;
     }
-    const auto percent = static_cast<unsigned int>(static_cast<double>(std::min(done, m_total))
-        / static_cast<double>(m_total) * 100.0);
+    const auto percent = static_cast<unsigned int>(
+        static_cast<double>(std::min(done, m_total)) / static_cast<double>(m_total) * 100.0);
     if (m_terminal) {
         m_nextTime = now + kBarInterval;
         showBar(percent);
@@ -57,10 +57,10 @@ void Progress::showBar(unsigned int percent)
 
     // One column stays free: some terminals go to the next line when the last one is filled.
     const std::size_t width = std::max<std::size_t>(m_console.GetErrorWidth(), 1) - 1;
-    const std::size_t taskLength = std::min(
-        m_task.size(), width > kAround + kNarrowest ? width - kAround - kNarrowest : 0);
-    const std::size_t barWidth = std::min(
-        kWidest, width > kAround + taskLength ? width - kAround - taskLength : 0);
+    const std::size_t taskLength
+        = std::min(m_task.size(), width > kAround + kNarrowest ? width - kAround - kNarrowest : 0);
+    const std::size_t barWidth
+        = std::min(kWidest, width > kAround + taskLength ? width - kAround - taskLength : 0);
     const std::size_t filled = barWidth * percent / 100;
 
     std::string text = m_task.substr(0, taskLength);

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "console.h"
+#include "tamesh/console.h"
 
 #include <cstdint>
 #include <string>
 
 namespace tamesh {
 
-/// Shows how far a long task is: a bar on a terminal, a few plain lines elsewhere, and nothing for a
-/// task that is soon done.
+/// Shows how far a long task is: a bar on a terminal, a few plain lines elsewhere, and nothing for
+/// a task that is soon done.
 ///
 ///     Progress progress(console, "reading a.off", size);
 ///     while (more())

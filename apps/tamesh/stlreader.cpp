@@ -1,10 +1,10 @@
 #include "groundwork/tustreamreadbinary.h"
-#include "meshfailure.h"
-#include "meshlines.h"
-#include "meshreader.h"
-#include "meshwords.h"
-#include "progress.h"
-#include "vertexmerger.h"
+#include "tamesh/meshfailure.h"
+#include "tamesh/meshlines.h"
+#include "tamesh/meshreader.h"
+#include "tamesh/meshwords.h"
+#include "tamesh/progress.h"
+#include "tamesh/vertexmerger.h"
 
 #include <array>
 #include <cmath>
@@ -176,9 +176,10 @@ Mesh ReadSTL(const SMeshInput& input)
         return TextSTLReader(input, begun).Read();
     }
     throw MeshFailure(TU_HERE, input.name, 0,
-        expected == 0 ? "no STL file: a text file begins with \"solid\", a binary file has at least "
+        expected == 0
+            ? "no STL file: a text file begins with \"solid\", a binary file has at least "
                 + std::to_string(kHeadSize) + " bytes"
-                      : "no STL file: a text file begins with \"solid\", and a binary file of "
+            : "no STL file: a text file begins with \"solid\", and a binary file of "
                 + std::to_string(count) + " triangles has " + std::to_string(expected)
                 + " bytes, not " + std::to_string(input.size));
 }
