@@ -26,26 +26,27 @@ public:
         TU_ASSERT(GetCount() == 0,
             "an object was destroyed that smart pointers still refer to; was it deleted by hand, or"
             " does it live on the stack?");
-        if (m_weak.load(std::memory_order_acquire) != nullptr) {
-            clearWeakEntries();
-        }
+        EndReferences();
     }
     TuReferenceCounter(const TuReferenceCounter&) = delete;
     TuReferenceCounter& operator=(const TuReferenceCounter&) = delete;
 
     void AddReference() const { m_count.fetch_add(1, std::memory_order_relaxed); }
 
-    /// Returns true to the caller who gave the last reference back: he deletes the object.
+    /// Returns true to the caller who gave the last reference back: he calls EndReferences and
+    /// deletes the object.
     [[nodiscard]] bool ReleaseReference() const
     {
         // Release: what this owner wrote is visible to the last one. Acquire: the last one sees it.
-        if (m_count.fetch_sub(1, std::memory_order_acq_rel) != 1) {
-            return false;
-        }
+        return m_count.fetch_sub(1, std::memory_order_acq_rel) == 1;
+    }
+    /// Clears the weak entries of an object that has no references any more. A separate step, so
+    /// that the common release is two instructions.
+    void EndReferences() const
+    {
         if (m_weak.load(std::memory_order_acquire) != nullptr) {
             clearWeakEntries();
         }
-        return true;
     }
 
     /// Adds a reference unless there is none: a dying object stays dying.

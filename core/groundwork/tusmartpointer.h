@@ -106,8 +106,14 @@ private:
     void releaseReference()
     {
         if (m_object != nullptr && m_object->getReferenceCounter().ReleaseReference()) {
-            delete m_object;
+            destroy(m_object);
         }
+    }
+    /// Out of line: the common release, which is inlined everywhere, stays small.
+    [[gnu::noinline]] static void destroy(T* object)
+    {
+        object->getReferenceCounter().EndReferences();
+        delete object;
     }
 
     T* m_object = nullptr;
