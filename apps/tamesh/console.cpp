@@ -1,4 +1,4 @@
-#include "console.h"
+#include "tamesh/console.h"
 
 #include "platform/platformterminal.h"
 

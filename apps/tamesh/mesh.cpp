@@ -1,4 +1,4 @@
-#include "mesh.h"
+#include "tamesh/mesh.h"
 
 #include <utility>
 

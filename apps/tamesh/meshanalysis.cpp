@@ -1,4 +1,4 @@
-#include "meshanalysis.h"
+#include "tamesh/meshanalysis.h"
 
 #include "groundwork/tustreamwriteasciistring.h"
 #include "tabase/taunionfind.h"
@@ -35,8 +35,8 @@ namespace {
             const auto next = std::find_if(
                 side, sides.end(), [key = *side](std::uint64_t other) { return other != key; });
             ++figures.edges;
-            figures.boundaryEdges += next - side == 1 ? 1 : 0;
-            figures.nonManifoldEdges += next - side > 2 ? 1 : 0;
+            figures.boundaryEdges += next - side == 1;
+            figures.nonManifoldEdges += next - side > 2;
             side = next;
         }
     }

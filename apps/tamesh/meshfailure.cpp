@@ -1,4 +1,4 @@
-#include "meshfailure.h"
+#include "tamesh/meshfailure.h"
 
 #include <utility>
 

@@ -1,8 +1,8 @@
-#include "meshlines.h"
+#include "tamesh/meshlines.h"
 
 #include "groundwork/tustreamreadbinary.h"
-#include "meshfailure.h"
-#include "progress.h"
+#include "tamesh/meshfailure.h"
+#include "tamesh/progress.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "meshinput.h"
 #include "tabase/tastreamreadascii.h"
+#include "tamesh/meshinput.h"
 
 #include <array>
 #include <cstddef>

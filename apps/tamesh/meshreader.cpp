@@ -1,6 +1,6 @@
-#include "meshreader.h"
+#include "tamesh/meshreader.h"
 
-#include "meshfailure.h"
+#include "tamesh/meshfailure.h"
 
 #include <algorithm>
 

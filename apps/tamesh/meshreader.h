@@ -1,7 +1,7 @@
 #pragma once
 
-#include "mesh.h"
-#include "meshinput.h"
+#include "tamesh/mesh.h"
+#include "tamesh/meshinput.h"
 
 #include <string>
 #include <string_view>

@@ -1,7 +1,7 @@
-#include "meshwords.h"
+#include "tamesh/meshwords.h"
 
-#include "meshfailure.h"
 #include "tabase/tastreamreadasciistring.h"
+#include "tamesh/meshfailure.h"
 
 #include <charconv>
 #include <cmath>
@@ -21,12 +21,22 @@ namespace {
         return word.substr(plus ? 1 : 0);
     }
 
-    template <class Number> std::errc parse(std::string_view word, Number& value)
+    enum EParsed
+    {
+        eP_Number,
+        eP_OutOfRange,
+        eP_NoNumber,
+    };
+
+    template <class Number> EParsed parse(std::string_view word, Number& value)
     {
         const std::string_view digits = withoutPlus(word);
         const char* end = digits.data() + digits.size();
         const std::from_chars_result result = std::from_chars(digits.data(), end, value);
-        return result.ptr != end ? std::errc::invalid_argument : result.ec;
+        if (result.ptr != end || result.ec == std::errc::invalid_argument) {
+            return eP_NoNumber;
+        }
+        return result.ec == std::errc() ? eP_Number : eP_OutOfRange;
     }
 
     std::string notANumber(std::string_view what, std::string_view word)
@@ -51,15 +61,14 @@ double MeshWords::TakeFinite(std::string_view what)
         m_lines->Fail(std::string(what) + " is missing");
     }
     double value = 0.0;
-    std::errc error = parse(word, value);
-    if (error == std::errc::result_out_of_range) {
+    const EParsed parsed = parse(word, value);
+    if (parsed == eP_NoNumber) {
+        m_lines->Fail(notANumber(what, word));
+    }
+    if (parsed == eP_OutOfRange) {
         // Too large, or so small that it is zero: the library's reader knows which.
         const CStringA text(word);
         TaStreamReadASCIIString(text) >> value;
-        error = std::errc();
-    }
-    if (error != std::errc()) {
-        m_lines->Fail(notANumber(what, word));
     }
     if (!std::isfinite(value)) {
         m_lines->Fail(std::string(what) + " is " + Quote(word) + ", which is not a finite number");
@@ -75,18 +84,18 @@ std::uint64_t MeshWords::TakeCount(std::string_view what)
     }
     std::uint64_t value = 0;
     switch (parse(word, value)) {
-    case std::errc():
+    case eP_Number:
         return value;
-    case std::errc::result_out_of_range:
+    case eP_OutOfRange:
         m_lines->Fail(std::string(what) + " is " + Quote(word) + ", which is too large");
-    default:
-        // The usual mistake deserves its own words.
-        std::int64_t negative = 0;
-        if (parse(word, negative) == std::errc()) {
-            m_lines->Fail(std::string(what) + " is " + Quote(word) + ", which is negative");
-        }
-        m_lines->Fail(notANumber(what, word));
+    case eP_NoNumber:
+        break;
     }
+    std::int64_t negative = 0;
+    if (parse(word, negative) == eP_Number) {
+        m_lines->Fail(std::string(what) + " is " + Quote(word) + ", which is negative");
+    }
+    m_lines->Fail(notANumber(what, word));
 }
 
 SPoint MeshWords::TakePoint()
@@ -103,7 +112,7 @@ void MeshWords::SkipNumbers()
     while (!IsAtEnd()) {
         const std::string_view word = TakeWord();
         double value = 0.0;
-        if (parse(word, value) == std::errc::invalid_argument) {
+        if (parse(word, value) == eP_NoNumber) {
             m_lines->Fail(notANumber("a number", word));
         }
     }
@@ -113,13 +122,14 @@ std::int64_t MeshWords::ParseInteger(std::string_view word, std::string_view wha
 {
     std::int64_t value = 0;
     switch (parse(word, value)) {
-    case std::errc():
+    case eP_Number:
         return value;
-    case std::errc::result_out_of_range:
+    case eP_OutOfRange:
         m_lines->Fail(std::string(what) + " is " + Quote(word) + ", which is out of range");
-    default:
-        m_lines->Fail(notANumber(what, word));
+    case eP_NoNumber:
+        break;
     }
+    m_lines->Fail(notANumber(what, word));
 }
 
 void MeshWords::skipBlanks()

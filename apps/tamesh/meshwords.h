@@ -1,7 +1,7 @@
 #pragma once
 
-#include "mesh.h"
-#include "meshlines.h"
+#include "tamesh/mesh.h"
+#include "tamesh/meshlines.h"
 
 #include <cstdint>
 #include <string_view>

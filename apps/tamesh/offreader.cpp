@@ -1,7 +1,7 @@
-#include "meshfailure.h"
-#include "meshlines.h"
-#include "meshreader.h"
-#include "meshwords.h"
+#include "tamesh/meshfailure.h"
+#include "tamesh/meshlines.h"
+#include "tamesh/meshreader.h"
+#include "tamesh/meshwords.h"
 
 #include <limits>
 #include <string>

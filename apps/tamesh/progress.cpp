@@ -1,4 +1,4 @@
-#include "progress.h"
+#include "tamesh/progress.h"
 
 #include <algorithm>
 #include <utility>

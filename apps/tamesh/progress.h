@@ -1,6 +1,6 @@
 #pragma once
 
-#include "console.h"
+#include "tamesh/console.h"
 
 #include <cstdint>
 #include <string>

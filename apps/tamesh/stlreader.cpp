@@ -1,10 +1,10 @@
 #include "groundwork/tustreamreadbinary.h"
-#include "meshfailure.h"
-#include "meshlines.h"
-#include "meshreader.h"
-#include "meshwords.h"
-#include "progress.h"
-#include "vertexmerger.h"
+#include "tamesh/meshfailure.h"
+#include "tamesh/meshlines.h"
+#include "tamesh/meshreader.h"
+#include "tamesh/meshwords.h"
+#include "tamesh/progress.h"
+#include "tamesh/vertexmerger.h"
 
 #include <array>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "vertexmerger.h"
+#include "tamesh/vertexmerger.h"
 
 #include <algorithm>
 #include <bit>

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <iostream>
+#include <string>
 
 namespace {
 
@@ -17,10 +19,20 @@ class SeedPrinter : public testing::EmptyTestEventListener
     }
 };
 
+/// Property tests start from the same seed, unless the user has told RapidCheck another.
+void setPropertySeed()
+{
+#if !defined(_WIN32)
+    const std::string parameters = "seed=" + std::to_string(GetTestSeed());
+    setenv("RC_PARAMS", parameters.c_str(), 0);
+#endif
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
+    setPropertySeed();
     testing::InitGoogleTest(&argc, argv);
     testing::UnitTest::GetInstance()->listeners().Append(new SeedPrinter);
     return RUN_ALL_TESTS();

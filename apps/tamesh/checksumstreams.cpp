@@ -1,0 +1,30 @@
+#include "tamesh/checksumstreams.h"
+
+#include <zlib.h>
+
+namespace tamesh {
+
+namespace {
+
+    std::uint32_t addToChecksum(std::uint32_t checksum, const void* data, unsigned long long size)
+    {
+        return static_cast<std::uint32_t>(
+            crc32_z(checksum, static_cast<const Bytef*>(data), static_cast<z_size_t>(size)));
+    }
+
+} // namespace
+
+void ChecksumWriter::write(const void* data, unsigned long long size)
+{
+    m_target.WriteBuffer(data, size);
+    m_checksum = addToChecksum(m_checksum, data, size);
+}
+
+unsigned long long ChecksumReader::read(void* data, unsigned long long size)
+{
+    const unsigned long long count = m_source.ReadBuffer(data, size);
+    m_checksum = addToChecksum(m_checksum, data, count);
+    return count;
+}
+
+} // namespace tamesh

@@ -1,0 +1,132 @@
+#include "tamesh/commands.h"
+
+#include "tamesh/document.h"
+#include "tamesh/files.h"
+#include "tamesh/meshanalysis.h"
+#include "tamesh/meshfailure.h"
+#include "tamesh/meshgenerator.h"
+#include "tamesh/meshreader.h"
+#include "tamesh/offwriter.h"
+#include "tamesh/progress.h"
+
+#include <new>
+
+namespace tamesh {
+
+namespace {
+
+    /// Runs one file's work and reports what it throws.
+    template <class Work> EExitCode guard(IConsole& console, const std::string& name, Work&& work)
+    {
+        try {
+            work();
+            return eEC_Done;
+        } catch (const std::exception& failure) {
+            console.WriteError(ReportFailure(name, failure) + "\n");
+            return eEC_Failed;
+        }
+    }
+
+    void showFigures(
+        IConsole& console, const std::string& name, std::string_view kind, const Mesh& mesh)
+    {
+        std::string text = name + " (" + std::string(kind) + ")\n";
+        text += FormatFigures(AnalyseMesh(mesh));
+        if (!console.WriteOutput(text)) {
+            throw MeshFailure(TU_HERE, "standard output", 0, "cannot be written");
+        }
+    }
+
+    Mesh readMeshFile(IConsole& console, const std::string& name)
+    {
+        InputFile file(name);
+        Progress progress(console, "reading " + name, file.GetSize());
+        return ReadMesh({ name, file.GetStream(), file.GetSize(), &progress });
+    }
+
+    std::string_view nameOf(EMeshFormat format)
+    {
+        switch (format) {
+        case eMF_OFF:
+            return "OFF";
+        case eMF_OBJ:
+            return "OBJ";
+        case eMF_STL:
+            return "STL";
+        case eMF_Unknown:
+            break;
+        }
+        return "unknown";
+    }
+
+    template <class Work>
+    EExitCode forEach(IConsole& console, const std::vector<std::string>& names, Work&& work)
+    {
+        EExitCode code = eEC_Done;
+        for (const std::string& name : names) {
+            if (guard(console, name, [&] { work(name); }) != eEC_Done) {
+                code = eEC_Failed;
+            }
+        }
+        return code;
+    }
+
+    Mesh makeShape(EShape shape, std::uint32_t resolution)
+    {
+        switch (shape) {
+        case eS_Terrain:
+            return MakeTerrain(resolution);
+        case eS_Torus:
+            return MakeTorus(resolution);
+        case eS_Sphere:
+            break;
+        }
+        return MakeSphere(resolution);
+    }
+
+} // namespace
+
+EExitCode ShowMeshes(IConsole& console, const std::vector<std::string>& meshFiles)
+{
+    return forEach(console, meshFiles, [&console](const std::string& name) {
+        showFigures(console, name, nameOf(GetMeshFormat(name)), readMeshFile(console, name));
+    });
+}
+
+EExitCode ShowDocuments(IConsole& console, const std::vector<std::string>& documentFiles)
+{
+    return forEach(console, documentFiles, [&console](const std::string& name) {
+        InputFile file(name);
+        Document document;
+        document.Load(file.GetStream());
+        showFigures(console, name, "document", document.GetMesh());
+    });
+}
+
+EExitCode PackMesh(IConsole& console, const std::string& meshFile, const std::string& documentFile)
+{
+    Document document;
+    const EExitCode code
+        = guard(console, meshFile, [&] { document = Document(readMeshFile(console, meshFile)); });
+    return code != eEC_Done ? code : guard(console, documentFile, [&] {
+        OutputFile file(documentFile);
+        document.Save(file.GetStream());
+        file.Commit();
+    });
+}
+
+EExitCode MakeMesh(
+    IConsole& console, EShape shape, std::uint32_t resolution, const std::string& meshFile)
+{
+    return guard(console, meshFile, [&] {
+        const Mesh mesh = makeShape(shape, resolution);
+        Progress progress(console, "writing " + meshFile,
+            std::uint64_t{ mesh.GetVertexCount() } + mesh.GetFaceCount());
+        OutputFile file(meshFile);
+        OutputText text(file);
+        WriteOFF(text, mesh, &progress);
+        file.Commit();
+    });
+}
+
+} // namespace tamesh

@@ -1,0 +1,57 @@
+#include "tamesh/document.h"
+
+#include "groundwork/tuexceptions.h"
+#include "tamesh/checksumstreams.h"
+
+#include <array>
+#include <memory>
+
+namespace tamesh {
+
+namespace {
+
+    // As in other formats, the line ends show whether the file went through a program that takes it
+    // for text, and the control character ends it for one that prints it.
+    constexpr std::array<char, 8> kMarker{ 'T', 'A', 'D', 'O', 'C', '\r', '\n', '\x1A' };
+    constexpr unsigned int kFormatVersion = 0;
+
+} // namespace
+
+void Document::Save(TuStreamWriteBinary& stream) const
+{
+    ChecksumWriter checked(stream);
+    checked.WriteBuffer(kMarker.data(), kMarker.size());
+    checked.WriteVersion(kFormatVersion);
+    checked.WriteChunk(m_record);
+    stream << checked.GetChecksum();
+}
+
+void Document::Load(TuStreamReadBinary& stream)
+{
+    ChecksumReader checked(stream);
+    std::array<char, kMarker.size()> marker{};
+    checked.ReadExactly(marker.data(), marker.size());
+    if (marker != kMarker) {
+        throw TuExceptionWrongFileVersion(
+            TU_HERE, u"this is no document; \"tamesh pack\" makes one of a mesh");
+    }
+    checked.ReadAndCompareVersion(kFormatVersion);
+
+    const std::unique_ptr<ISerializable> object(checked.ReadChunk());
+    auto* record = dynamic_cast<TaMeshRecord*>(object.get());
+    if (record == nullptr) {
+        throw TuExceptionStream(TU_HERE, u"the document does not hold a mesh");
+    }
+    std::uint32_t checksum = 0;
+    stream >> checksum;
+    if (checksum != checked.GetChecksum()) {
+        throw TuExceptionStream(TU_HERE, u"the checksum is wrong, so bytes have changed");
+    }
+    unsigned char surplus = 0;
+    if (stream.ReadBuffer(&surplus, 1) != 0) {
+        throw TuExceptionStream(TU_HERE, u"more bytes follow the end of the document");
+    }
+    m_record.SetMesh(record->TakeMesh());
+}
+
+} // namespace tamesh

@@ -1,0 +1,84 @@
+#include "tamesh/commands.h"
+
+#include <CLI/CLI.hpp>
+
+#include <map>
+
+namespace {
+
+/// Accepts file names with this ending only: a mesh must not be overwritten with a document.
+CLI::Validator endingWith(const std::string& ending)
+{
+    return CLI::Validator(
+        [ending](std::string& name) {
+            const bool ends = name.size() > ending.size()
+                && name.compare(name.size() - ending.size(), ending.size(), ending) == 0;
+            return ends ? std::string() : "the name does not end in " + ending + ": " + name;
+        },
+        "FILE" + ending);
+}
+
+int run(int argc, char** argv)
+{
+    using namespace tamesh;
+
+    CLI::App app("Reads, checks, makes and packs surface meshes.", "tamesh");
+    app.set_version_flag("--version", "tamesh " TAMESH_VERSION);
+    app.require_subcommand(1);
+    StandardConsole console;
+    EExitCode code = eEC_Done;
+
+    std::vector<std::string> inputs;
+    CLI::App* info = app.add_subcommand("info", "Shows the figures of OFF, OBJ and STL meshes");
+    info->add_option("FILE", inputs, "mesh (.off, .obj, .stl)")->required();
+    info->callback([&] { code = ShowMeshes(console, inputs); });
+
+    CLI::App* show = app.add_subcommand("show", "Shows the figures of packed documents");
+    show->add_option("DOC", inputs, "document (.tadoc)")->required();
+    show->callback([&] { code = ShowDocuments(console, inputs); });
+
+    std::string input;
+    std::string output;
+    CLI::App* pack = app.add_subcommand("pack", "Saves a mesh as a document");
+    pack->add_option("FILE", input, "mesh (.off, .obj, .stl)")->required();
+    pack->add_option("-o,--output", output, "document to write")
+        ->required()
+        ->check(endingWith(".tadoc"));
+    pack->callback([&] { code = PackMesh(console, input, output); });
+
+    const std::map<std::string, EShape> shapes{ { "terrain", eS_Terrain }, { "torus", eS_Torus },
+        { "sphere", eS_Sphere } };
+    std::string shape;
+    std::uint32_t resolution = 0;
+    CLI::App* make = app.add_subcommand("make", "Makes a mesh");
+    make->add_option("SHAPE", shape, "what to make")->required()->check(CLI::IsMember(shapes));
+    make->add_option("N", resolution, "steps along a side")
+        ->required()
+        ->check(CLI::Range(kLowestResolution, kHighestResolution));
+    make->add_option("-o,--output", output, "mesh to write")->required()->check(endingWith(".off"));
+    make->callback([&] { code = MakeMesh(console, shapes.at(shape), resolution, output); });
+
+    try {
+        app.parse(argc, argv);
+        return code;
+    } catch (const CLI::ParseError& error) {
+        if (error.get_exit_code() == 0) {
+            return app.exit(error); // --help, --version
+        }
+        const CLI::App* used = app.get_subcommands().empty() ? &app : app.get_subcommands()[0];
+        console.WriteError("tamesh: " + std::string(error.what()) + "\n\n" + used->help());
+        return eEC_WrongUsage;
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& failure) {
+        tamesh::StandardConsole().WriteError("tamesh: " + std::string(failure.what()) + "\n");
+        return tamesh::eEC_Failed;
+    }
+}

@@ -1,0 +1,34 @@
+#include "tamesh/offwriter.h"
+
+#include "groundwork/tustreamwriteascii.h"
+#include "tamesh/progress.h"
+
+namespace tamesh {
+
+void WriteOFF(TuStreamWriteASCII& stream, const Mesh& mesh, Progress* progress)
+{
+    constexpr std::uint32_t kElementsPerReport = 4096;
+    const auto report = [progress](std::uint64_t done) {
+        if (progress != nullptr && done % kElementsPerReport == 0) {
+            progress->Advance(done);
+        }
+    };
+
+    stream << "OFF\n" << mesh.GetVertexCount() << " " << mesh.GetFaceCount() << " 0\n";
+    for (std::uint32_t i = 0; i < mesh.GetVertexCount(); ++i) {
+        const SPoint& point = mesh.GetVertex(i);
+        stream << point.x << " " << point.y << " " << point.z << "\n";
+        report(i);
+    }
+    for (std::uint32_t i = 0; i < mesh.GetFaceCount(); ++i) {
+        const std::span<const std::uint32_t> face = mesh.GetFace(i);
+        stream << static_cast<std::uint32_t>(face.size());
+        for (const std::uint32_t corner : face) {
+            stream << " " << corner;
+        }
+        stream << "\n";
+        report(std::uint64_t{ mesh.GetVertexCount() } + i);
+    }
+}
+
+} // namespace tamesh

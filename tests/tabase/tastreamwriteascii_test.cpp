@@ -1,0 +1,124 @@
+#include "groundwork/tuexceptions.h"
+#include "groundwork/tustreamwriteasciistring.h"
+#include "support/expectfailure.h"
+#include "support/temporaryfolder.h"
+#include "tabase/tastreamreadasciifile.h"
+#include "tabase/tastreamwriteasciifile.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <limits>
+#include <locale>
+#include <string>
+
+namespace {
+
+using StringStream = TuStreamWriteASCIIStringT<CStringA>;
+
+template <class Value> std::string formOf(const Value& value)
+{
+    StringStream stream;
+    stream << value;
+    return std::string(stream.GetText().GetView());
+}
+
+/// Makes every C++ stream that takes the global locale write 1234,5 as 1.234,5.
+class CommaPunctuation : public std::numpunct<char>
+{
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(TuStreamWriteASCIITest, NumbersAndKeywordsAreThoseOfTheCLocale)
+{
+    EXPECT_EQ(formOf(true), "true");
+    EXPECT_EQ(formOf('a'), "97");
+    EXPECT_EQ(formOf(static_cast<unsigned char>(200)), "200");
+    EXPECT_EQ(formOf(std::numeric_limits<long long>::min()), "-9223372036854775808");
+    EXPECT_EQ(formOf(0.1f), "0.1"); // the shortest form that reads back to the same bits
+    EXPECT_EQ(formOf(0.1), "0.1");
+    EXPECT_EQ(formOf(1.0 / 3.0), "0.3333333333333333");
+    EXPECT_EQ(formOf(-0.0), "-0");
+    EXPECT_EQ(formOf(-std::numeric_limits<double>::max()), "-1.7976931348623157e+308");
+    EXPECT_EQ(formOf(std::numeric_limits<double>::infinity()), "inf");
+    EXPECT_EQ(formOf(u"gr\u00fc\u00df"), CString(u"gr\u00fc\u00df").ToCodePage());
+    EXPECT_EQ(formOf(L"wide"), "wide");
+}
+
+TEST(TuStreamWriteASCIITest, TheProcessLocaleIsIgnoredInBothDirections)
+{
+    const std::locale before
+        = std::locale::global(std::locale(std::locale(), new CommaPunctuation));
+    const std::string cBefore = std::setlocale(LC_NUMERIC, nullptr);
+    for (const char* name : { "de_DE.UTF-8", "de_DE.utf8", "de_DE", "fr_FR.UTF-8", "German" }) {
+        if (std::setlocale(LC_NUMERIC, name) != nullptr) {
+            break; // a decimal comma in the C library too, where the system has one
+        }
+    }
+    const TemporaryFolder folder;
+    {
+        TaStreamWriteASCIIFile stream(folder / "a");
+        stream << 1234567.5 << 1234567;
+        stream.Close();
+    }
+    TaStreamReadASCIIFile stream(folder / "a");
+    double real = 0.0;
+    int whole = 0;
+    stream >> real >> whole;
+    std::setlocale(LC_NUMERIC, cBefore.c_str());
+    std::locale::global(before);
+
+    EXPECT_EQ(folder.ReadAll("a"), "1234567.5 1234567");
+    EXPECT_EQ(real, 1234567.5);
+    EXPECT_EQ(whole, 1234567);
+}
+
+TEST(TuStreamWriteASCIITest, ASeparatedStreamKeepsValuesAndLinesApart)
+{
+    StringStream stream(true);
+    stream << 1 << -2.5 << "a text" << u"" << false << "next"
+           << "last" << 3u;
+    EXPECT_EQ(stream.GetText(), "1 -2.5\na text\r\n\r\nfalse\nnext\r\nlast\r\n3");
+
+    StringStream plain;
+    plain << 1 << " is " << 2.5 << u"\r\n" << true << stream;
+    EXPECT_EQ(plain.GetText().Left(16), "1 is 2.5\r\ntrue1 ");
+}
+
+TEST(TuStreamWriteASCIITest, ASeparatedStreamRefusesWhatItsReaderWouldMisread)
+{
+    StringStream stream(true);
+    stream << 1;
+    for (const CStringA& text : { CStringA("a\rb"), CStringA("\n"), CStringA("a\0", 2) }) {
+        ExpectFailure<TuExceptionPreconditionViolation>([&] { stream << text; });
+    }
+    ExpectFailure<TuExceptionPreconditionViolation>([&] { stream << u"a\nb"; });
+    ExpectFailure<TuExceptionPreconditionViolation>([&] { stream << CString(u"\0", 1); });
+    EXPECT_EQ(stream.GetText(), "1");
+}
+
+TEST(TaStreamWriteASCIIFileTest, WritesBytesAsTheyAreAndWideTextInTheCodePage)
+{
+    const TemporaryFolder folder;
+    TaStreamWriteASCIIFile stream(folder / "a.txt", false);
+    const CString wide(u"\u00e4\U0001F600");
+    std::string expected;
+    for (int i = 0; i < 40'000; ++i) { // several buffers, cut within characters
+        stream << "\xE4" << wide;
+        expected += "\xE4" + wide.ToCodePage();
+        ASSERT_EQ(stream.GetPosition(), expected.size());
+    }
+    CString longText; // longer than any buffer
+    while (longText.GetLength() < 200'000) {
+        longText += wide;
+    }
+    stream << longText;
+    expected += longText.ToCodePage();
+    stream.Close();
+    EXPECT_TRUE(folder.ReadAll("a.txt") == expected);
+    ExpectFailure<TuExceptionStream>([&] { stream << 1; });
+}
+
+} // namespace

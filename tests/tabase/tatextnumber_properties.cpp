@@ -1,0 +1,150 @@
+#include "support/testrandom.h"
+#include "tabase/tatextnumber.h"
+
+#include <gtest/gtest.h>
+#include <rapidcheck.h>
+#include <rapidcheck/gtest.h>
+
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace {
+
+// The tests run in the C locale, where strtod is the model.
+void expectAsStrtod(const std::string& word)
+{
+    char* end = nullptr;
+    const double expected = std::strtod(word.c_str(), &end);
+    const auto expectedLength = static_cast<std::size_t>(end - word.c_str());
+    double value = 42.0;
+    ASSERT_EQ(TaParseDouble(word, value), expectedLength) << word;
+    if (expectedLength == 0) {
+        EXPECT_EQ(value, 42.0) << word;
+    } else if (std::isnan(expected)) {
+        EXPECT_TRUE(std::isnan(value)) << word;
+        EXPECT_EQ(std::signbit(value), std::signbit(expected)) << word;
+    } else {
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(value), std::bit_cast<std::uint64_t>(expected))
+            << word << ": " << value << " instead of " << expected;
+    }
+}
+
+/// Words that look like numbers: pieces of their syntax in any order, mostly a sensible one.
+rc::Gen<std::string> numberLike()
+{
+    const auto digits = [](const char* alphabet) {
+        return rc::gen::container<std::string>(rc::gen::elementOf(std::string(alphabet)));
+    };
+    const auto piece
+        = rc::gen::oneOf(digits("0123456789"), digits("0"), digits("0123456789abcdefABCDEF"),
+            rc::gen::element<std::string>(".", "e", "E", "p", "P", "-", "+", "e-", "e+3", "p-10",
+                "0x", "0X", "inf", "InFinity", "nan", "NAN(", "a_1)", " ", "\v", "\t\n", "e308",
+                "e-308", "e-324", "p1023", "p-1074", "p-1075", "e99999999999999999999", ","));
+    return rc::gen::map(rc::gen::container<std::vector<std::string>>(piece),
+        [](const std::vector<std::string>& pieces) {
+            std::string word;
+            for (const std::string& next : pieces) {
+                word += next;
+            }
+            return word;
+        });
+}
+
+RC_GTEST_PROP(TaTextNumberProperties, WordsParseAsInStrtod, ())
+{
+    for (int i = 0; i < 20; ++i) {
+        expectAsStrtod(*numberLike());
+    }
+    RC_ASSERT(!testing::Test::HasFailure());
+}
+
+TEST(TaTextNumberProperties, HardDoublesParseAsInStrtod)
+{
+    for (const char* word : { "4.9e-324", "2.4703282292062327e-324", "2.4703282292062328e-324",
+             "2.2250738585072011e-308", "2.2250738585072012e-308", "1.7976931348623158e308",
+             "1.7976931348623159e308", "179769313486231580793e289", "1e309", "-1e400", "1e-400",
+             "0e999999", "-0", "0x0p99999", "0x1p1024", "0x1.fffffffffffff7p1023",
+             "0x1.fffffffffffff8p1023", "0x1p-1074", "0x1p-1075", "0x1.000001p-1075", "0x.8p-1073",
+             "0x0.00000000000001p-1020", "0x1.00000000000008p0", "0x1.000000000000080000000001p0",
+             "0x1.00000000000018p0", "0x123456789abcdef123456789p-200", "9007199254740993",
+             "9007199254740992.99999999999999999999999999999999", "1.", ".5", ".e1", "0x.p1",
+             "0x1p", "0x1p+", "0x1.8e5", "1e+", "1e5e5", "nan()", "-nan", "+inf", "infinit",
+             "nan(a b)", "0x-1", "0x+1", "0xnan", "1_000", "\f\r-1", "- 1", "" }) {
+        expectAsStrtod(word);
+    }
+    // Half-way cases with hundreds of digits, where a wrong last digit shows a rounding fault.
+    const std::string half = "1.00000000000000011102230246251565404236316680908203125";
+    expectAsStrtod(half);
+    expectAsStrtod(half + std::string(800, '0') + "1");
+    expectAsStrtod("0." + std::string(400, '0') + "1e401");
+    expectAsStrtod("1" + std::string(400, '0') + "e-400");
+    expectAsStrtod("0x1" + std::string(300, '0') + "p-1200");
+    expectAsStrtod("0x0." + std::string(300, '0') + "1p1200");
+}
+
+TEST(TaTextNumberProperties, EveryDoubleComesBackFromItsText)
+{
+    std::mt19937_64 random = MakeTestRandom();
+    for (int i = 0; i < 100'000; ++i) {
+        const double expected = std::bit_cast<double>(random());
+        char shortest[64];
+        char* end = std::to_chars(shortest, std::end(shortest), expected).ptr;
+        double value = 0.0;
+        ASSERT_EQ(
+            TaParseDouble({ shortest, end }, value), static_cast<std::size_t>(end - shortest));
+        if (std::isnan(expected)) {
+            EXPECT_TRUE(std::isnan(value));
+            continue;
+        }
+        ASSERT_EQ(std::bit_cast<std::uint64_t>(value), std::bit_cast<std::uint64_t>(expected));
+        char hexadecimal[64];
+        std::snprintf(hexadecimal, sizeof(hexadecimal), "%a", expected);
+        expectAsStrtod(hexadecimal);
+    }
+}
+
+/// The model of the integer parsers: 128 bits hold every word of up to 30 digits.
+template <class Signed, class Unsigned> void expectAsModel(const std::string& digits, bool negative)
+{
+    using Wide = __int128;
+    Wide magnitude = 0;
+    for (const char digit : digits) {
+        magnitude = magnitude * 10 + (digit - '0');
+    }
+    const std::string word = (negative ? "-" : "") + digits;
+    Signed isSigned = 0;
+    Unsigned isUnsigned = 0;
+    if constexpr (sizeof(Signed) == 4) {
+        RC_ASSERT(TaParseLong(word, isSigned) == word.size());
+        RC_ASSERT(TaParseUnsignedLong(word, isUnsigned) == word.size());
+    } else {
+        RC_ASSERT(TaParseInteger64(word, isSigned) == word.size());
+        RC_ASSERT(TaParseUnsigned64(word, isUnsigned) == word.size());
+    }
+    const Wide value = negative ? -magnitude : magnitude;
+    const Wide smallest = std::numeric_limits<Signed>::min();
+    const Wide largest = std::numeric_limits<Signed>::max();
+    RC_ASSERT(isSigned
+        == static_cast<Signed>(value < smallest ? smallest
+                : value > largest               ? largest
+                                                : value));
+    const Unsigned all = std::numeric_limits<Unsigned>::max();
+    RC_ASSERT(isUnsigned == (magnitude > Wide{ all } ? all : static_cast<Unsigned>(value)));
+}
+
+RC_GTEST_PROP(TaTextNumberProperties, IntegersSaturateByMagnitude, (bool negative))
+{
+    const auto first = *rc::gen::inRange('1', static_cast<char>('9' + 1)); // no octal number
+    const auto length = *rc::gen::inRange<std::size_t>(0, 25);
+    const auto rest = *rc::gen::container<std::string>(
+        length, rc::gen::inRange('0', static_cast<char>('9' + 1)));
+    expectAsModel<std::int32_t, std::uint32_t>(first + rest, negative);
+    expectAsModel<std::int64_t, std::uint64_t>(first + rest, negative);
+}
+
+} // namespace

@@ -1,0 +1,95 @@
+#include "tamesh/commands.h"
+
+#include "support/temporaryfolder.h"
+#include "tamesh/fakeconsole.h"
+#include "tamesh/testinput.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace tamesh;
+
+const char* const kTetrahedron
+    = "OFF\n4 4 6\n0 0 0\n1 0 0\n0 1 0\n0 0 1\n3 0 2 1\n3 0 1 3\n3 1 2 3\n3 2 0 3\n";
+
+class CommandsTest : public testing::Test
+{
+protected:
+    std::string name(std::string_view file) const { return m_folder.GetPath(file).string(); }
+
+    TemporaryFolder m_folder;
+    FakeConsole m_console;
+};
+
+TEST_F(CommandsTest, ADocumentShowsTheFiguresOfItsMesh)
+{
+    m_folder.WriteAll("a.off", kTetrahedron);
+    EXPECT_EQ(ShowMeshes(m_console, { name("a.off") }), eEC_Done);
+    const std::string figures = m_console.output.substr(m_console.output.find('\n'));
+    EXPECT_NE(figures.find("Euler characteristic 2"), figures.npos);
+
+    EXPECT_EQ(PackMesh(m_console, name("a.off"), name("a.tadoc")), eEC_Done);
+    m_console.output.clear();
+    EXPECT_EQ(ShowDocuments(m_console, { name("a.tadoc") }), eEC_Done);
+    EXPECT_EQ(m_console.output, name("a.tadoc") + " (document)" + figures);
+    EXPECT_EQ(m_console.error, "");
+}
+
+TEST_F(CommandsTest, ABadMeshLeavesTheOldDocumentAndNothingElse)
+{
+    m_folder.WriteAll("bad.off", "OFF\n1 1 0\n0 0 0\n3 0 0 1\n");
+    m_folder.WriteAll("a.tadoc", "what was there before");
+    EXPECT_EQ(PackMesh(m_console, name("bad.off"), name("a.tadoc")), eEC_Failed);
+    EXPECT_EQ(m_folder.ReadAll("a.tadoc"), "what was there before");
+    EXPECT_EQ(m_console.error,
+        name("bad.off") + ":4: the face names vertex 1, but the 1 vertices count from 0\n");
+
+    EXPECT_EQ(MakeMesh(m_console, eS_Torus, 5, name("no/folder.off")), eEC_Failed);
+    const auto files = std::filesystem::directory_iterator(m_folder.GetPath(""));
+    EXPECT_EQ(std::distance(begin(files), end(files)), 2);
+}
+
+TEST_F(CommandsTest, WhatCannotBeReadIsReportedByItsName)
+{
+    std::filesystem::create_directory(m_folder.GetPath("folder.off"));
+    EXPECT_EQ(ShowMeshes(m_console, { name("folder.off") }), eEC_Failed);
+    EXPECT_EQ(m_console.error, name("folder.off") + ": is a folder, not a file\n");
+
+    m_console.error.clear();
+    EXPECT_EQ(ShowDocuments(m_console, { name("missing.tadoc") }), eEC_Failed);
+    EXPECT_TRUE(m_console.error.starts_with(name("missing.tadoc") + ": cannot open: "))
+        << m_console.error;
+}
+
+TEST_F(CommandsTest, ADamagedDocumentIsReportedByClassAndPlace)
+{
+    m_folder.WriteAll("a.off", kTetrahedron);
+    ASSERT_EQ(PackMesh(m_console, name("a.off"), name("a.tadoc")), eEC_Done);
+    std::string bytes = m_folder.ReadAll("a.tadoc");
+    bytes[60] = static_cast<char>(bytes[60] ^ 1);
+    m_folder.WriteAll("a.tadoc", bytes);
+    EXPECT_EQ(ShowDocuments(m_console, { name("a.tadoc") }), eEC_Failed);
+    EXPECT_TRUE(
+        m_console.error.starts_with(name("a.tadoc") + ": TuExceptionStream at apps/tamesh/"))
+        << m_console.error;
+    EXPECT_EQ(m_console.output, "");
+}
+
+TEST_F(CommandsTest, AFullDiskBehindTheOutputIsAFailure)
+{
+    m_folder.WriteAll("a.off", kTetrahedron);
+    m_console.takesOutput = false;
+    EXPECT_EQ(ShowMeshes(m_console, { name("a.off") }), eEC_Failed);
+    EXPECT_EQ(m_console.error, "standard output: cannot be written\n");
+}
+
+TEST_F(CommandsTest, MakesTheSameFileAgain)
+{
+    EXPECT_EQ(MakeMesh(m_console, eS_Terrain, 12, name("a.off")), eEC_Done);
+    EXPECT_EQ(MakeMesh(m_console, eS_Terrain, 12, name("b.off")), eEC_Done);
+    EXPECT_EQ(m_folder.ReadAll("a.off"), m_folder.ReadAll("b.off"));
+    EXPECT_EQ(ReadMeshText("a.off", m_folder.ReadAll("a.off")).GetVertexCount(), 169u);
+}
+
+} // namespace

@@ -1,0 +1,187 @@
+#include "tamesh/document.h"
+
+#include "support/expectfailure.h"
+#include "tabase/tastreamreadbinarybuffer.h"
+#include "tabase/tastreamwritebinarybuffer.h"
+#include "tamesh/meshgenerator.h"
+
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace {
+
+using namespace tamesh;
+
+// Where things lie in a document.
+constexpr std::size_t kFormatVersion = 8;
+constexpr std::size_t kChunkVersion = 12;
+constexpr std::size_t kClassName = 20;
+constexpr std::size_t kRecordVersion = 44;
+constexpr std::size_t kVertexCount = 48;
+constexpr std::size_t kFaceCount = 52;
+constexpr std::size_t kVertices = 56;
+constexpr std::size_t kVertexSize = 24;
+
+/// Writes itself into documents as something else than a mesh.
+class NoMesh : public ISerializable
+{
+    TU_DECLARE_RTTI
+
+public:
+    TU_DECLARE_EXTENSIONS;
+    void Serialize(TuStreamWriteBinary&) const override { }
+    void Serialize(TuStreamReadBinary&) override { }
+
+private:
+    static IObject* CreateByFactory() { return new NoMesh; }
+};
+
+TU_DEFINE_RTTI_ROOT(NoMesh, &NoMesh::CreateByFactory, nullptr);
+TU_DEFINE_EXTENSIONS(NoMesh, ISerializable)
+
+std::string save(const Document& document)
+{
+    TaStreamWriteBinaryBuffer stream;
+    document.Save(stream);
+    return { reinterpret_cast<const char*>(stream.GetData()), stream.GetSize() };
+}
+
+void load(Document& document, const std::string& bytes)
+{
+    TaStreamReadBinaryBuffer stream(bytes.data(), bytes.size());
+    document.Load(stream);
+}
+
+template <class Exception> void expectRefused(const std::string& bytes)
+{
+    ExpectFailure<Exception>([&bytes] {
+        Document document;
+        load(document, bytes);
+    });
+}
+
+/// Puts the number in and makes the checksum right again, as an attacker would.
+template <class Number> std::string withNumber(std::string bytes, std::size_t place, Number number)
+{
+    auto* data = reinterpret_cast<unsigned char*>(bytes.data());
+    TuStoreLittleEndian(data + place, number);
+    const std::size_t end = bytes.size() - sizeof(std::uint32_t);
+    TuStoreLittleEndian(data + end, static_cast<std::uint32_t>(crc32_z(0, data, end)));
+    return bytes;
+}
+
+TEST(DocumentTest, ReadsAndWritesTheBytesOfVersion0)
+{
+    std::ifstream file(TA_TEST_DATA_FOLDER "/tamesh_document_0.tadoc", std::ios::binary);
+    const std::string golden(std::istreambuf_iterator<char>(file), {});
+    ASSERT_FALSE(golden.empty());
+
+    Document document;
+    load(document, golden);
+    const Mesh& mesh = document.GetMesh();
+    ASSERT_EQ(mesh.GetVertexCount(), 5u);
+    EXPECT_EQ(mesh.GetVertex(1), (SPoint{ 1.5, 0, 0 }));
+    EXPECT_EQ(mesh.GetVertex(3), (SPoint{ 0.1, 1e300, -0.0 }));
+    ASSERT_EQ(mesh.GetFaceCount(), 2u);
+    EXPECT_EQ(mesh.GetFace(0).size(), 3u);
+    EXPECT_EQ(mesh.GetFace(1).front(), 4u);
+    EXPECT_EQ(save(document), golden);
+}
+
+TEST(DocumentTest, CutAnywhereItIsRefused)
+{
+    const std::string bytes = save(Document(MakeSphere(2)));
+    for (std::size_t size = 0; size < bytes.size(); ++size) {
+        SCOPED_TRACE(size);
+        expectRefused<TuExceptionStream>(bytes.substr(0, size));
+    }
+    expectRefused<TuExceptionStream>(bytes + '\0');
+}
+
+TEST(DocumentTest, WithAnyBitFlippedItIsRefused)
+{
+    const std::string bytes = save(Document(MakeSphere(1)));
+    for (std::size_t place = 0; place < bytes.size(); ++place) {
+        for (int bit = 0; bit < 8; ++bit) {
+            std::string damaged = bytes;
+            damaged[place] = static_cast<char>(damaged[place] ^ (1 << bit));
+            Document document;
+            EXPECT_THROW(load(document, damaged), TuException) << place << ' ' << bit;
+            EXPECT_EQ(document.GetMesh().GetVertexCount(), 0u);
+        }
+    }
+}
+
+TEST(DocumentTest, RefusesForeignFilesAndLaterVersions)
+{
+    const std::string bytes = save(Document(MakeSphere(1)));
+    expectRefused<TuExceptionWrongFileVersion>("OFF\n3 1 0\n0 0 0\n");
+    for (const std::size_t place : { kFormatVersion, kChunkVersion, kRecordVersion }) {
+        expectRefused<TuExceptionWrongFileVersion>(withNumber(bytes, place, 1u));
+    }
+}
+
+TEST(DocumentTest, RefusesChunksOfOtherClasses)
+{
+    const std::string bytes = save(Document(MakeSphere(1)));
+    expectRefused<TuException>(withNumber(bytes, kClassName, 'X'));
+
+    TaStreamWriteBinaryBuffer stream;
+    stream.WriteBuffer(bytes.data(), kChunkVersion);
+    stream.WriteChunk(NoMesh());
+    stream << 0u;
+    expectRefused<TuExceptionStream>(
+        { reinterpret_cast<const char*>(stream.GetData()), stream.GetSize() });
+}
+
+TEST(DocumentTest, RefusesMeshesThatAreNotSound)
+{
+    const Mesh sphere = MakeSphere(1);
+    const std::string bytes = save(Document(sphere));
+    const std::size_t faceSizes = kVertices + sphere.GetVertexCount() * kVertexSize;
+    const std::size_t corners = faceSizes + sphere.GetFaceCount() * sizeof(std::uint32_t);
+
+    // Counts that claim more than arrives take no memory for it.
+    expectRefused<TuExceptionStream>(withNumber(bytes, kVertexCount, ~0u));
+    expectRefused<TuExceptionStream>(withNumber(bytes, kVertexCount, 5u));
+    expectRefused<TuExceptionStream>(withNumber(bytes, kFaceCount, ~0u));
+    expectRefused<TuExceptionStream>(withNumber(bytes, kFaceCount, 0u));
+    expectRefused<TuExceptionStream>(withNumber(bytes, faceSizes, ~0u));
+    expectRefused<TuExceptionStream>(withNumber(bytes, faceSizes, 0x7FFFFFFFu));
+    expectRefused<TuExceptionStream>(withNumber(bytes, faceSizes, 2u));
+    expectRefused<TuExceptionStream>(withNumber(bytes, corners, sphere.GetVertexCount()));
+    expectRefused<TuExceptionStream>(
+        withNumber(bytes, kVertices, std::numeric_limits<double>::quiet_NaN()));
+    expectRefused<TuExceptionStream>(
+        withNumber(bytes, kVertices, -std::numeric_limits<double>::infinity()));
+}
+
+TEST(DocumentTest, KeepsItsMeshWhenAnotherCannotBeLoaded)
+{
+    Document document(MakeSphere(1));
+    const std::string bytes = save(Document(MakeSphere(2)));
+    EXPECT_THROW(load(document, bytes.substr(0, bytes.size() - 1)), TuExceptionStream);
+    EXPECT_EQ(document.GetMesh().GetVertexCount(), 6u);
+    load(document, bytes);
+    EXPECT_EQ(document.GetMesh().GetVertexCount(), 18u);
+}
+
+TEST(DocumentTest, CarriesMeshesLargerThanABlock)
+{
+    const Mesh sphere = MakeSphere(60);
+    Document document;
+    load(document, save(Document(sphere)));
+    const Mesh& mesh = document.GetMesh();
+    ASSERT_EQ(mesh.GetVertexCount(), sphere.GetVertexCount());
+    ASSERT_EQ(mesh.GetFaceCount(), sphere.GetFaceCount());
+    EXPECT_TRUE(std::ranges::equal(mesh.GetCorners(), sphere.GetCorners()));
+    for (std::uint32_t i = 0; i < mesh.GetVertexCount(); ++i) {
+        ASSERT_EQ(mesh.GetVertex(i), sphere.GetVertex(i));
+    }
+}
+
+} // namespace

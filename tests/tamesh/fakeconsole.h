@@ -1,0 +1,26 @@
+#pragma once
+
+#include "tamesh/console.h"
+
+#include <string>
+
+/// Keeps what is written, and has the clock and the terminal that a test wants.
+class FakeConsole final : public tamesh::IConsole
+{
+public:
+    bool WriteOutput(std::string_view text) override
+    {
+        output += text;
+        return takesOutput;
+    }
+    void WriteError(std::string_view text) override { error += text; }
+    bool IsErrorTerminal() const override { return width != 0; }
+    unsigned int GetErrorWidth() const override { return width; }
+    std::uint64_t GetMilliseconds() const override { return now; }
+
+    std::string output;
+    std::string error;
+    bool takesOutput = true;
+    unsigned int width = 0; // of the terminal; 0 for none
+    std::uint64_t now = 1000;
+};

@@ -1,0 +1,61 @@
+# Runs tamesh as a user does, and looks at its exit code and at what it prints where.
+
+file(REMOVE_RECURSE ${FOLDER})
+file(MAKE_DIRECTORY ${FOLDER})
+file(WRITE ${FOLDER}/good.off "OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n")
+file(WRITE ${FOLDER}/bad.off "OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 7\n")
+file(WRITE ${FOLDER}/mesh.ply "ply\n")
+
+# expect(CODE OUT_PATTERN ERROR_PATTERN arguments...): a pattern that is empty demands silence.
+function(expect code out_pattern error_pattern)
+  execute_process(COMMAND ${TAMESH} ${ARGN} WORKING_DIRECTORY ${FOLDER}
+    RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE error)
+  if(NOT result STREQUAL code)
+    message(SEND_ERROR "tamesh ${ARGN}: exit code ${result}, not ${code}\n${out}${error}")
+  endif()
+  foreach(stream out error)
+    set(pattern "${${stream}_pattern}")
+    if((pattern STREQUAL "" AND NOT ${stream} STREQUAL "") OR NOT ${stream} MATCHES "${pattern}")
+      message(SEND_ERROR "tamesh ${ARGN}: ${stream} is not '${pattern}' but:\n${${stream}}")
+    endif()
+  endforeach()
+endfunction()
+
+function(expect_missing name)
+  if(EXISTS ${FOLDER}/${name})
+    message(SEND_ERROR "${name} was written")
+  endif()
+endfunction()
+
+expect(0 "good.off \\(OFF\\)\n  vertices +3\n  faces +1\n" "" info good.off)
+expect(1 "good.off \\(OFF\\)\n.*good.off \\(OFF\\)\n" "^bad.off:6: the face names vertex 7[^\n]*\n$"
+  info good.off bad.off good.off)
+expect(1 "" "^missing.off: cannot open: [^\n]+\n$" info missing.off)
+expect(1 "" "^mesh.ply: unknown format[^\n]+\n$" info mesh.ply)
+
+expect(1 "" "^bad.off:6: " pack bad.off -o bad.tadoc)
+expect_missing(bad.tadoc)
+expect(1 "" "^nowhere/a.tadoc: cannot create a temporary file beside: "
+  pack good.off -o nowhere/a.tadoc)
+expect(0 "" "" pack good.off -o good.tadoc)
+expect(0 "good.tadoc \\(document\\)\n  vertices +3\n" "" show good.tadoc)
+expect(1 "" "^good.off: TuExceptionWrongFileVersion at apps/tamesh/document\\([0-9]+\\): "
+  show good.off)
+
+foreach(shape terrain torus sphere)
+  expect(0 "" "" make ${shape} 8 -o ${shape}.off)
+  expect(0 "\n  components +1\n" "" info ${shape}.off)
+endforeach()
+
+set(usage "\nUsage: tamesh")
+expect(2 "" "${usage}")
+expect(2 "" "${usage}" fly)
+expect(2 "" "${usage} info" info)
+expect(2 "" "${usage} pack" pack good.off)
+expect(2 "" "${usage} pack" pack good.off -o good.off)
+expect(2 "" "${usage} make" make cube 5 -o cube.off)
+expect(2 "" "${usage} make" make torus 2 -o torus2.off)
+expect(2 "" "${usage} make" make torus many -o torus2.off)
+expect_missing(torus2.off)
+expect(0 "${usage}|Usage: tamesh" "" --help)
+expect(0 "^tamesh [0-9.]+\n$" "" --version)
