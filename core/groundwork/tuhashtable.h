@@ -161,9 +161,12 @@ TuHashTable<K, E, A, F, S, H>::~TuHashTable()
 template <class K, class E, class A, int F, class S, class H>
 inline unsigned int TuHashTable<K, E, A, F, S, H>::bucketOf(KeyArgument key) const
 {
-    const auto hash = H::Compute(key);
-    static_assert(std::unsigned_integral<decltype(H::Compute(key))>, "a hash is unsigned");
-    return TuHashModulo::Compute(hash, m_bucketCount, m_buckets->reciprocal);
+    using Hash = decltype(H::Compute(key));
+    static_assert(std::unsigned_integral<Hash>, "a hash is unsigned");
+    using Wide
+        = std::conditional_t<sizeof(Hash) <= sizeof(std::uint32_t), std::uint32_t, std::uint64_t>;
+    return TuHashModulo::Compute(
+        static_cast<Wide>(H::Compute(key)), m_bucketCount, m_buckets->reciprocal);
 }
 
 template <class K, class E, class A, int F, class S, class H>

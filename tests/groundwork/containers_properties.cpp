@@ -297,7 +297,9 @@ RC_GTEST_PROP(ContainerProperties, TheModuloByReciprocalIsExact, ())
     // The multiples and their neighbours are where a quotient tips over.
     const std::uint64_t multiple = value - value % divisor;
     for (const std::uint64_t near : { value, multiple, multiple - 1, multiple + divisor - 1 }) {
+        const auto low = static_cast<std::uint32_t>(near);
         RC_ASSERT(TuHashModulo::Compute(near, divisor, reciprocal) == near % divisor);
+        RC_ASSERT(TuHashModulo::Compute(low, divisor, reciprocal) == low % divisor);
     }
 }
 
@@ -308,10 +310,14 @@ TEST(ContainerProperties, TheModuloByReciprocalIsExactAtTheLimits)
         { 1u, 2u, 3u, 17u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFEu, 0xFFFFFFFFu }) {
         const std::uint64_t reciprocal = TuHashModulo::GetReciprocal(divisor);
         for (std::uint64_t offset = 0; offset < 1000; ++offset) {
-            for (const std::uint64_t value : { offset, kMost - offset,
-                     kMost - kMost % divisor - offset, (kMost >> 1) - offset, divisor - offset }) {
+            for (const std::uint64_t value :
+                { offset, kMost - offset, kMost - kMost % divisor - offset, (kMost >> 1) - offset,
+                    divisor - offset, 0xFFFFFFFFu - 0xFFFFFFFFu % divisor - offset }) {
                 EXPECT_EQ(TuHashModulo::Compute(value, divisor, reciprocal), value % divisor)
                     << value << " % " << divisor;
+                const auto low = static_cast<std::uint32_t>(value);
+                EXPECT_EQ(TuHashModulo::Compute(low, divisor, reciprocal), low % divisor)
+                    << low << " % " << divisor;
             }
         }
     }
