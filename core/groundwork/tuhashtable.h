@@ -186,6 +186,16 @@ inline A* TuHashTable<K, E, A, F, S, H>::findNode(KeyArgument key) const
         return nullptr;
     }
     A* node = *chainOf(bucketOf(key));
+    if constexpr (std::is_scalar_v<K>) {
+        if (node == nullptr) {
+            return nullptr;
+        }
+        // The first or the second, without a jump: which of them it is cannot be predicted.
+        const std::uintptr_t isSecond = std::uintptr_t{ 0 } - (areEqual(node, key) ? 0u : 1u);
+        const auto first = reinterpret_cast<std::uintptr_t>(node);
+        const auto second = reinterpret_cast<std::uintptr_t>(node->m_next);
+        node = reinterpret_cast<A*>(first ^ ((first ^ second) & isSecond));
+    }
     while (node != nullptr && !areEqual(node, key)) {
         node = node->m_next;
     }
