@@ -2,8 +2,10 @@
 #include "groundwork/tusmartpointer.h"
 
 #include <benchmark/benchmark.h>
+#if defined(TA_HAVE_BOOST)
 #include <boost/intrusive_ptr.hpp>
 #include <boost/smart_ptr/intrusive_ref_counter.hpp>
+#endif
 
 #include <array>
 #include <memory>
@@ -16,12 +18,6 @@ namespace {
 
 struct Counted : public TuReferenceCounted
 {
-    long long payload[2]{};
-};
-
-struct BoostCounted : public boost::intrusive_ref_counter<BoostCounted>
-{
-    virtual ~BoostCounted() = default;
     long long payload[2]{};
 };
 
@@ -52,12 +48,6 @@ void BM_TuSmartPointer_CopyAndDestroy(benchmark::State& state)
 }
 BENCHMARK(BM_TuSmartPointer_CopyAndDestroy);
 
-void BM_BoostIntrusive_CopyAndDestroy(benchmark::State& state)
-{
-    copyAndDestroy(state, boost::intrusive_ptr<BoostCounted>(new BoostCounted));
-}
-BENCHMARK(BM_BoostIntrusive_CopyAndDestroy);
-
 void BM_StdShared_CopyAndDestroy(benchmark::State& state)
 {
     copyAndDestroy(state, std::make_shared<Plain>());
@@ -78,17 +68,31 @@ void BM_TuSmartPointer_MakeAndDestroy(benchmark::State& state)
 }
 BENCHMARK(BM_TuSmartPointer_MakeAndDestroy);
 
-void BM_BoostIntrusive_MakeAndDestroy(benchmark::State& state)
-{
-    makeAndDestroy(state, [] { return boost::intrusive_ptr<BoostCounted>(new BoostCounted); });
-}
-BENCHMARK(BM_BoostIntrusive_MakeAndDestroy);
-
 void BM_StdShared_MakeAndDestroy(benchmark::State& state)
 {
     makeAndDestroy(state, [] { return std::make_shared<Plain>(); });
 }
 BENCHMARK(BM_StdShared_MakeAndDestroy);
+
+#if defined(TA_HAVE_BOOST)
+struct BoostCounted : public boost::intrusive_ref_counter<BoostCounted>
+{
+    virtual ~BoostCounted() = default;
+    long long payload[2]{};
+};
+
+void BM_BoostIntrusive_CopyAndDestroy(benchmark::State& state)
+{
+    copyAndDestroy(state, boost::intrusive_ptr<BoostCounted>(new BoostCounted));
+}
+BENCHMARK(BM_BoostIntrusive_CopyAndDestroy);
+
+void BM_BoostIntrusive_MakeAndDestroy(benchmark::State& state)
+{
+    makeAndDestroy(state, [] { return boost::intrusive_ptr<BoostCounted>(new BoostCounted); });
+}
+BENCHMARK(BM_BoostIntrusive_MakeAndDestroy);
+#endif
 
 // Kind tests: classes at depth 4, asked for a base that most of them have.
 

@@ -108,10 +108,8 @@ public:
     }
     T& GetAt(unsigned int index) { return m_elements[checkedIndex(index)]; }
     const T& GetAt(unsigned int index) const { return m_elements[checkedIndex(index)]; }
-    template <class Value> void SetAt(unsigned int index, Value&& value)
-    {
-        GetAt(index) = std::forward<Value>(value);
-    }
+    void SetAt(unsigned int index, const T& element) { GetAt(index) = element; }
+    void SetAt(unsigned int index, T&& element) { GetAt(index) = std::move(element); }
     T& GetFirst() { return GetAt(0); }
     const T& GetFirst() const { return GetAt(0); }
     T& GetLast() { return GetAt(m_size - 1); }
