@@ -4,14 +4,14 @@
 #include "groundwork/tumap.h"
 
 #include <benchmark/benchmark.h>
-#if defined(TA_HAVE_ABSL)
+#if defined(TA_PEER_ABSL)
 #include <absl/container/flat_hash_map.h>
 #endif
-#if defined(TA_HAVE_BOOST)
+#if defined(TA_PEER_BOOST)
 #include <boost/container/vector.hpp>
 #include <boost/intrusive/list.hpp>
 #endif
-#if defined(TA_HAVE_QT)
+#if defined(TA_PEER_QT)
 #include <QList>
 #endif
 
@@ -56,21 +56,21 @@ void BM_TuArray_Append(benchmark::State& state) { appendToArray<TuArray<int>>(st
 void BM_StdVector_Append(benchmark::State& state) { appendToArray<std::vector<int>>(state); }
 BENCHMARK(BM_TuArray_Append)->Apply(arraySizes);
 BENCHMARK(BM_StdVector_Append)->Apply(arraySizes);
-#if defined(TA_HAVE_BOOST)
+#if defined(TA_PEER_BOOST)
 void BM_BoostVector_Append(benchmark::State& state)
 {
     appendToArray<boost::container::vector<int>>(state);
 }
 BENCHMARK(BM_BoostVector_Append)->Apply(arraySizes);
 #endif
-#if defined(TA_HAVE_QT)
+#if defined(TA_PEER_QT)
 void BM_QList_Append(benchmark::State& state) { appendToArray<QList<int>>(state); }
 BENCHMARK(BM_QList_Append)->Apply(arraySizes);
 #endif
 
 // Lists of numbers, a node per element.
 
-#if defined(TA_HAVE_BOOST)
+#if defined(TA_PEER_BOOST)
 struct IntrusiveNode : boost::intrusive::list_base_hook<>
 {
     explicit IntrusiveNode(int number)
@@ -170,7 +170,7 @@ BENCHMARK(BM_TuList_Destroy)->Apply(listSizes);
 BENCHMARK(BM_StdList_Append)->Apply(listSizes);
 BENCHMARK(BM_StdList_Walk)->Apply(listSizes);
 BENCHMARK(BM_StdList_Destroy)->Apply(listSizes);
-#if defined(TA_HAVE_BOOST)
+#if defined(TA_PEER_BOOST)
 void BM_BoostIntrusiveList_Append(benchmark::State& state)
 {
     appendToList<BoostIntrusiveList>(state);
@@ -314,7 +314,7 @@ BENCHMARK(BM_TuMap_FindText)->Apply(mapSizes);
 BENCHMARK(BM_StdUnorderedMap_FindText)->Apply(mapSizes);
 BENCHMARK(BM_TuMap_InsertText)->Apply(mapSizes);
 BENCHMARK(BM_StdUnorderedMap_InsertText)->Apply(mapSizes);
-#if defined(TA_HAVE_ABSL)
+#if defined(TA_PEER_ABSL)
 using AbslMap = Standard<absl::flat_hash_map<Number, unsigned int>>;
 using AbslTextMap = Standard<absl::flat_hash_map<std::u16string, unsigned int>>;
 

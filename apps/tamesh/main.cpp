@@ -65,8 +65,7 @@ int run(int argc, char** argv)
         if (error.get_exit_code() == 0) {
             return app.exit(error); // --help, --version
         }
-        const CLI::App* used = app.get_subcommands().empty() ? &app : app.get_subcommands()[0];
-        console.WriteError("tamesh: " + std::string(error.what()) + "\n\n" + used->help());
+        console.WriteError("tamesh: " + std::string(error.what()) + "\n\n" + app.help());
         return eEC_WrongUsage;
     }
 }

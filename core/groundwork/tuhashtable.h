@@ -75,11 +75,11 @@ protected:
         , m_blockSize(blockSize)
     {
     }
-    /// Shares the nodes of other containers.
+    /// Shares the nodes of other containers. A null manager is a block size of 0.
     TuHashTable(TuSmartPointer<PlexManager> plexManager, unsigned int bucketCount)
         : m_plexManager(std::move(plexManager))
         , m_bucketCount(checkedBucketCount(bucketCount))
-        , m_blockSize(m_plexManager->GetBlockSize())
+        , m_blockSize(m_plexManager.IsNull() ? 0 : m_plexManager->GetBlockSize())
     {
     }
     TuHashTable(TuHashTable&& other) noexcept

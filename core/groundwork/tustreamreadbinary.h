@@ -62,13 +62,9 @@ public:
 
 protected:
     TuStreamReadBinary() = default;
-    // A window belongs to the buffer of one stream: a copy starts without.
-    TuStreamReadBinary(const TuStreamReadBinary& other)
-        : IObject(other)
-        , TuStreamRead(other)
-    {
-    }
-    TuStreamReadBinary& operator=(const TuStreamReadBinary&) { return *this; }
+    // A window belongs to the buffer of one stream.
+    TuStreamReadBinary(const TuStreamReadBinary&) = delete;
+    TuStreamReadBinary& operator=(const TuStreamReadBinary&) = delete;
 
     /// Delivers up to `size` bytes and returns how many; fewer only at the end. Called when the
     /// window holds fewer than `size`; what it holds comes first.

@@ -54,13 +54,9 @@ public:
 
 protected:
     TuStreamWriteBinary() = default;
-    // A window belongs to the buffer of one stream: a copy starts without.
-    TuStreamWriteBinary(const TuStreamWriteBinary& other)
-        : IObject(other)
-        , TuStreamWrite(other)
-    {
-    }
-    TuStreamWriteBinary& operator=(const TuStreamWriteBinary&) { return *this; }
+    // A window belongs to the buffer of one stream.
+    TuStreamWriteBinary(const TuStreamWriteBinary&) = delete;
+    TuStreamWriteBinary& operator=(const TuStreamWriteBinary&) = delete;
 
     /// Takes all of `size` bytes, or throws. Called when they do not fit the window.
     virtual void write(const void* data, unsigned long long size) = 0;

@@ -151,11 +151,14 @@ TEST(TuMapTest, KeepsItsContract)
 {
     ExpectFailure<TuExceptionPreconditionViolation>([] { Numbers map(10, 0); });
     Numbers blockless(0);
-    EXPECT_FALSE(blockless.Contains(1));
-    ExpectFailure<TuExceptionPreconditionViolation>(
-        [&] { blockless[1] = 2; }, u"core/groundwork/tuplexmanager", 162);
-    EXPECT_TRUE(blockless.IsEmpty());
-    EXPECT_EQ(blockless.begin(), blockless.end());
+    Numbers managerless{ TuSmartPointer<Numbers::PlexManager>() };
+    for (Numbers* map : { &blockless, &managerless }) {
+        EXPECT_FALSE(map->Contains(1));
+        ExpectFailure<TuExceptionPreconditionViolation>(
+            [&] { (*map)[1] = 2; }, u"core/groundwork/tuplexmanager", 162);
+        EXPECT_TRUE(map->IsEmpty());
+        EXPECT_EQ(map->begin(), map->end());
+    }
 }
 
 TEST(TuMapTest, AnEmptyMapOwnsNoMemory)

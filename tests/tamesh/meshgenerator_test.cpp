@@ -121,9 +121,9 @@ TEST(MeshGeneratorTest, WritesTheSameBytesOnEverySystem)
     EXPECT_EQ(writeText(MakeSphere(1)),
         "OFF\n6 8 0\n0 0 1\n1 0 0\n0 1 0\n-1 0 0\n0 -1 0\n0 0 -1\n3 0 1 2\n3 0 2 3\n3 0 3 4\n"
         "3 0 4 1\n3 5 2 1\n3 5 3 2\n3 5 4 3\n3 5 1 4\n");
-    EXPECT_EQ(hashOf(writeText(MakeTerrain(50))), 1u);
-    EXPECT_EQ(hashOf(writeText(MakeTorus(50))), 1u);
-    EXPECT_EQ(hashOf(writeText(MakeSphere(50))), 1u);
+    EXPECT_EQ(hashOf(writeText(MakeTerrain(50))), 4026685115u);
+    EXPECT_EQ(hashOf(writeText(MakeTorus(50))), 2339437156u);
+    EXPECT_EQ(hashOf(writeText(MakeSphere(50))), 3434661186u);
 }
 
 TEST(MeshGeneratorTest, WhatIsWrittenIsReadBack)

@@ -39,7 +39,7 @@ TEST(ProgressTest, ALongTaskWritesAFewPlainLinesWhereNobodyWatches)
 TEST(ProgressTest, ABarFitsTheTerminalAndIsTakenAway)
 {
     FakeConsole console;
-    console.width = 60;
+    console.width = 80;
     runTask(console, 1);
     EXPECT_NE(console.error.find("\rreading a.off [####################                    ] 50 %"),
         console.error.npos);

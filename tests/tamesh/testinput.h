@@ -21,6 +21,7 @@ public:
         : m_bytes(head)
     {
         m_bytes.resize(84, ' ');
+        SetCount(0);
     }
 
     void AddTriangle(const float (&corners)[9])
