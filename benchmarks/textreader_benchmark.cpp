@@ -13,7 +13,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <memory>
+#include <map>
 #include <random>
 #include <sstream>
 #include <string>
@@ -55,12 +55,9 @@ struct SText
 
 const SText& textOf(const benchmark::State& state)
 {
-    static std::unique_ptr<const SText> s_text; // the last size asked for
+    static std::map<std::size_t, SText> s_texts; // by size: repetitions of all sizes are mixed
     const auto size = static_cast<std::size_t>(state.range(0));
-    if (s_text == nullptr || s_text->bytes.size() < size || s_text->bytes.size() > size + 32) {
-        s_text = std::make_unique<const SText>(size);
-    }
-    return *s_text;
+    return s_texts.try_emplace(size, size).first->second;
 }
 
 /// The text as a file, gone at the end.
@@ -164,7 +161,7 @@ void BM_istringstream_Memory(benchmark::State& state)
 
 #if defined(TA_PEER_FASTFLOAT)
 /// The limit: a loop over a buffer that checks nothing.
-void BM_fast_float_Memory(benchmark::State& state)
+void BM_FastFloat_Memory(benchmark::State& state)
 {
     const SText& text = textOf(state);
     for (auto _ : state) {
@@ -191,7 +188,7 @@ TA_READER_BENCHMARK(BM_ifstream_File);
 TA_READER_BENCHMARK(BM_TaStreamReadASCII_Memory);
 TA_READER_BENCHMARK(BM_istringstream_Memory);
 #if defined(TA_PEER_FASTFLOAT)
-TA_READER_BENCHMARK(BM_fast_float_Memory);
+TA_READER_BENCHMARK(BM_FastFloat_Memory);
 #endif
 
 } // namespace

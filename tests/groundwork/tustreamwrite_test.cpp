@@ -7,11 +7,13 @@
 
 namespace {
 
-template <class T>
-concept Writable = requires(TuStreamWrite& stream, T value)
+template <class T, class Stream>
+concept WritableTo = requires(Stream& stream, T value)
 {
     stream << value;
 };
+template <class T>
+concept Writable = WritableTo<T, TuStreamWrite> || WritableTo<T, TuStreamWriteBinary>;
 
 // What would silently be written as something else does not compile.
 static_assert(!Writable<const void*> && !Writable<int*> && !Writable<TuStreamWrite*>);
