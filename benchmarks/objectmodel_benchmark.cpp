@@ -2,7 +2,7 @@
 #include "groundwork/tusmartpointer.h"
 
 #include <benchmark/benchmark.h>
-#if defined(TA_HAVE_BOOST)
+#if defined(TA_PEER_BOOST)
 #include <boost/intrusive_ptr.hpp>
 #include <boost/smart_ptr/intrusive_ref_counter.hpp>
 #endif
@@ -74,7 +74,7 @@ void BM_StdShared_MakeAndDestroy(benchmark::State& state)
 }
 BENCHMARK(BM_StdShared_MakeAndDestroy);
 
-#if defined(TA_HAVE_BOOST)
+#if defined(TA_PEER_BOOST)
 struct BoostCounted : public boost::intrusive_ref_counter<BoostCounted>
 {
     virtual ~BoostCounted() = default;

@@ -16,6 +16,18 @@ step_rules() { python3 tools/check.py; }
 
 step_headers() { cmake --build --preset release --target groundwork_headers tabase_headers; }
 
+# Clang's analyser over the sources, with the flags of the release build. A stamp per source keeps a
+# second run to what is new.
+step_tidy() {
+    local stamps=build/tidy
+    mkdir -p "$stamps"
+    git ls-files 'core/*.cpp' 'apps/*.cpp' | xargs -P "$(nproc)" -I{} bash -c '
+        stamp=$0/$(tr / _ <<<"$1")
+        [ "$stamp" -nt "$1" ] && [ -z "$(find core apps .clang-tidy -newer "$stamp"             \( -name "*.h" -o -name .clang-tidy \) -print -quit)" ] && exit 0
+        clang-tidy -p build/release --quiet "$1" 2>/dev/null || exit 1
+        touch "$stamp"' "$stamps" {}
+}
+
 # Every benchmark runs for a moment: one that does not start is found here, not in a release.
 step_benchmarks() {
     cmake --preset release -DTABASE_BUILD_BENCHMARKS=ON >/dev/null
@@ -57,7 +69,7 @@ step_fuzz() {
     done
 }
 
-steps=(tests format rules headers benchmarks install asan tsan fuzz)
+steps=(tests format rules headers tidy benchmarks install asan tsan fuzz)
 if [ "${1:-}" = --without-tests ]; then
     shift
     steps=("${steps[@]:1}")

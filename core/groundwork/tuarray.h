@@ -51,8 +51,14 @@ public:
     static constexpr unsigned int kNotFound = 0xFFFFFFFFu;
 
     TuArray() = default;
-    TuArray(std::initializer_list<T> elements) { AddRange(elements.begin(), elements.end()); }
-    template <std::forward_iterator Iterator> TuArray(Iterator first, Iterator last)
+    // By way of the empty array: when an element cannot be copied, the block goes with it.
+    TuArray(std::initializer_list<T> elements)
+        : TuArray(elements.begin(), elements.end())
+    {
+    }
+    template <std::forward_iterator Iterator>
+    TuArray(Iterator first, Iterator last)
+        : TuArray()
     {
         AddRange(first, last);
     }
@@ -193,9 +199,9 @@ private:
 
 template <class T, class P>
 TuArray<T, P>::TuArray(const TuArray& other)
-    : TuContainer<T>(other)
-    , m_growBy(other.m_growBy)
+    : TuArray()
 {
+    m_growBy = other.m_growBy;
     AddRange(other.begin(), other.end());
 }
 

@@ -64,8 +64,7 @@ template <class Unit> struct TuHashKey<CStringT<Unit>>
     using Argument = TuTextArgument<Unit>;
     using View = typename CStringT<Unit>::View;
 
-    static std::uint32_t Compute(const Argument& key) { return Compute(key.GetView()); }
-    static std::uint32_t Compute(View key);
+    static std::uint32_t Compute(const Argument& key);
     static bool AreEqual(const CStringT<Unit>& a, const Argument& b)
     {
         const View view = b.GetView();
@@ -75,7 +74,7 @@ template <class Unit> struct TuHashKey<CStringT<Unit>>
     }
 };
 
-template <class Unit> inline std::uint32_t TuHashKey<CStringT<Unit>>::Compute(View key)
+template <class Unit> inline std::uint32_t TuHashKey<CStringT<Unit>>::Compute(const Argument& key)
 {
     using Unsigned = std::make_unsigned_t<Unit>;
     const auto unit = [](Unit value) { return std::uint32_t{ static_cast<Unsigned>(value) }; };
@@ -85,8 +84,8 @@ template <class Unit> inline std::uint32_t TuHashKey<CStringT<Unit>>::Compute(Vi
     constexpr std::uint32_t k4 = k3 * 33;
 
     std::uint32_t hash = 0;
-    const Unit* next = key.data();
-    std::size_t left = key.size();
+    const Unit* next = key.GetView().data();
+    std::size_t left = key.GetView().size();
     // Four units in a step: only one product waits for the step before.
     for (; left >= 4; left -= 4, next += 4) {
         hash = hash * k4

@@ -75,11 +75,11 @@ protected:
         , m_blockSize(blockSize)
     {
     }
-    /// Shares the nodes of other containers.
+    /// Shares the nodes of other containers. A null manager is a block size of 0.
     TuHashTable(TuSmartPointer<PlexManager> plexManager, unsigned int bucketCount)
         : m_plexManager(std::move(plexManager))
         , m_bucketCount(checkedBucketCount(bucketCount))
-        , m_blockSize(m_plexManager->GetBlockSize())
+        , m_blockSize(m_plexManager.IsNull() ? 0 : m_plexManager->GetBlockSize())
     {
     }
     TuHashTable(TuHashTable&& other) noexcept
@@ -161,9 +161,12 @@ TuHashTable<K, E, A, F, S, H>::~TuHashTable()
 template <class K, class E, class A, int F, class S, class H>
 inline unsigned int TuHashTable<K, E, A, F, S, H>::bucketOf(KeyArgument key) const
 {
-    const auto hash = H::Compute(key);
-    static_assert(std::unsigned_integral<decltype(H::Compute(key))>, "a hash is unsigned");
-    return TuHashModulo::Compute(hash, m_bucketCount, m_buckets->reciprocal);
+    using Hash = decltype(H::Compute(key));
+    static_assert(std::unsigned_integral<Hash>, "a hash is unsigned");
+    using Wide
+        = std::conditional_t<sizeof(Hash) <= sizeof(std::uint32_t), std::uint32_t, std::uint64_t>;
+    return TuHashModulo::Compute(
+        static_cast<Wide>(H::Compute(key)), m_bucketCount, m_buckets->reciprocal);
 }
 
 template <class K, class E, class A, int F, class S, class H>
@@ -183,6 +186,16 @@ inline A* TuHashTable<K, E, A, F, S, H>::findNode(KeyArgument key) const
         return nullptr;
     }
     A* node = *chainOf(bucketOf(key));
+    if constexpr (std::is_scalar_v<K>) {
+        if (node == nullptr) {
+            return nullptr;
+        }
+        // The first or the second, without a jump: which of them it is cannot be predicted.
+        const std::uintptr_t isSecond = std::uintptr_t{ 0 } - (areEqual(node, key) ? 0u : 1u);
+        const auto first = reinterpret_cast<std::uintptr_t>(node);
+        const auto second = reinterpret_cast<std::uintptr_t>(node->m_next);
+        node = reinterpret_cast<A*>(first ^ ((first ^ second) & isSecond));
+    }
     while (node != nullptr && !areEqual(node, key)) {
         node = node->m_next;
     }

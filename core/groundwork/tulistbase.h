@@ -81,9 +81,9 @@ protected:
         : m_blockSize(blockSize)
     {
     }
-    /// Shares the nodes of other containers.
+    /// Shares the nodes of other containers. A null manager is a block size of 0.
     explicit TuListBase(TuSmartPointer<PlexManager> plexManager)
-        : m_blockSize(plexManager->GetBlockSize())
+        : m_blockSize(plexManager.IsNull() ? 0 : plexManager->GetBlockSize())
         , m_plexManager(std::move(plexManager))
     {
     }

@@ -184,6 +184,81 @@ TEST(TaStreamBinaryTest, RawBytesOfAnySizeMixWithValues)
     }
 }
 
+/// Streams of the coders give some numbers a form of their own, and collect what the others write.
+class ReversingWriter final : public TuStreamWriteBinary
+{
+public:
+    using TuStreamWriteBinary::operator<<;
+    TuStreamWrite& operator<<(int value) override
+    {
+        return TuStreamWriteBinary::operator<<(-value);
+    }
+    std::string bytes;
+
+private:
+    void write(const void* data, unsigned long long size) override
+    {
+        bytes.append(static_cast<const char*>(data), size);
+    }
+};
+
+class ReversingReader final : public TuStreamReadBinary
+{
+public:
+    explicit ReversingReader(const std::string& bytes)
+        : m_bytes(bytes)
+    {
+    }
+    using TuStreamReadBinary::operator>>;
+    TuStreamRead& operator>>(int& value) override
+    {
+        TuStreamReadBinary::operator>>(value);
+        value = -value;
+        return *this;
+    }
+
+private:
+    unsigned long long read(void* data, unsigned long long size) override
+    {
+        const std::size_t count = m_bytes.copy(static_cast<char*>(data), size, m_position);
+        m_position += count;
+        return count;
+    }
+
+    const std::string& m_bytes;
+    std::size_t m_position = 0;
+};
+
+TEST(TaStreamBinaryTest, AnOverriddenOperatorIsReachedThroughEveryBase)
+{
+    ReversingWriter writer;
+    TuStreamWriteBinary& binary = writer;
+    TuStreamWrite& base = writer;
+    binary << 1u << 2 << "text" << true << 'c' << 3;
+    base << 4;
+    writer << 5 << 6u;
+    EXPECT_EQ(writer.bytes,
+        std::string("\1\0\0\0\xFE\xFF\xFF\xFF\4\0\0\0text\1c\xFD\xFF\xFF\xFF"
+                    "\xFC\xFF\xFF\xFF\xFB\xFF\xFF\xFF\6\0\0\0",
+            34));
+
+    ReversingReader reader(writer.bytes);
+    TuStreamReadBinary& from = reader;
+    unsigned int first = 0;
+    int second = 0;
+    int third = 0;
+    CStringA text;
+    bool flag = false;
+    signed char letter = 0;
+    from >> first >> second >> text >> flag >> letter >> third;
+    EXPECT_EQ(first, 1u);
+    EXPECT_EQ(second, 2);
+    EXPECT_EQ(text, "text");
+    EXPECT_TRUE(flag);
+    EXPECT_EQ(letter, 'c');
+    EXPECT_EQ(third, 3);
+}
+
 TEST(TaStreamBinaryTest, ShortOrMalformedInputFailsAndKeepsTheTarget)
 {
     const unsigned char bytes[] = { 2, 1, 2, 3 };

@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 static_assert(!std::is_constructible_v<TaStreamReadASCIIString, CStringA&&>,
     "a reader refers to its text, which a temporary would take with it");
@@ -22,8 +23,8 @@ namespace {
 class EagerSource final : public TaStreamReadASCII
 {
 public:
-    explicit EagerSource(std::string_view text)
-        : m_text(text)
+    explicit EagerSource(std::string text)
+        : m_text(std::move(text))
     {
     }
 
@@ -36,7 +37,7 @@ private:
         return m_position >= m_text.size();
     }
 
-    std::string_view m_text;
+    std::string m_text;
     std::size_t m_position = 0;
 };
 

@@ -1,0 +1,326 @@
+#include "groundwork/cstring.h"
+#include "groundwork/tuarraymanaged.h"
+#include "groundwork/tuhashmodulo.h"
+#include "groundwork/tulist.h"
+#include "groundwork/tulistsorted.h"
+#include "groundwork/tumap.h"
+#include "groundwork/tuset.h"
+#include "support/memorystreams.h"
+
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <list>
+#include <map>
+#include <vector>
+
+namespace {
+
+/// One change of a container: which, where, and with what. Each container takes the kind modulo
+/// the number of its operations.
+struct SChange
+{
+    unsigned int kind;
+    unsigned int place;
+    unsigned int value;
+};
+using Changes = std::vector<std::tuple<unsigned int, unsigned int, unsigned int>>;
+
+template <class Function> void forEachChange(const Changes& changes, Function&& function)
+{
+    for (const auto& [kind, place, value] : changes) {
+        function(SChange{ kind, place, value });
+    }
+}
+
+/// Short texts lie in the string object, long ones beside it.
+CString textOf(unsigned int value)
+{
+    return CString(std::u16string(value % 20, static_cast<char16_t>(u'a' + value % 26)));
+}
+
+template <class T> T make(unsigned int value)
+{
+    if constexpr (std::is_same_v<T, CString>) {
+        return textOf(value);
+    } else {
+        return static_cast<T>(value);
+    }
+}
+
+template <class Array> void compareArray(const Changes& changes)
+{
+    using T = typename Array::value_type;
+    Array array;
+    std::vector<T> model;
+    forEachChange(changes, [&](const SChange& change) {
+        const auto size = static_cast<unsigned int>(model.size());
+        const unsigned int place = size != 0 ? change.place % size : 0;
+        const auto at = model.begin() + std::ptrdiff_t{ place };
+        const T value = make<T>(change.value);
+        switch (size != 0 ? change.kind % 10 : 0) {
+        case 0:
+            array.Add(value);
+            model.push_back(value);
+            break;
+        case 1: {
+            const T own = model[change.value % size];
+            array.InsertAt(place, array[change.value % size]);
+            model.insert(at, own);
+            break;
+        }
+        case 2: {
+            const unsigned int count = change.value % (size - place + 1);
+            array.RemoveAt(place, count);
+            model.erase(at, at + std::ptrdiff_t{ count });
+            break;
+        }
+        case 3:
+            array.SetSize(change.value % 50);
+            model.resize(change.value % 50);
+            break;
+        case 4:
+            array.SetGrowBy(change.value % 4);
+            array.FreeExtra();
+            break;
+        case 5:
+            if (size < 100) {
+                array.Append(array);
+                const std::vector<T> copy(model);
+                model.insert(model.end(), copy.begin(), copy.end());
+            }
+            break;
+        case 6:
+            array.Sort();
+            std::sort(model.begin(), model.end());
+            break;
+        case 7: {
+            Array copy;
+            copy = array;
+            array = std::move(copy);
+            break;
+        }
+        case 8:
+            array.SetAt(place, value);
+            *at = value;
+            break;
+        default:
+            array.Add(array[place]);
+            model.push_back(T(*at));
+        }
+        RC_ASSERT(std::equal(array.begin(), array.end(), model.begin(), model.end()));
+        RC_ASSERT(array.GetCapacity() >= array.GetSize());
+    });
+}
+
+RC_GTEST_PROP(ContainerProperties, AnArrayBehavesAsAVector, (const Changes& changes))
+{
+    compareArray<TuArray<int>>(changes);
+    compareArray<TuArray<CString>>(changes);
+    compareArray<TuArrayManaged<CString>>(changes);
+}
+
+RC_GTEST_PROP(ContainerProperties, AListBehavesAsAStandardList, (const Changes& changes))
+{
+    TuList<CString> list;
+    std::list<CString> model;
+    forEachChange(changes, [&](const SChange& change) {
+        const CString value = textOf(change.value);
+        const auto step = static_cast<std::ptrdiff_t>(change.place % (model.size() + 1));
+        const auto place = std::next(list.begin(), step);
+        const auto at = std::next(model.begin(), step);
+        switch (change.kind % 8) {
+        case 0:
+            list.Add(value);
+            model.push_back(value);
+            break;
+        case 1:
+            list.AddHead(value);
+            model.push_front(value);
+            break;
+        case 2:
+            RC_ASSERT(*list.InsertBefore(place, value) == value);
+            model.insert(at, value);
+            break;
+        case 3:
+            if (at != model.end()) {
+                const auto next = list.Erase(place);
+                const auto modelNext = model.erase(at);
+                RC_ASSERT((next == list.end()) == (modelNext == model.end()));
+                // The macro would look behind || in any case.
+                const bool isNext = next == list.end() || *next == *modelNext;
+                RC_ASSERT(isNext);
+            }
+            break;
+        case 4: {
+            const auto found = std::find(model.begin(), model.end(), value);
+            RC_ASSERT(list.Remove(value) == (found != model.end()));
+            if (found != model.end()) {
+                model.erase(found);
+            }
+            break;
+        }
+        case 5: {
+            const auto byLength
+                = [](const CString& a, const CString& b) { return a.GetLength() < b.GetLength(); };
+            list.Sort(byLength);
+            model.sort(byLength); // stable, too
+            break;
+        }
+        case 6: {
+            TuList<CString> copy(list);
+            list.Swap(copy);
+            break;
+        }
+        default:
+            RC_ASSERT(ReadFromBytes(WriteToBytes([&](auto& stream) { list.Serialize(stream); }),
+                [&](auto& stream) { list.Serialize(stream); }));
+        }
+        RC_ASSERT(std::equal(list.begin(), list.end(), model.begin(), model.end()));
+        RC_ASSERT(std::equal(list.rbegin(), list.rend(), model.rbegin(), model.rend()));
+        RC_ASSERT(list.GetCount() == model.size());
+    });
+}
+
+RC_GTEST_PROP(ContainerProperties, ASortedListIsAStableSort, (const std::vector<int>& values))
+{
+    const auto byTens = [](int a, int b) { return a / 10 < b / 10; };
+    TuListSorted<int, 1, unsigned int, decltype(byTens)> list(byTens);
+    for (const int value : values) {
+        list.Add(value);
+    }
+    std::vector<int> expected(values);
+    std::stable_sort(expected.begin(), expected.end(), byTens);
+    RC_ASSERT(std::equal(list.begin(), list.end(), expected.begin(), expected.end()));
+}
+
+/// The order that is promised: bucket by bucket, the newest first.
+template <class K> class OrderModel
+{
+public:
+    explicit OrderModel(unsigned int bucketCount)
+        : m_buckets(bucketCount)
+    {
+    }
+    void Insert(const K& key) { bucketOf(key).push_front(key); }
+    void Remove(const K& key) { bucketOf(key).remove(key); }
+    std::vector<K> GetKeys() const
+    {
+        std::vector<K> keys;
+        for (const std::list<K>& bucket : m_buckets) {
+            keys.insert(keys.end(), bucket.begin(), bucket.end());
+        }
+        return keys;
+    }
+
+private:
+    std::list<K>& bucketOf(const K& key)
+    {
+        return m_buckets[TuHashKey<K>::Compute(key) % m_buckets.size()];
+    }
+
+    std::vector<std::list<K>> m_buckets;
+};
+
+template <class K> void compareMap(const Changes& changes, unsigned int bucketCount)
+{
+    TuMap<K, unsigned int> map(3, bucketCount);
+    TuSet<K> set(3, bucketCount);
+    std::map<K, unsigned int> model;
+    OrderModel<K> order(bucketCount);
+    forEachChange(changes, [&](const SChange& change) {
+        const K key = make<K>(change.place % 64 * 7);
+        const bool isNew = !model.contains(key);
+        switch (change.kind % 6) {
+        case 0:
+        case 1:
+            RC_ASSERT(map.SetAt(key, change.value) == isNew);
+            RC_ASSERT(set.Add(key) == isNew);
+            model[key] = change.value;
+            break;
+        case 2:
+            RC_ASSERT(map.Insert(key, change.value) == isNew);
+            RC_ASSERT(set.Add(key) == isNew);
+            model.insert({ key, change.value });
+            break;
+        case 3:
+            RC_ASSERT(map.RemoveKey(key) == !isNew);
+            RC_ASSERT(set.RemoveKey(key) == !isNew);
+            model.erase(key);
+            break;
+        case 4: {
+            auto copy = map;
+            map = std::move(copy);
+            RC_ASSERT(ReadFromBytes(WriteToBytes([&](auto& stream) { map.Serialize(stream); }),
+                [&](auto& stream) { map.Serialize(stream); }));
+            break;
+        }
+        default:
+            if (!isNew) {
+                map.Erase(map.Find(key));
+                set.Erase(set.Find(key));
+                model.erase(key);
+            }
+        }
+        if (isNew && model.contains(key)) {
+            order.Insert(key);
+        } else if (!isNew && !model.contains(key)) {
+            order.Remove(key);
+        }
+        const std::vector<K> keys = order.GetKeys();
+        RC_ASSERT(std::equal(set.begin(), set.end(), keys.begin(), keys.end()));
+        RC_ASSERT(std::equal(map.begin(), map.end(), keys.begin(), keys.end(),
+            [&](const auto& entry, const K& expected) {
+                return entry.GetKey() == expected && entry.GetValue() == model.at(expected);
+            }));
+        RC_ASSERT(map.GetCount() == model.size());
+        RC_ASSERT((map.Lookup(key) != nullptr) == model.contains(key));
+    });
+}
+
+RC_GTEST_PROP(ContainerProperties, MapsAndSetsBehaveAsAMapInTheirOwnOrder, (const Changes& changes))
+{
+    const unsigned int bucketCount = *rc::gen::inRange(1u, 40u);
+    compareMap<unsigned int>(changes, bucketCount);
+    compareMap<long long>(changes, bucketCount);
+    compareMap<CString>(changes, bucketCount);
+}
+
+RC_GTEST_PROP(ContainerProperties, TheModuloByReciprocalIsExact, ())
+{
+    const auto divisor = *rc::gen::nonZero<std::uint32_t>();
+    const auto value = *rc::gen::arbitrary<std::uint64_t>();
+    const std::uint64_t reciprocal = TuHashModulo::GetReciprocal(divisor);
+    // The multiples and their neighbours are where a quotient tips over.
+    const std::uint64_t multiple = value - value % divisor;
+    for (const std::uint64_t near : { value, multiple, multiple - 1, multiple + divisor - 1 }) {
+        const auto low = static_cast<std::uint32_t>(near);
+        RC_ASSERT(TuHashModulo::Compute(near, divisor, reciprocal) == near % divisor);
+        RC_ASSERT(TuHashModulo::Compute(low, divisor, reciprocal) == low % divisor);
+    }
+}
+
+TEST(ContainerProperties, TheModuloByReciprocalIsExactAtTheLimits)
+{
+    constexpr std::uint64_t kMost = ~std::uint64_t{ 0 };
+    for (const std::uint32_t divisor :
+        { 1u, 2u, 3u, 17u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFEu, 0xFFFFFFFFu }) {
+        const std::uint64_t reciprocal = TuHashModulo::GetReciprocal(divisor);
+        for (std::uint64_t offset = 0; offset < 1000; ++offset) {
+            for (const std::uint64_t value :
+                { offset, kMost - offset, kMost - kMost % divisor - offset, (kMost >> 1) - offset,
+                    divisor - offset, 0xFFFFFFFFu - 0xFFFFFFFFu % divisor - offset }) {
+                EXPECT_EQ(TuHashModulo::Compute(value, divisor, reciprocal), value % divisor)
+                    << value << " % " << divisor;
+                const auto low = static_cast<std::uint32_t>(value);
+                EXPECT_EQ(TuHashModulo::Compute(low, divisor, reciprocal), low % divisor)
+                    << low << " % " << divisor;
+            }
+        }
+    }
+}
+
+} // namespace

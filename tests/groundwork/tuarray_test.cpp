@@ -1,0 +1,283 @@
+#include "groundwork/tuarray.h"
+
+#include "groundwork/cstring.h"
+#include "groundwork/tuarraymanaged.h"
+#include "groundwork/tuscopedpointer.h"
+#include "support/allocationlimit.h"
+#include "support/expectfailure.h"
+#include "support/fragile.h"
+#include "support/testrandom.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <limits>
+#include <random>
+#include <type_traits>
+#include <vector>
+
+namespace {
+
+TEST(TuArrayTest, GrowsByDoublingFromOneOrByItsStep)
+{
+    TuArray<int> doubling;
+    std::vector<unsigned int> capacities;
+    for (int i = 0; i < 6; ++i) {
+        const unsigned int before = doubling.GetCapacity();
+        const bool hasGrown = doubling.Add(i);
+        EXPECT_EQ(hasGrown, doubling.GetCapacity() != before);
+        capacities.push_back(doubling.GetCapacity());
+    }
+    EXPECT_EQ(capacities, (std::vector<unsigned int>{ 1, 2, 4, 4, 8, 8 }));
+
+    TuArray<CString> stepping;
+    stepping.SetGrowBy(5);
+    for (unsigned int i = 0; i < 11; ++i) {
+        EXPECT_EQ(stepping.Add(u"text"), i % 5 == 0);
+        EXPECT_EQ(stepping.GetCapacity(), 5 * (i / 5 + 1));
+    }
+}
+
+TEST(TuArrayTest, TheCapacityNeverWraps)
+{
+    const TuArray<long long> original{ 1 };
+    TuArray<long long> array(original);
+    array.SetGrowBy(0xFFFFFFFFu);
+    const AllocationLimit limit(0);
+    ExpectFailure<TuExceptionOutOfMemory>([&] { array.Add(2); });
+    EXPECT_EQ(limit.GetLargest(), std::size_t{ 0xFFFFFFFFu } * sizeof(long long));
+    ExpectFailure<TuExceptionOutOfMemory>([&] { array.SetSize(0xFFFFFFFFu); });
+    EXPECT_EQ(array, original);
+}
+
+template <class T> class TuArrayOfTextTest : public testing::Test
+{
+};
+using TextArrays = testing::Types<TuArray<CString>, TuArrayManaged<CString>>;
+TYPED_TEST_SUITE(TuArrayOfTextTest, TextArrays);
+
+TYPED_TEST(TuArrayOfTextTest, TakesElementsOfItself)
+{
+    const CString longText(u"a text too long to lie in the string object");
+    TypeParam array;
+    array.Add(longText);
+    for (unsigned int i = 0; i < 20; ++i) { // grows on the way
+        array.Add(array[i]);
+        array.InsertAt(0, array[i]);
+    }
+    array.Append(array);
+    EXPECT_EQ(array.GetSize(), 82u);
+    EXPECT_EQ(std::count(array.begin(), array.end(), longText), 82);
+
+    TypeParam& same = array;
+    array = same;
+    EXPECT_EQ(array.GetSize(), 82u);
+    array.FreeExtra();
+    EXPECT_EQ(array.GetCapacity(), 82u);
+    EXPECT_EQ(array.GetLast(), longText);
+}
+
+TEST(TuArrayTest, CopiesShareNothingAndMovesLeaveNothing)
+{
+    TuArrayManaged<CString> original{ u"a", u"b" };
+    original.SetGrowBy(7);
+    TuArrayManaged<CString> copy{ u"other" };
+    copy = original;
+    copy[0] = u"changed";
+    EXPECT_EQ(original, (TuArrayManaged<CString>{ u"a", u"b" }));
+    EXPECT_EQ(copy.GetGrowBy(), 7u);
+
+    TuArrayManaged<CString> moved(std::move(original));
+    EXPECT_EQ(moved.GetSize(), 2u);
+    EXPECT_TRUE(original.IsEmpty()); // NOLINT(bugprone-use-after-move): what is promised
+    original = std::move(moved);
+    EXPECT_EQ(original.GetLast(), u"b");
+
+    TuArray<int> bytes{ 1, 2, 3 };
+    TuArray<int> target{ 4, 5, 6, 7 };
+    bytes.SetGrowBy(3);
+    target = bytes;
+    EXPECT_EQ(target, bytes);
+    EXPECT_EQ(target.GetGrowBy(), 3u);
+}
+
+TEST(TuArrayTest, HoldsElementsThatCannotBeCopied)
+{
+    TuArray<TuScopedPointer<int>> array;
+    for (int i = 0; i < 5; ++i) {
+        array.Emplace(new int(i));
+    }
+    array.InsertAt(0, TuScopedPointer<int>(new int(5)));
+    array.RemoveAt(1);
+    EXPECT_EQ(**array.begin(), 5);
+    EXPECT_EQ(*array.GetLast(), 4);
+}
+
+TEST(TuArrayTest, NewElementsAreValueInitialised)
+{
+    TuArray<int> array;
+    array.SetSize(3);
+    array[1] = 5;
+    array.SetSize(1);
+    array.SetSize(4);
+    EXPECT_EQ(array, (TuArray<int>{ 0, 0, 0, 0 }));
+}
+
+TEST(TuArrayTest, RefusesPlacesOutsideItself)
+{
+    TuArray<int> array{ 1, 2 };
+    ExpectFailure<TuExceptionPreconditionViolation>([&] { array.GetAt(2); });
+    ExpectFailure<TuExceptionPreconditionViolation>([&] { array.SetAt(2, 0); });
+    ExpectFailure<TuExceptionPreconditionViolation>([&] { array.InsertAt(3, 0); });
+    ExpectFailure<TuExceptionPreconditionViolation>([&] { array.RemoveAt(1, 2); });
+    ExpectFailure<TuExceptionPreconditionViolation>([&] { array.RemoveAt(3, 0xFFFFFFFFu); });
+    EXPECT_EQ(array, (TuArray<int>{ 1, 2 }));
+
+    TuArray<int> empty;
+    ExpectFailure<TuExceptionPreconditionViolation>([&] { empty.GetLast(); });
+    ExpectFailure<TuExceptionPreconditionViolation>([&] { empty.RemoveLast(); });
+}
+
+template <class Array> void expectUnchangedWithoutMemory()
+{
+    const Array original{ 1, 2, 3, 4 };
+    const auto expectUnchanged = [&](auto&& change) {
+        Array array(original);
+        const AllocationLimit limit(0);
+        ExpectFailure<TuExceptionOutOfMemory>([&] { change(array); });
+        EXPECT_EQ(array, original);
+    };
+    expectUnchanged([](Array& array) { array.Add(5); });
+    expectUnchanged([](Array& array) { array.InsertAt(0, array[1]); });
+    expectUnchanged([](Array& array) { array.Append(array); });
+    expectUnchanged([](Array& array) { array.SetSize(100); });
+    expectUnchanged([](Array& array) { array.Reserve(100); });
+    expectUnchanged([](Array& array) { array = Array(Array{ 1, 2, 3, 4, 5 }); });
+}
+
+TEST(TuArrayTest, StaysAsItWasWhenMemoryRunsOut)
+{
+    expectUnchangedWithoutMemory<TuArray<int>>();
+    expectUnchangedWithoutMemory<TuArray<Fragile>>();
+    EXPECT_EQ(Fragile::s_living, 0);
+}
+
+TEST(TuArrayTest, StaysAsItWasWhenACopyFails)
+{
+    {
+        const TuArray<Fragile> original{ 1, 2, 3, 4 };
+        const auto failEachCopy = [&](auto&& change) {
+            bool hasFailed = true;
+            for (int copies = 1; hasFailed; ++copies) {
+                TuArray<Fragile> array(original);
+                Fragile::s_copiesUntilFailure = copies;
+                try {
+                    change(array);
+                    hasFailed = false;
+                } catch (const std::runtime_error&) {
+                    EXPECT_EQ(array, original);
+                }
+                Fragile::s_copiesUntilFailure = 0;
+            }
+        };
+        failEachCopy([](TuArray<Fragile>& array) { array.Add(array[0]); });
+        failEachCopy([](TuArray<Fragile>& array) { array.Append(array); });
+        failEachCopy([](TuArray<Fragile>& array) { array = TuArray<Fragile>(array); });
+    }
+    EXPECT_EQ(Fragile::s_living, 0);
+}
+
+TEST(TuArrayTest, SortsInOrderNLogNWhateverTheInput)
+{
+    constexpr unsigned int kCount = 20'000;
+    std::mt19937_64 random = MakeTestRandom();
+
+    // An opponent that decides the order while it is asked, so as to make each pivot a bad one.
+    std::vector<unsigned int> decided(kCount, kCount);
+    unsigned int next = 0;
+    unsigned int candidate = 0;
+    unsigned long long asked = 0;
+    const auto opponent = [&](unsigned int a, unsigned int b) {
+        ++asked;
+        if (decided[a] == kCount && decided[b] == kCount) {
+            decided[a == candidate ? a : b] = next++;
+        }
+        if (decided[a] == kCount) {
+            candidate = a;
+        } else if (decided[b] == kCount) {
+            candidate = b;
+        }
+        return decided[a] < decided[b];
+    };
+    TuArray<unsigned int> array;
+    for (unsigned int i = 0; i < kCount; ++i) {
+        array.Add(i);
+    }
+    array.Sort(opponent);
+    EXPECT_LT(asked, 10.0 * kCount * std::log2(kCount));
+
+    for (const unsigned int distinct : { 1u, 2u, 100u, 1'000'000u }) {
+        for (unsigned int& value : array) {
+            value = static_cast<unsigned int>(random()) % distinct;
+        }
+        TuArray<unsigned int> expected(array);
+        std::stable_sort(expected.begin(), expected.end(), std::greater<>());
+        asked = 0;
+        array.Sort([&](unsigned int a, unsigned int b) {
+            ++asked;
+            return a > b;
+        });
+        EXPECT_EQ(array, expected);
+        EXPECT_LT(asked, 10.0 * kCount * std::log2(kCount));
+    }
+}
+
+TEST(TuArrayTest, SortKeepsAllElementsUnderAComparisonThatIsNoOrder)
+{
+    std::mt19937_64 random = MakeTestRandom();
+    TuArray<CString> array;
+    for (int i = 0; i < 500; ++i) {
+        array.Add(CString(std::u16string(30, static_cast<char16_t>('a' + random() % 26))));
+    }
+    TuArray<CString> before(array);
+    before.Sort();
+    const auto expectSameElements = [&] {
+        TuArray<CString> after(array);
+        after.Sort();
+        EXPECT_EQ(after, before);
+    };
+    array.Sort([](const CString&, const CString&) { return true; });
+    expectSameElements();
+    array.Sort([&](const CString&, const CString&) { return random() % 2 == 0; });
+    expectSameElements();
+    int left = 0;
+    for (const int calls : { 1, 100, 1000, 2000 }) {
+        left = calls;
+        EXPECT_ANY_THROW(array.Sort([&](const CString& a, const CString& b) {
+            return left-- > 0 ? b < a : throw std::runtime_error("no answer");
+        }));
+        expectSameElements();
+        std::reverse(array.begin(), array.end());
+    }
+}
+
+TEST(TuArrayTest, ServesStandardAlgorithms)
+{
+    static_assert(std::contiguous_iterator<TuArray<int>::iterator>);
+    static_assert(std::is_nothrow_move_constructible_v<TuArrayManaged<CString>>);
+    const std::vector<int> source{ 3, 1, 2 };
+    TuArray<int> array;
+    std::copy(source.begin(), source.end(), std::back_inserter(array));
+    std::sort(array.begin(), array.end());
+    EXPECT_EQ(array, (TuArray<int>{ 1, 2, 3 }));
+    EXPECT_EQ(array.Find(2), 1u);
+    EXPECT_EQ(array.Find(1, 1), TuArray<int>::kNotFound);
+    for (auto it = array.begin(); it != array.end();) {
+        it = *it % 2 != 0 ? array.Erase(it) : std::next(it);
+    }
+    EXPECT_EQ(array, TuArray<int>{ 2 });
+}
+
+} // namespace

@@ -1,0 +1,64 @@
+#include "groundwork/tustreamwriteasciistring.h"
+#include "groundwork/tustreamwriteasciitrace.h"
+#include "groundwork/tustreamwritebinary.h"
+#include "support/memorystreams.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+template <class T, class Stream>
+concept WritableTo = requires(Stream& stream, T value)
+{
+    stream << value;
+};
+template <class T>
+concept Writable = WritableTo<T, TuStreamWrite> || WritableTo<T, TuStreamWriteBinary>;
+
+// What would silently be written as something else does not compile.
+static_assert(!Writable<const void*> && !Writable<int*> && !Writable<TuStreamWrite*>);
+static_assert(!Writable<char16_t> && !Writable<wchar_t> && !Writable<char32_t>);
+static_assert(Writable<const char*> && Writable<char*> && Writable<const wchar_t*>);
+static_assert(Writable<bool> && Writable<char> && Writable<long> && Writable<unsigned long long>);
+
+TEST(TuStreamWriteTest, TakesTextOfEveryKindAsText)
+{
+    TuStreamWriteASCIIStringT<CString> stream;
+    char mutableText[] = "d";
+    stream << u"a" << L"\u00e4" << "b" << CString(u"c") << mutableText << CStringA("e")
+           << static_cast<const char*>(nullptr);
+    EXPECT_EQ(stream.GetText(), u"a\u00e4bcde");
+
+    TuStreamWriteASCIIStringT<CStringA> outer;
+    outer << 1 << stream << true;
+    EXPECT_EQ(outer.GetText(),
+        "1a\xc3\xa4"
+        "bcdetrue");
+}
+
+TEST(TuStreamWriteTest, TextKeepsItsZeroUnitsInTheBinaryForm)
+{
+    const CString text(u"a\0b", 3);
+    const std::vector<unsigned char> bytes
+        = WriteToBytes([&](TuStreamWriteBinary& stream) { stream << text << CStringA("\0", 1); });
+    CString wide;
+    CStringA narrow;
+    EXPECT_TRUE(
+        ReadFromBytes(bytes, [&](TuStreamReadBinary& stream) { stream >> wide >> narrow; }));
+    EXPECT_EQ(wide, text);
+    EXPECT_EQ(narrow, CStringA("\0", 1));
+}
+
+TEST(TuStreamWriteASCIITraceTest, PassesWholeLinesOnAndTheRestAtItsEnd)
+{
+    testing::internal::CaptureStderr();
+    {
+        TuStreamWriteASCIITraceDiagnostic diagnostic;
+        diagnostic << u"handler " << 7 << u"\nnext";
+        TuStreamWriteASCIITrace trace;
+        trace << "between\n";
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "handler 7\nbetween\nnext");
+}
+
+} // namespace
