@@ -3,10 +3,12 @@
 #include <benchmark/benchmark.h>
 #include <boost/pending/disjoint_sets.hpp>
 
+#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <numeric>
 #include <random>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -151,22 +153,29 @@ template <class Sets, MakeInput make> void BM_CreateSetNumbers(benchmark::State&
         static_cast<std::int64_t>(input.count) * static_cast<std::int64_t>(state.iterations()));
 }
 
-// Ours and the peer's in turn, so that both meet the same state of the machine.
-#define UNION_FIND_BENCHMARKS(count)                                                               \
-    BENCHMARK_TEMPLATE(BM_AddPairs, TaUnionFind, makeRandomPairs)->Arg(count);                     \
-    BENCHMARK_TEMPLATE(BM_AddPairs, BoostFullSets, makeRandomPairs)->Arg(count);                   \
-    BENCHMARK_TEMPLATE(BM_AddPairs, BoostHalvingSets, makeRandomPairs)->Arg(count);                \
-    BENCHMARK_TEMPLATE(BM_CreateSetNumbers, TaUnionFind, makeRandomPairs)->Arg(count);             \
-    BENCHMARK_TEMPLATE(BM_CreateSetNumbers, BoostFullSets, makeRandomPairs)->Arg(count);           \
-    BENCHMARK_TEMPLATE(BM_CreateSetNumbers, BoostHalvingSets, makeRandomPairs)->Arg(count);        \
-    BENCHMARK_TEMPLATE(BM_AddPairs, TaUnionFind, makeImage)->Arg(count);                           \
-    BENCHMARK_TEMPLATE(BM_AddPairs, BoostFullSets, makeImage)->Arg(count);                         \
-    BENCHMARK_TEMPLATE(BM_AddPairs, BoostHalvingSets, makeImage)->Arg(count);                      \
-    BENCHMARK_TEMPLATE(BM_CreateSetNumbers, TaUnionFind, makeImage)->Arg(count);                   \
-    BENCHMARK_TEMPLATE(BM_CreateSetNumbers, BoostFullSets, makeImage)->Arg(count);                 \
-    BENCHMARK_TEMPLATE(BM_CreateSetNumbers, BoostHalvingSets, makeImage)->Arg(count)
+#define UNION_FIND_BENCHMARK(name, run, Sets, make)                                                \
+    BENCHMARK_TEMPLATE(run, Sets, make)                                                            \
+        ->Name("BM_" #name)                                                                        \
+        ->Unit(benchmark::kMillisecond)                                                            \
+        ->Arg(3163 * 3163)                                                                         \
+        ->Arg(1000 * 1000);                                                                        \
+    BENCHMARK_TEMPLATE(run, Sets, make)->Name("BM_" #name "/quick")->Arg(100 * 100)
 
-UNION_FIND_BENCHMARKS(1'000'000);
-UNION_FIND_BENCHMARKS(3163 * 3163);
+UNION_FIND_BENCHMARK(TaUnionFind_RandomPairs, BM_AddPairs, TaUnionFind, makeRandomPairs);
+UNION_FIND_BENCHMARK(BoostFull_RandomPairs, BM_AddPairs, BoostFullSets, makeRandomPairs);
+UNION_FIND_BENCHMARK(BoostHalving_RandomPairs, BM_AddPairs, BoostHalvingSets, makeRandomPairs);
+
+UNION_FIND_BENCHMARK(TaUnionFind_NumberRandom, BM_CreateSetNumbers, TaUnionFind, makeRandomPairs);
+UNION_FIND_BENCHMARK(BoostFull_NumberRandom, BM_CreateSetNumbers, BoostFullSets, makeRandomPairs);
+UNION_FIND_BENCHMARK(
+    BoostHalving_NumberRandom, BM_CreateSetNumbers, BoostHalvingSets, makeRandomPairs);
+
+UNION_FIND_BENCHMARK(TaUnionFind_Image, BM_AddPairs, TaUnionFind, makeImage);
+UNION_FIND_BENCHMARK(BoostFull_Image, BM_AddPairs, BoostFullSets, makeImage);
+UNION_FIND_BENCHMARK(BoostHalving_Image, BM_AddPairs, BoostHalvingSets, makeImage);
+
+UNION_FIND_BENCHMARK(TaUnionFind_NumberImage, BM_CreateSetNumbers, TaUnionFind, makeImage);
+UNION_FIND_BENCHMARK(BoostFull_NumberImage, BM_CreateSetNumbers, BoostFullSets, makeImage);
+UNION_FIND_BENCHMARK(BoostHalving_NumberImage, BM_CreateSetNumbers, BoostHalvingSets, makeImage);
 
 } // namespace

@@ -7,6 +7,7 @@ set -euo pipefail
 
 packages=(g++ cmake ninja-build ccache pkg-config git python3 ca-certificates
     libutfcpp-dev      # UTF conversion
+    zlib1g-dev         # checksums
     libcli11-dev       # tamesh: command line
     libgtest-dev       # tests
     librapidcheck-dev) # property tests

@@ -5,6 +5,7 @@
 #include "tabase/tabaseapi.h"
 
 #include <cstdint>
+#include <utility>
 
 /// Partitions the elements 0 .. n-1 into disjoint sets: AddPair merges, and CreateSetNumbers
 /// numbers the sets that remain.
@@ -70,28 +71,33 @@ private:
 };
 
 // Here, so that the walks of successive pairs overlap: most of the time is waiting for memory.
+//
+// Both paths are walked at once, on from the element with the greater parent, and halved on the
+// way: an element that is passed points to its grandparent, the next one to go to. The walks end
+// where they meet, or where the greater parent is a root: it then hangs below the other parent,
+// which need not be a root. Links lead to smaller elements only, so the root of a set is its
+// smallest element. Sets and roots are therefore those of two walks to the roots and a collapse of
+// both paths to the smaller one, for fewer steps and far fewer writes.
 inline void TaUnionFind::AddPair(unsigned long a, unsigned long b)
 {
     assertForest();
-    auto lower = static_cast<std::uint32_t>(a);
-    auto upper = static_cast<std::uint32_t>(b);
-    std::uint32_t lowerParent = m_entries[lower];
+    auto upper = static_cast<std::uint32_t>(a);
+    auto lower = static_cast<std::uint32_t>(b);
     std::uint32_t upperParent = m_entries[upper];
-    // Both paths are walked at once, always on from the element with the greater parent, which is
-    // linked to the smaller parent on the way. The walks meet, or the one that arrives at its root
-    // hangs it below the other. Each step makes a path shorter, none joins what the pair does not,
-    // and since links only ever lead to smaller elements, the root is the smallest of the set: the
-    // sets and roots are those of two walks to the roots and a collapse of both paths.
-    while (lowerParent != upperParent) {
-        if (lowerParent > upperParent) {
-            std::swap(lower, upper);
-            std::swap(lowerParent, upperParent);
+    std::uint32_t lowerParent = m_entries[lower];
+    while (upperParent != lowerParent) {
+        if (upperParent < lowerParent) {
+            std::swap(upper, lower);
+            std::swap(upperParent, lowerParent);
         }
-        m_entries[upper] = lowerParent;
-        if (upper == upperParent) {
+        const std::uint32_t grandparent = m_entries[upperParent];
+        if (grandparent == upperParent) {
+            m_entries[upperParent] = lowerParent;
+            m_entries[upper] = lowerParent;
             return;
         }
-        upper = upperParent;
+        m_entries[upper] = grandparent;
+        upper = grandparent;
         upperParent = m_entries[upper];
     }
 }

@@ -1,0 +1,135 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds tamesh and runs it on real scanned meshes: shows their figures,
+# packs them as documents and shows those; then makes meshes of its own. A second run does only what
+# is new. Nothing is written outside build/.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+tamesh=build/release/bin/tamesh
+meshes=build/meshes  # input: fetched once
+results=build/demo
+package=libcgal-demo # a Debian package that carries scanned meshes
+
+# Name, vertices, faces: what the scans are known to have.
+scans=('bunny00 37706 75408' 'refined_elephant 44460 88928' 'armadillo 26002 52000')
+
+step() { printf '\n== %s\n' "$*"; }
+
+quietly() { # shows what a command said only when it fails
+    local log status=0
+    log=$(mktemp)
+    "$@" >"$log" 2>&1 || status=$?
+    [ $status -eq 0 ] || cat "$log" >&2
+    rm -f "$log"
+    return $status
+}
+
+have_scans() {
+    local scan
+    for scan in "${scans[@]}"; do
+        [ -s "$meshes/${scan%% *}.off" ] || return 1
+    done
+}
+
+download_package() {
+    apt-get download "$package" >/dev/null 2>&1 && return
+    # The package lists of a fresh machine may be missing or old.
+    local as_root=()
+    [ "$(id -u)" -eq 0 ] || as_root=(sudo -n)
+    "${as_root[@]}" apt-get update >/dev/null 2>&1 || true
+    apt-get download "$package" >/dev/null 2>&1
+}
+
+fetch_scans() (
+    command -v apt-get >/dev/null && command -v dpkg-deb >/dev/null || return 1
+    mkdir -p "$meshes"
+    target=$PWD/$meshes
+    work=$(mktemp -d)
+    trap 'rm -rf "$work"' EXIT
+    cd "$work"
+    download_package || return 1
+    dpkg-deb -x ./"$package"_*.deb package || return 1
+    data=$(find package -name data.tar.gz -print -quit)
+    [ -n "$data" ] || return 1
+    files=("${scans[@]%% *}")
+    files=("${files[@]/#/data/meshes/}")
+    tar -xzf "$data" "${files[@]/%/.off}" || return 1
+    # Moved only when all is there, so that an interrupted run leaves no half of a mesh behind.
+    mv data/meshes/*.off "$target"
+)
+
+figure() { # name of a figure, then a command that prints figures
+    "${@:2}" | sed -n "s/^  $1  *//p"
+}
+
+check() { # what, is, should be
+    [ "$2" = "$3" ] || {
+        echo "demo: $1 is $2, but should be $3" >&2
+        exit 1
+    }
+}
+
+pack_and_show() { # a mesh
+    local name document
+    name=$(basename "$1" .off)
+    document=$results/$name.tadoc
+    if [ ! "$document" -nt "$1" ] || [ ! "$document" -nt "$tamesh" ]; then
+        "$tamesh" pack "$1" -o "$document"
+    fi
+    "$tamesh" show "$document" | tee "$results/$name.txt"
+    check "what the document of $name shows" "$(tail -n +2 "$results/$name.txt")" \
+        "$("$tamesh" info "$1" | tail -n +2)"
+    printf '  %-20s %s bytes of text, %s bytes as a document\n' stored \
+        "$(stat -c %s "$1")" "$(stat -c %s "$document")"
+}
+
+step 'What it needs, and building it'
+tools/setup.sh
+quietly cmake --preset release
+quietly cmake --build --preset release --target tamesh
+echo "$("$tamesh" --version) is in $tamesh"
+mkdir -p "$results"
+
+step 'Scanned meshes'
+have_scans || fetch_scans || true
+inputs=()
+if have_scans; then
+    for scan in "${scans[@]}"; do
+        read -r name vertices faces <<<"$scan"
+        mesh=$meshes/$name.off
+        check "the number of vertices of $name" "$(figure vertices "$tamesh" info "$mesh")" "$vertices"
+        check "the number of faces of $name" "$(figure faces "$tamesh" info "$mesh")" "$faces"
+        inputs+=("$mesh")
+    done
+    echo "in $meshes, from the Debian package $package: vertices and faces are as they should be"
+else
+    echo "The Debian package $package cannot be had here, so tamesh makes its input itself."
+fi
+
+step 'Meshes that tamesh makes'
+for shape in 'terrain 150' 'torus 150' 'sphere 75'; do
+    read -r kind resolution <<<"$shape"
+    mesh=$results/$kind.off
+    [ "$mesh" -nt "$tamesh" ] || "$tamesh" make "$kind" "$resolution" -o "$mesh"
+    inputs+=("$mesh")
+done
+check 'the Euler characteristic of the torus' \
+    "$(figure 'Euler characteristic' "$tamesh" info "$results/torus.off")" 0
+check 'the Euler characteristic of the sphere' \
+    "$(figure 'Euler characteristic' "$tamesh" info "$results/sphere.off")" 2
+echo "in $results: terrain.off, torus.off, sphere.off"
+
+step 'Packed, read back, and the same as before'
+for mesh in "${inputs[@]}"; do
+    pack_and_show "$mesh"
+done
+
+step 'A mesh with a fault'
+printf 'OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 7\n' >"$results/fault.off"
+code=0
+"$tamesh" info "$results/fault.off" 2>&1 || code=$?
+check 'the exit code' "$code" 1
+
+step 'Done'
+echo "Documents (.tadoc) and their figures (.txt) are in $results, the meshes in"
+echo "$meshes and $results. Try: $tamesh --help"
