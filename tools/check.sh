@@ -58,14 +58,19 @@ step_tsan() { configure_build_test tsan setarch "$(uname -m)" -R; }
 # its corpus.
 step_fuzz() {
     configure_build_test fuzz
-    local program name found
+    local program name found log
     for program in build/fuzz/bin/*_fuzz; do
         name=$(basename "$program" _fuzz)
         found=build/fuzz/found/$name
+        log=build/fuzz/found/$name.log
         mkdir -p "$found"
         echo "fuzzing $name for $fuzz_seconds s"
-        "$program" -max_total_time="$fuzz_seconds" -timeout=10 -rss_limit_mb=2048 -verbosity=0 \
-            -print_final_stats=0 -artifact_prefix="$found/" "$found" "fuzz/corpus/$name"
+        "$program" -max_total_time="$fuzz_seconds" -timeout=10 -rss_limit_mb=2048 \
+            -artifact_prefix="$found/crash-" "$found" "fuzz/corpus/$name" >"$log" 2>&1 || {
+            tail -n 60 "$log"
+            echo "check: $name fails; keep the input named above in fuzz/corpus/$name" >&2
+            return 1
+        }
     done
 }
 
