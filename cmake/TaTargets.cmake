@@ -90,6 +90,7 @@ function(ta_test folder)
   gtest_discover_tests(${folder}_tests
     DISCOVERY_MODE PRE_TEST
     DISCOVERY_TIMEOUT 60
+    NO_PRETTY_VALUES
     TEST_PREFIX ${folder}/
     PROPERTIES TIMEOUT 300 LABELS ${folder})
 endfunction()

@@ -53,4 +53,6 @@ protected:
     TuStreamRead() = default;
     TuStreamRead(const TuStreamRead&) = default;
     TuStreamRead& operator=(const TuStreamRead&) = default;
+
+    [[noreturn]] static void throwNewerVersion(unsigned int version, unsigned int highestKnown);
 };

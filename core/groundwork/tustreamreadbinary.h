@@ -35,6 +35,16 @@ public:
         return stream;
     }
 
+    /// As TuStreamRead's; here it needs no call.
+    unsigned int ReadAndCompareVersion(unsigned int highestKnown)
+    {
+        unsigned int version = 0;
+        *this >> version;
+        if (version > highestKnown) {
+            throwNewerVersion(version, highestKnown);
+        }
+        return version;
+    }
     /// Reads raw bytes; returns how many there were, fewer than `size` only at the end.
     unsigned long long ReadBuffer(void* data, unsigned long long size)
     {

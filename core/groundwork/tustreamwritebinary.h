@@ -35,6 +35,8 @@ public:
         return stream;
     }
 
+    /// As TuStreamWrite's; here it needs no call.
+    void WriteVersion(unsigned int version) { *this << version; }
     /// Writes `size` raw bytes.
     void WriteBuffer(const void* data, unsigned long long size) { putBytes(data, size); }
     /// Writes an object so that TuStreamReadBinary::ReadChunk can make it again without knowing its

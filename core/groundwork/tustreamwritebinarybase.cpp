@@ -40,5 +40,8 @@ void TuStreamWriteBinaryBase::putCount(std::size_t units)
         throw TuExceptionPreconditionViolation(
             TU_HERE, u"a stored text has at most 4294967295 units");
     }
-    *this << static_cast<unsigned int>(units);
+    const auto count = static_cast<unsigned int>(units);
+    if (!putIntoWindow(count)) {
+        *this << count;
+    }
 }

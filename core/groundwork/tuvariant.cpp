@@ -4,6 +4,7 @@
 #include "groundwork/tustreamreadbinary.h"
 #include "groundwork/tustreamwriteasciistring.h"
 #include "groundwork/tustreamwritebinary.h"
+#include "groundwork/tutextnumber.h"
 
 #include <charconv>
 #include <cmath>
@@ -19,26 +20,19 @@ constexpr double kTwoTo63 = 9223372036854775808.0;
 /// A number of any kind: integers as such, so that none is rounded.
 using Number = std::variant<std::int64_t, double>;
 
+/// Decimal integers of up to 64 bits, and what the text reader takes as a double.
 Number parseNumber(const CString& text)
 {
     const std::string word = text.ToUtf8();
     const char* end = word.data() + word.size();
     std::int64_t integer = 0;
-    const auto [afterInteger, integerError] = std::from_chars(word.data(), end, integer);
-    if (afterInteger == end && integerError == std::errc()) {
+    const auto [behind, failure] = std::from_chars(word.data(), end, integer);
+    if (behind == end && failure == std::errc()) {
         return integer;
     }
     double real = 0;
-    const auto [afterReal, realError] = std::from_chars(word.data(), end, real);
-    if (afterReal != end || word.empty() || realError == std::errc::invalid_argument) {
+    if (word.empty() || TuParseDouble(word, real) != word.size()) {
         throw TuException(TU_HERE, TuExceptionStream(TU_HERE, u"\"" + text + u"\" is no number"));
-    }
-    if (realError == std::errc::result_out_of_range) {
-        // Too large or too small for a double; which one, the sign of the exponent tells.
-        const std::size_t exponent = word.find_first_of("eE");
-        const bool tiny = exponent != word.npos && word.find('-', exponent) != word.npos;
-        real = tiny ? 0.0 : HUGE_VAL;
-        return word.front() == '-' ? -real : real;
     }
     return real;
 }

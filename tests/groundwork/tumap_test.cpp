@@ -1,6 +1,7 @@
 #include "groundwork/tumap.h"
 
 #include "groundwork/cstring.h"
+#include "groundwork/tuvariant.h"
 #include "support/allocationlimit.h"
 #include "support/brokenrecords.h"
 #include "support/expectfailure.h"
@@ -252,7 +253,8 @@ TEST(TuMapTest, SharesAPlexManager)
             for (int i = 0; i < 3; ++i) {
                 second[i] = Fragile(i);
             }
-            second = second; // NOLINT: also its copy draws on the shared nodes
+            const TuMap<int, Fragile>& same = second;
+            second = same; // its copy draws on the shared nodes, too
         }
         const AllocationLimit limit(1); // for the buckets
         first[1] = Fragile(1);
@@ -291,6 +293,15 @@ TEST(TuMapTest, ItsRecordKeepsTheOrderOfIteration)
     EXPECT_TRUE(ReadFromBytes(record, [&](auto& stream) { read.Serialize(stream); }));
     EXPECT_EQ(keysOf(read), (std::vector<unsigned char>{ 2, 1, 3, 16 }));
     EXPECT_EQ(WriteToBytes([&](auto& stream) { read.Serialize(stream); }), record);
+}
+
+TEST(TuMapTest, StoresVariantsByTheirOwnRecords)
+{
+    const TuMap<CString, TuVariant> map{ { u"a", TuVariant(5) }, { u"b", TuVariant(u"text") } };
+    TuMap<CString, TuVariant> read;
+    EXPECT_TRUE(ReadFromBytes(WriteToBytes([&](auto& stream) { map.Serialize(stream); }),
+        [&](auto& stream) { read.Serialize(stream); }));
+    EXPECT_EQ(read, map);
 }
 
 } // namespace

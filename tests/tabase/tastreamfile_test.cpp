@@ -13,6 +13,7 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -118,25 +119,23 @@ TEST(TaStreamFileTest, AFullDiskIsReportedAtTheLatestByClose)
     if (!hasFullDevice()) {
         GTEST_SKIP() << "this system has no /dev/full";
     }
-    const std::string reason = "cannot write \"/dev/full\": No space left on device";
+    constexpr std::string_view kReason = "cannot write \"/dev/full\": ";
     TaStreamWriteBinaryFile binary(u"/dev/full");
     binary << 1;
-    EXPECT_EQ(accountOf([&] { binary.Close(); }), reason);
+    EXPECT_TRUE(accountOf([&] { binary.Close(); }).starts_with(kReason));
     EXPECT_NO_THROW(binary.Close()); // reported once
 
     TaStreamWriteASCIIFile text(u"/dev/full");
     text << 1;
-    EXPECT_EQ(accountOf([&] { text.Close(); }), reason);
+    EXPECT_TRUE(accountOf([&] { text.Close(); }).starts_with(kReason));
 
     // A larger amount fails earlier; then every later step fails with the same reason.
     TaStreamWriteBinaryFile large(u"/dev/full");
     const std::vector<char> bytes(100'000);
-    EXPECT_EQ(accountOf([&] { large.WriteBuffer(bytes.data(), bytes.size()); }), reason);
-    EXPECT_EQ(accountOf([&] {
-        large << bytes.data();
-        large.Close();
-    }),
-        reason);
+    const std::string reason = accountOf([&] { large.WriteBuffer(bytes.data(), bytes.size()); });
+    EXPECT_TRUE(reason.starts_with(kReason));
+    EXPECT_EQ(accountOf([&] { large << 1; }), reason);
+    EXPECT_EQ(accountOf([&] { large.Close(); }), reason);
 }
 
 TEST(TaStreamFileTest, ALossAtDestructionIsReportedToTheDiagnosticTraceUnlessItWasThrown)

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <ostream>
 #include <vector>
 
 namespace {
@@ -28,6 +29,11 @@ struct SGoodInput
 {
     const char* name;
     std::string content;
+
+    friend std::ostream& operator<<(std::ostream& out, const SGoodInput& input)
+    {
+        return out << input.name;
+    }
 };
 
 class MeshReaderGoodInputTest : public testing::TestWithParam<SGoodInput>
@@ -120,6 +126,11 @@ struct SBadInput
     const char* name;
     std::string content;
     const char* report;
+
+    friend std::ostream& operator<<(std::ostream& out, const SBadInput& input)
+    {
+        return out << input.report;
+    }
 };
 
 class MeshReaderBadInputTest : public testing::TestWithParam<SBadInput>

@@ -52,6 +52,7 @@ std::size_t TaStreamFileBase::readBytes(void* data, std::size_t size)
 
 std::size_t TaStreamFileBase::writeBytes(std::size_t used, const void* data, std::size_t size)
 {
+    throwAfterFailure();
     if (!IsOpen()) {
         throw TuExceptionStream(TU_HERE, u"cannot write \"" + m_path + u"\": it is closed");
     }
@@ -71,9 +72,7 @@ std::size_t TaStreamFileBase::writeBytes(std::size_t used, const void* data, std
 
 void TaStreamFileBase::writeOut(const void* data, std::size_t size)
 {
-    if (!m_failure.IsEmpty()) {
-        throw TuExceptionStream(TU_HERE, m_failure);
-    }
+    throwAfterFailure();
     if (!m_file.Write(data, size)) {
         failWriting(u"write");
     }
@@ -153,6 +152,13 @@ CString TaStreamFileBase::describeFailure(const CString& verb) const
 {
     const TuLatestError reason;
     return u"cannot " + verb + u" \"" + m_path + u"\": " + reason.GetMessageText();
+}
+
+void TaStreamFileBase::throwAfterFailure() const
+{
+    if (!m_failure.IsEmpty()) {
+        throw TuExceptionStream(TU_HERE, m_failure);
+    }
 }
 
 void TaStreamFileBase::failWriting(const CString& verb)

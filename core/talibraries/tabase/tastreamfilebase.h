@@ -66,6 +66,7 @@ private:
     void writeOut(const void* data, std::size_t size);
     void discard() noexcept;
     CString describeFailure(const CString& verb) const;
+    void throwAfterFailure() const;
     [[noreturn]] void failWriting(const CString& verb);
 
     CString m_path;

@@ -1,7 +1,7 @@
 #include "tabase/tastreamreadascii.h"
 
 #include "groundwork/tuexceptions.h"
-#include "tabase/tatextnumber.h"
+#include "groundwork/tutextnumber.h"
 
 #include <limits>
 
@@ -93,7 +93,7 @@ TuStreamRead& TaStreamReadASCII::operator>>(double& value)
     SWord space;
     const std::string_view word = readWord(space);
     double number = 0.0;
-    if (TaParseDouble(word, number) != word.size()) {
+    if (TuParseDouble(word, number) != word.size()) {
         fail(kLineNotDouble);
     }
     value = number;
@@ -128,7 +128,7 @@ TuStreamRead& TaStreamReadASCII::operator>>(long long& value)
     SWord space;
     const std::string_view word = readWord(space);
     std::int64_t number = 0;
-    if (TaParseInteger64(word, number) == 0) {
+    if (TuParseInteger64(word, number) == 0) {
         fail(kLineNotSigned64);
     }
     value = number;
@@ -140,7 +140,7 @@ TuStreamRead& TaStreamReadASCII::operator>>(unsigned long long& value)
     SWord space;
     const std::string_view word = readWord(space);
     std::uint64_t number = 0;
-    if (TaParseUnsigned64(word, number) == 0) {
+    if (TuParseUnsigned64(word, number) == 0) {
         fail(kLineNotUnsigned64);
     }
     value = number;
@@ -180,7 +180,7 @@ template <class Target> TuStreamRead& TaStreamReadASCII::readSigned(Target& valu
     SWord space;
     const std::string_view word = readWord(space);
     std::int32_t number = 0;
-    if (TaParseLong(word, number) != word.size()) {
+    if (TuParseLong(word, number) != word.size()) {
         fail(kLineNotSigned);
     }
     if (number < std::numeric_limits<Target>::min()
@@ -196,7 +196,7 @@ template <class Target> TuStreamRead& TaStreamReadASCII::readUnsigned(Target& va
     SWord space;
     const std::string_view word = readWord(space);
     std::uint32_t number = 0;
-    if (TaParseUnsignedLong(word, number) != word.size()) {
+    if (TuParseUnsignedLong(word, number) != word.size()) {
         fail(kLineNotUnsigned);
     }
     if (number > std::numeric_limits<Target>::max()) {

@@ -1,4 +1,4 @@
-#include "tabase/tatextnumber.h"
+#include "groundwork/tutextnumber.h"
 
 #include <algorithm>
 #include <charconv>
@@ -163,7 +163,7 @@ std::size_t parseMagnitude(std::string_view text, double& value)
 
 } // namespace
 
-std::size_t TaParseLong(std::string_view word, std::int32_t& value)
+std::size_t TuParseLong(std::string_view word, std::int32_t& value)
 {
     const SUnsigned number(word);
     const SDigits<std::uint32_t> digits(number.text, 10);
@@ -174,12 +174,12 @@ std::size_t TaParseLong(std::string_view word, std::int32_t& value)
     return word.size() - number.text.size() + digits.length;
 }
 
-std::size_t TaParseUnsignedLong(std::string_view word, std::uint32_t& value)
+std::size_t TuParseUnsignedLong(std::string_view word, std::uint32_t& value)
 {
     return parseUnsigned(word, value);
 }
 
-std::size_t TaParseInteger64(std::string_view word, std::int64_t& value)
+std::size_t TuParseInteger64(std::string_view word, std::int64_t& value)
 {
     const SUnsigned number(word);
     std::string_view text = number.text;
@@ -198,12 +198,12 @@ std::size_t TaParseInteger64(std::string_view word, std::int64_t& value)
     return word.size() - text.size() + digits.length;
 }
 
-std::size_t TaParseUnsigned64(std::string_view word, std::uint64_t& value)
+std::size_t TuParseUnsigned64(std::string_view word, std::uint64_t& value)
 {
     return parseUnsigned(word, value);
 }
 
-std::size_t TaParseDouble(std::string_view word, double& value)
+std::size_t TuParseDouble(std::string_view word, double& value)
 {
     const SUnsigned number(word);
     double magnitude = 0.0;

@@ -1,5 +1,5 @@
+#include "groundwork/tutextnumber.h"
 #include "support/testrandom.h"
-#include "tabase/tatextnumber.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
@@ -22,7 +22,7 @@ void expectAsStrtod(const std::string& word)
     const double expected = std::strtod(word.c_str(), &end);
     const auto expectedLength = static_cast<std::size_t>(end - word.c_str());
     double value = 42.0;
-    ASSERT_EQ(TaParseDouble(word, value), expectedLength) << word;
+    ASSERT_EQ(TuParseDouble(word, value), expectedLength) << word;
     if (expectedLength == 0) {
         EXPECT_EQ(value, 42.0) << word;
     } else if (std::isnan(expected)) {
@@ -55,7 +55,7 @@ rc::Gen<std::string> numberLike()
         });
 }
 
-RC_GTEST_PROP(TaTextNumberProperties, WordsParseAsInStrtod, ())
+RC_GTEST_PROP(TuTextNumberProperties, WordsParseAsInStrtod, ())
 {
     for (int i = 0; i < 20; ++i) {
         expectAsStrtod(*numberLike());
@@ -63,7 +63,7 @@ RC_GTEST_PROP(TaTextNumberProperties, WordsParseAsInStrtod, ())
     RC_ASSERT(!testing::Test::HasFailure());
 }
 
-TEST(TaTextNumberProperties, HardDoublesParseAsInStrtod)
+TEST(TuTextNumberProperties, HardDoublesParseAsInStrtod)
 {
     for (const char* word : { "4.9e-324", "2.4703282292062327e-324", "2.4703282292062328e-324",
              "2.2250738585072011e-308", "2.2250738585072012e-308", "1.7976931348623158e308",
@@ -87,7 +87,7 @@ TEST(TaTextNumberProperties, HardDoublesParseAsInStrtod)
     expectAsStrtod("0x0." + std::string(300, '0') + "1p1200");
 }
 
-TEST(TaTextNumberProperties, EveryDoubleComesBackFromItsText)
+TEST(TuTextNumberProperties, EveryDoubleComesBackFromItsText)
 {
     std::mt19937_64 random = MakeTestRandom();
     for (int i = 0; i < 100'000; ++i) {
@@ -96,7 +96,7 @@ TEST(TaTextNumberProperties, EveryDoubleComesBackFromItsText)
         char* end = std::to_chars(shortest, std::end(shortest), expected).ptr;
         double value = 0.0;
         ASSERT_EQ(
-            TaParseDouble({ shortest, end }, value), static_cast<std::size_t>(end - shortest));
+            TuParseDouble({ shortest, end }, value), static_cast<std::size_t>(end - shortest));
         if (std::isnan(expected)) {
             EXPECT_TRUE(std::isnan(value));
             continue;
@@ -120,11 +120,11 @@ template <class Signed, class Unsigned> void expectAsModel(const std::string& di
     Signed isSigned = 0;
     Unsigned isUnsigned = 0;
     if constexpr (sizeof(Signed) == 4) {
-        RC_ASSERT(TaParseLong(word, isSigned) == word.size());
-        RC_ASSERT(TaParseUnsignedLong(word, isUnsigned) == word.size());
+        RC_ASSERT(TuParseLong(word, isSigned) == word.size());
+        RC_ASSERT(TuParseUnsignedLong(word, isUnsigned) == word.size());
     } else {
-        RC_ASSERT(TaParseInteger64(word, isSigned) == word.size());
-        RC_ASSERT(TaParseUnsigned64(word, isUnsigned) == word.size());
+        RC_ASSERT(TuParseInteger64(word, isSigned) == word.size());
+        RC_ASSERT(TuParseUnsigned64(word, isUnsigned) == word.size());
     }
     const Wide value = negative ? -magnitude : magnitude;
     const Wide smallest = std::numeric_limits<Signed>::min();
@@ -137,7 +137,7 @@ template <class Signed, class Unsigned> void expectAsModel(const std::string& di
     RC_ASSERT(isUnsigned == (magnitude > Wide{ all } ? all : static_cast<Unsigned>(value)));
 }
 
-RC_GTEST_PROP(TaTextNumberProperties, IntegersSaturateByMagnitude, (bool negative))
+RC_GTEST_PROP(TuTextNumberProperties, IntegersSaturateByMagnitude, (bool negative))
 {
     const auto first = *rc::gen::inRange('1', static_cast<char>('9' + 1)); // no octal number
     const auto length = *rc::gen::inRange<std::size_t>(0, 25);
