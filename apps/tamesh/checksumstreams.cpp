@@ -1,5 +1,7 @@
 #include "tamesh/checksumstreams.h"
 
+#include "tamesh/progress.h"
+
 #include <zlib.h>
 
 namespace tamesh {
@@ -12,18 +14,27 @@ namespace {
             crc32_z(checksum, static_cast<const Bytef*>(data), static_cast<z_size_t>(size)));
     }
 
+    void advance(Progress* progress, std::uint64_t position)
+    {
+        if (progress != nullptr) {
+            progress->Advance(position);
+        }
+    }
+
 } // namespace
 
 void ChecksumWriter::write(const void* data, unsigned long long size)
 {
     m_target.WriteBuffer(data, size);
     m_checksum = addToChecksum(m_checksum, data, size);
+    advance(m_progress, m_position += size);
 }
 
 unsigned long long ChecksumReader::read(void* data, unsigned long long size)
 {
     const unsigned long long count = m_source.ReadBuffer(data, size);
     m_checksum = addToChecksum(m_checksum, data, count);
+    advance(m_progress, m_position += count);
     return count;
 }
 

@@ -7,13 +7,17 @@
 
 namespace tamesh {
 
-/// Passes bytes on to another stream and keeps their CRC-32 (the one of ZIP and PNG).
+class Progress;
+
+/// Passes bytes on to another stream, keeps their CRC-32 (the one of ZIP and PNG), and tells how
+/// many there were.
 class ChecksumWriter final : public TuStreamWriteBinary
 {
 public:
-    /// `target` outlives the writer.
-    explicit ChecksumWriter(TuStreamWriteBinary& target)
+    /// `target`, and `progress` where there is one, outlive the writer.
+    explicit ChecksumWriter(TuStreamWriteBinary& target, Progress* progress = nullptr)
         : m_target(target)
+        , m_progress(progress)
     {
     }
 
@@ -23,6 +27,8 @@ private:
     void write(const void* data, unsigned long long size) override;
 
     TuStreamWriteBinary& m_target;
+    Progress* m_progress;
+    std::uint64_t m_position = 0; // bytes so far
     std::uint32_t m_checksum = 0;
 };
 
@@ -30,9 +36,9 @@ private:
 class ChecksumReader final : public TuStreamReadBinary
 {
 public:
-    /// `source` outlives the reader.
-    explicit ChecksumReader(TuStreamReadBinary& source)
+    explicit ChecksumReader(TuStreamReadBinary& source, Progress* progress = nullptr)
         : m_source(source)
+        , m_progress(progress)
     {
     }
 
@@ -42,6 +48,8 @@ private:
     unsigned long long read(void* data, unsigned long long size) override;
 
     TuStreamReadBinary& m_source;
+    Progress* m_progress;
+    std::uint64_t m_position = 0;
     std::uint32_t m_checksum = 0;
 };
 

@@ -98,7 +98,10 @@ EExitCode ShowDocuments(IConsole& console, const std::vector<std::string>& docum
     return forEach(console, documentFiles, [&console](const std::string& name) {
         InputFile file(name);
         Document document;
-        document.Load(file.GetStream());
+        {
+            Progress progress(console, "reading " + name, file.GetSize());
+            document.Load(file.GetStream(), &progress);
+        }
         showFigures(console, name, "document", document.GetMesh());
     });
 }
@@ -109,8 +112,9 @@ EExitCode PackMesh(IConsole& console, const std::string& meshFile, const std::st
     const EExitCode code
         = guard(console, meshFile, [&] { document = Document(readMeshFile(console, meshFile)); });
     return code != eEC_Done ? code : guard(console, documentFile, [&] {
+        Progress progress(console, "writing " + documentFile, document.GetSavedSize());
         OutputFile file(documentFile);
-        document.Save(file.GetStream());
+        document.Save(file.GetStream(), &progress);
         file.Commit();
     });
 }

@@ -17,18 +17,26 @@ namespace {
 
 } // namespace
 
-void Document::Save(TuStreamWriteBinary& stream) const
+void Document::Save(TuStreamWriteBinary& stream, Progress* progress) const
 {
-    ChecksumWriter checked(stream);
+    ChecksumWriter checked(stream, progress);
     checked.WriteBuffer(kMarker.data(), kMarker.size());
     checked.WriteVersion(kFormatVersion);
     checked.WriteChunk(m_record);
     stream << checked.GetChecksum();
 }
 
-void Document::Load(TuStreamReadBinary& stream)
+std::uint64_t Document::GetSavedSize() const
 {
-    ChecksumReader checked(stream);
+    constexpr std::uint64_t kAround = 60; // all but the arrays of the mesh
+    const Mesh& mesh = GetMesh();
+    return kAround + std::uint64_t{ mesh.GetVertexCount() } * sizeof(SPoint)
+        + (std::uint64_t{ mesh.GetFaceCount() } + mesh.GetCornerCount()) * sizeof(std::uint32_t);
+}
+
+void Document::Load(TuStreamReadBinary& stream, Progress* progress)
+{
+    ChecksumReader checked(stream, progress);
     std::array<char, kMarker.size()> marker{};
     checked.ReadExactly(marker.data(), marker.size());
     if (marker != kMarker) {

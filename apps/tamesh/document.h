@@ -9,6 +9,8 @@ class TuStreamWriteBinary;
 
 namespace tamesh {
 
+class Progress;
+
 /// A document: what tamesh keeps of a mesh, in one file. It holds a marker, the format's version,
 /// one chunk with the mesh, and a checksum; docs/format.md states it byte by byte.
 class Document
@@ -22,13 +24,15 @@ public:
 
     const Mesh& GetMesh() const { return m_record.GetMesh(); }
 
-    void Save(TuStreamWriteBinary& stream) const;
+    void Save(TuStreamWriteBinary& stream, Progress* progress = nullptr) const;
+    /// How many bytes Save writes.
+    std::uint64_t GetSavedSize() const;
 
     /// Reads to the end of the stream.
     /// Throws TuExceptionWrongFileVersion for what is no document, or one of a later version, and
     /// TuExceptionStream (TuException for a chunk of a class that is unknown) for a damaged one;
     /// the document is then as it was.
-    void Load(TuStreamReadBinary& stream);
+    void Load(TuStreamReadBinary& stream, Progress* progress = nullptr);
 
 private:
     TaMeshRecord m_record;

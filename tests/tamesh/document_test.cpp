@@ -90,6 +90,7 @@ TEST(DocumentTest, ReadsAndWritesTheBytesOfVersion0)
     EXPECT_EQ(mesh.GetFace(0).size(), 3u);
     EXPECT_EQ(mesh.GetFace(1).front(), 4u);
     EXPECT_EQ(save(document), golden);
+    EXPECT_EQ(document.GetSavedSize(), golden.size());
 }
 
 TEST(DocumentTest, CutAnywhereItIsRefused)
