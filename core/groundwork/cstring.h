@@ -4,6 +4,7 @@
 #include "platform/platformtext.h"
 
 #include <compare>
+#include <concepts>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -30,7 +31,7 @@ public:
     CStringT() = default;
     /// Null is the empty text.
     CStringT(const Unit* text) // NOLINT(google-explicit-constructor): a literal is a text
-        : m_text(text != nullptr ? View(text) : View())
+        : m_text(toView(text))
     {
     }
     CStringT(const Unit* text, std::size_t length)
@@ -79,7 +80,16 @@ public:
         m_text.append(text);
         return *this;
     }
-    CStringT& operator+=(View text) { return Append(text); }
+    CStringT& Append(const Unit* text) { return Append(toView(text)); }
+    template <class Text>
+    CStringT& operator+=(const Text& text) requires std::convertible_to<const Text&, CStringT>
+    {
+        if constexpr (std::convertible_to<const Text&, View>) {
+            return Append(text);
+        } else {
+            return Append(CStringT(text).GetView());
+        }
+    }
     CStringT& operator+=(Unit unit)
     {
         m_text += unit;
@@ -118,16 +128,27 @@ public:
 
     friend bool operator==(const CStringT& a, const CStringT& b) { return a.m_text == b.m_text; }
     friend bool operator==(const CStringT& a, View b) { return a.GetView() == b; }
-    friend bool operator==(const CStringT& a, const Unit* b) { return a.GetView() == View(b); }
+    friend bool operator==(const CStringT& a, const Unit* b) { return a.GetView() == toView(b); }
+    friend bool operator==(const CStringT& a, const std::basic_string<Unit>& b)
+    {
+        return a.m_text == b;
+    }
+    friend bool operator==(const CStringT&, std::nullptr_t) = delete;
     friend auto operator<=>(const CStringT& a, const CStringT& b) { return a.m_text <=> b.m_text; }
     friend auto operator<=>(const CStringT& a, View b) { return a.GetView() <=> b; }
-    friend auto operator<=>(const CStringT& a, const Unit* b) { return a.GetView() <=> View(b); }
+    friend auto operator<=>(const CStringT& a, const Unit* b) { return a.GetView() <=> toView(b); }
+    friend auto operator<=>(const CStringT& a, const std::basic_string<Unit>& b)
+    {
+        return a.m_text <=> b;
+    }
     friend CStringT operator+(const CStringT& a, const CStringT& b)
     {
         return CStringT(a).Append(b);
     }
 
 private:
+    static View toView(const Unit* text) { return text != nullptr ? View(text) : View(); }
+
     std::basic_string<Unit> m_text;
 };
 

@@ -50,7 +50,7 @@ protected:
             static_cast<const Class*>(this)->GetExtension(name, mustExist));                       \
     }
 
-template <class Interface> bool TuIsExtension(std::string_view name)
+template <class Interface> bool TuIsExtension(const char* name)
 {
-    return name == Interface::kExtensionName;
+    return name != nullptr && std::string_view(name) == Interface::kExtensionName;
 }

@@ -32,9 +32,10 @@
 /// Ownership: of its elements.
 /// Threads:   many readers, or one writer.
 /// Failure:   TuExceptionOutOfMemory when the block cannot grow; the array is then as it was. The
-///            same holds when an added element cannot be copied. A place outside the array is a
-///            TuExceptionPreconditionViolation, except at operator[], which looks in debug builds
-///            only.
+///            same holds when an added element cannot be copied; where an element cannot be moved
+///            out of the way of an inserted one, the array stays sound, but not as it was. A place
+///            outside the array is a TuExceptionPreconditionViolation, except at operator[], which
+///            looks in debug builds only.
 template <class T, class ConstructPolicy = TuArrayPolicyConstructDefault>
 class TuArray : public TuContainer<T>
 {
@@ -158,6 +159,10 @@ public:
     const_iterator begin() const { return m_elements; }
     const_iterator end() const { return m_elements + m_size; }
     const_iterator cbegin() const { return m_elements; }
+    std::reverse_iterator<iterator> rbegin() { return std::reverse_iterator(end()); }
+    std::reverse_iterator<iterator> rend() { return std::reverse_iterator(begin()); }
+    std::reverse_iterator<const_iterator> rbegin() const { return std::reverse_iterator(end()); }
+    std::reverse_iterator<const_iterator> rend() const { return std::reverse_iterator(begin()); }
     const_iterator cend() const { return m_elements + m_size; }
     T* data() { return m_elements; }
     const T* data() const { return m_elements; }
@@ -167,10 +172,14 @@ public:
 private:
     static constexpr unsigned int kMaximum = std::numeric_limits<unsigned int>::max();
 
-    [[noreturn]] static void throwOutOfMemory() { throw TuExceptionOutOfMemory(TU_HERE); }
+    [[noreturn]] static void throwOutOfMemory()
+    {
+        throw TuExceptionOutOfMemory(TU_HERE_IN("core/groundwork/tuarray"));
+    }
     [[noreturn]] static void throwOutOfRange()
     {
-        throw TuExceptionPreconditionViolation(TU_HERE, u"the index lies in the array");
+        throw TuExceptionPreconditionViolation(
+            TU_HERE_IN("core/groundwork/tuarray"), u"the index lies in the array");
     }
     unsigned int checkedIndex(unsigned int index) const
     {

@@ -2,6 +2,7 @@
 
 #include "groundwork/tuassert.h"
 
+#include <exception>
 #include <utility>
 
 /// Complains, in debug builds, when a result was dropped unread.
@@ -60,11 +61,13 @@ public:
 private:
     void complainIfUnread() const
     {
-        if (!m_read) {
+        // An exception on its way is the greater news.
+        if (!m_read && std::uncaught_exceptions() <= m_exceptions) {
             Policy::OnUnread();
         }
     }
 
     T m_value;
     mutable bool m_read = false;
+    int m_exceptions = std::uncaught_exceptions();
 };

@@ -16,6 +16,9 @@ template <int Level> constexpr bool TuIsConditionChecked()
 
 /// Checks, where it is constructed, what a function demands of its caller.
 ///
+/// Description and file are wide text, or what becomes it; they are made into text only when the
+/// condition fails, so that a check that holds costs the predicate alone.
+///
 ///     TuPreCondition<2>(u"the index lies in the array", TU_HERE, [&] { return i < size; });
 ///
 /// Failure: TuExceptionPreconditionViolation with the given place and description when the
@@ -24,9 +27,9 @@ template <int Level> constexpr bool TuIsConditionChecked()
 template <int Level> class TuPreCondition
 {
 public:
-    template <class Predicate>
+    template <class Text, class Source, class Predicate>
     TuPreCondition(
-        const CString& description, const CString& file, unsigned int line, Predicate&& predicate)
+        const Text& description, const Source& file, unsigned int line, Predicate&& predicate)
     {
         if (TuIsConditionChecked<Level>() && !std::forward<Predicate>(predicate)()) {
             throw TuExceptionPreconditionViolation(file, line, description);
@@ -41,9 +44,9 @@ public:
 template <int Level> class TuPostCondition
 {
 public:
-    template <class Predicate>
+    template <class Text, class Source, class Predicate>
     TuPostCondition(
-        const CString& description, const CString& file, unsigned int line, Predicate&& predicate)
+        const Text& description, const Source& file, unsigned int line, Predicate&& predicate)
     {
         if (TuIsConditionChecked<Level>() && !std::forward<Predicate>(predicate)()) {
             throw TuExceptionPostconditionViolation(file, line, description);

@@ -59,11 +59,17 @@ TuException::TuException(const CString& file, unsigned int line, const TuExcepti
 }
 
 TuException::TuException(const CString& file, unsigned int line, const std::exception& cause)
+    : TuException(file, line, cause, RTTI)
+{
+}
+
+TuException::TuException(
+    const CString& file, unsigned int line, const std::exception& cause, const TuRTTI& record)
 {
     // A reference to the standard base may hide one of our own, which tells more.
     const auto* known = dynamic_cast<const TuException*>(&cause);
     m_contents = std::make_shared<const SContents>(
-        file, line, known, known != nullptr ? CString() : CString::FromUtf8(cause.what()), RTTI);
+        file, line, known, known != nullptr ? CString() : CString::FromUtf8(cause.what()), record);
 }
 
 TuException::TuException(const CString& file, unsigned int line, const TuRTTI& record)

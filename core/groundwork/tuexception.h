@@ -11,9 +11,20 @@
 /// their place. `file` is what __FILE__ gives.
 GROUNDWORK_API CString TuSourceName(const char* file);
 
+/// A source as TU_HERE names it; becomes text only when a failure is really made.
+struct TuSource
+{
+    const char* file;
+
+    operator CString() const { return TuSourceName(file); } // NOLINT(google-explicit-constructor)
+};
+
 /// Source and line of the throw, from the compiler: `throw TuExceptionStream(TU_HERE);`. Where a
 /// contract states the line, a named constant stands instead and never moves.
-#define TU_HERE TuSourceName(__FILE__), static_cast<unsigned int>(__LINE__)
+#define TU_HERE TuSource{ __FILE__ }, static_cast<unsigned int>(__LINE__)
+
+/// The same in a header, which is compiled from wherever its user has it: the source has its name.
+#define TU_HERE_IN(source) u"" source, static_cast<unsigned int>(__LINE__)
 
 /// Any failure that has no more specific class; the base of all others.
 ///
@@ -26,6 +37,7 @@ GROUNDWORK_API CString TuSourceName(const char* file);
 ///            its own class (made by the clone function of its record; a class without one is kept
 ///            as a TuException that still names the class).
 /// Threads:   may be passed between threads.
+/// Failure:   std::bad_alloc where there is no memory left for the contents.
 class GROUNDWORK_API TuException : public std::exception,
                                    public virtual IObject,
                                    public TuIDumpable<1>
@@ -36,6 +48,10 @@ public:
     TuException(const CString& file, unsigned int line);
     TuException(const CString& file, unsigned int line, const TuException& cause);
     TuException(const CString& file, unsigned int line, const std::exception& cause);
+
+    // No moves: copies never throw, and what was moved from would have no contents.
+    TuException(const TuException&) = default;
+    TuException& operator=(const TuException&) = default;
 
     const CString& GetFile() const;
     unsigned int GetLine() const;
@@ -49,13 +65,16 @@ public:
     /// A copy on the heap of the same class as this, or the nearest that can be copied.
     std::unique_ptr<TuException> Clone() const;
 
-    /// The whole account, causes included, in UTF-8; valid as long as this exception or a copy.
+    /// The account, causes included, in UTF-8, as it was made when the exception was; valid as long
+    /// as this exception or a copy.
     const char* what() const noexcept override;
 
 protected:
     TuException(const CString& file, unsigned int line, const TuRTTI& record);
     TuException(
         const CString& file, unsigned int line, const TuException& cause, const TuRTTI& record);
+    TuException(
+        const CString& file, unsigned int line, const std::exception& cause, const TuRTTI& record);
     /// For a subclass with a text of its own, which stands in the account where a cause's would.
     TuException(const CString& file, unsigned int line, const CString& text, const TuRTTI& record);
 

@@ -6,6 +6,14 @@
     IObject* Class::CloneByFactory(const IObject& object)                                          \
     {                                                                                              \
         return new Class(dynamic_cast<const Class&>(object));                                      \
+    }                                                                                              \
+    Class::Class(const CString& file, unsigned int line, const TuException& cause)                 \
+        : Base(file, line, cause, RTTI)                                                            \
+    {                                                                                              \
+    }                                                                                              \
+    Class::Class(const CString& file, unsigned int line, const std::exception& cause)              \
+        : Base(file, line, cause, RTTI)                                                            \
+    {                                                                                              \
     }
 
 TU_DEFINE_EXCEPTION(TuExceptionOutOfMemory, TuException)

@@ -2,6 +2,12 @@
 
 #include "groundwork/tuexception.h"
 
+// The constructors that keep a cause, for each class that is thrown: another failure, or a standard
+// exception.
+#define TU_EXCEPTION_WITH_CAUSE(Class)                                                             \
+    Class(const CString& file, unsigned int line, const TuException& cause);                       \
+    Class(const CString& file, unsigned int line, const std::exception& cause)
+
 /// An allocation that failed.
 class GROUNDWORK_API TuExceptionOutOfMemory : public TuException
 {
@@ -9,6 +15,7 @@ class GROUNDWORK_API TuExceptionOutOfMemory : public TuException
 
 public:
     TuExceptionOutOfMemory(const CString& file, unsigned int line);
+    TU_EXCEPTION_WITH_CAUSE(TuExceptionOutOfMemory);
 
 private:
     static IObject* CloneByFactory(const IObject& object);
@@ -23,6 +30,7 @@ protected:
     /// `description` says which condition; it may be empty.
     TuExceptionCondition(
         const CString& file, unsigned int line, const CString& description, const TuRTTI& record);
+    using TuException::TuException; // those with a cause
 };
 
 /// An argument or a state that violates a function's contract.
@@ -33,6 +41,7 @@ class GROUNDWORK_API TuExceptionPreconditionViolation : public TuExceptionCondit
 public:
     TuExceptionPreconditionViolation(
         const CString& file, unsigned int line, const CString& description = CString());
+    TU_EXCEPTION_WITH_CAUSE(TuExceptionPreconditionViolation);
 
 private:
     static IObject* CloneByFactory(const IObject& object);
@@ -46,6 +55,7 @@ class GROUNDWORK_API TuExceptionPostconditionViolation : public TuExceptionCondi
 public:
     TuExceptionPostconditionViolation(
         const CString& file, unsigned int line, const CString& description = CString());
+    TU_EXCEPTION_WITH_CAUSE(TuExceptionPostconditionViolation);
 
 private:
     static IObject* CloneByFactory(const IObject& object);
@@ -59,6 +69,7 @@ class GROUNDWORK_API TuExceptionStream : public TuException
 
 public:
     TuExceptionStream(const CString& file, unsigned int line, const CString& text = CString());
+    TU_EXCEPTION_WITH_CAUSE(TuExceptionStream);
 
 private:
     static IObject* CloneByFactory(const IObject& object);
@@ -72,6 +83,7 @@ class GROUNDWORK_API TuExceptionWrongFileVersion : public TuException
 public:
     TuExceptionWrongFileVersion(
         const CString& file, unsigned int line, const CString& text = CString());
+    TU_EXCEPTION_WITH_CAUSE(TuExceptionWrongFileVersion);
 
 private:
     static IObject* CloneByFactory(const IObject& object);
@@ -84,7 +96,10 @@ class GROUNDWORK_API TuExceptionUnknownExtension : public TuException
 
 public:
     TuExceptionUnknownExtension(const CString& file, unsigned int line);
+    TU_EXCEPTION_WITH_CAUSE(TuExceptionUnknownExtension);
 
 private:
     static IObject* CloneByFactory(const IObject& object);
 };
+
+#undef TU_EXCEPTION_WITH_CAUSE

@@ -5,6 +5,8 @@
 /// A set of flags: the enumerators of `Enum` are bits of 32.
 template <class Enum> class GROUNDWORK_TEMPLATE TuFlags
 {
+    static_assert(sizeof(Enum) <= sizeof(unsigned int), "a set holds 32 flags");
+
 public:
     TuFlags() = default;
     TuFlags(Enum flags) // NOLINT(google-explicit-constructor): one flag is a set of flags

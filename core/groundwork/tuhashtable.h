@@ -122,7 +122,8 @@ private:
     static unsigned int checkedBucketCount(unsigned int bucketCount)
     {
         if (bucketCount == 0) {
-            throw TuExceptionPreconditionViolation(TU_HERE, u"there is at least one bucket");
+            throw TuExceptionPreconditionViolation(
+                TU_HERE_IN("core/groundwork/tuhashtable"), u"there is at least one bucket");
         }
         return bucketCount;
     }
@@ -258,7 +259,7 @@ void TuHashTable<K, E, A, F, S, H>::prepareBuckets()
     const std::size_t size = sizeof(SBuckets) + std::size_t{ m_bucketCount } * sizeof(A*);
     void* const block = TuAllocateBlock(size);
     if (block == nullptr) {
-        throw TuExceptionOutOfMemory(TU_HERE);
+        throw TuExceptionOutOfMemory(TU_HERE_IN("core/groundwork/tuhashtable"));
     }
     m_buckets = ::new (block) SBuckets{ TuHashModulo::GetReciprocal(m_bucketCount) };
     std::uninitialized_fill_n(m_buckets->GetChains(), m_bucketCount, nullptr);
@@ -268,7 +269,7 @@ template <class K, class E, class A, int F, class S, class H>
 void TuHashTable<K, E, A, F, S, H>::preparePlexManager()
 {
     if (m_count == std::numeric_limits<S>::max()) {
-        throw TuExceptionOutOfMemory(TU_HERE);
+        throw TuExceptionOutOfMemory(TU_HERE_IN("core/groundwork/tuhashtable"));
     }
     m_plexManager = TuMake<PlexManager>(m_blockSize);
 }
@@ -331,11 +332,14 @@ void TuHashTable<K, E, A, F, S, H>::RemoveAll()
     if (m_count == 0) {
         return;
     }
-    for (A* node = firstNode(); node != nullptr;) {
-        m_plexManager->Destroy(std::exchange(node, nextNode(node)));
+    // A value that goes may look into the table: it finds no node that is gone already.
+    for (unsigned int bucket = 0; bucket != m_bucketCount; ++bucket) {
+        while (A* const node = *chainOf(bucket)) {
+            *chainOf(bucket) = node->m_next;
+            --m_count;
+            m_plexManager->Destroy(node);
+        }
     }
-    std::fill_n(m_buckets->GetChains(), m_bucketCount, nullptr);
-    m_count = 0;
 }
 
 template <class K, class E, class A, int F, class S, class H>

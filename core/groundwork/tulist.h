@@ -11,7 +11,7 @@
 /// Flags add up: 1, the list can be walked; 16, elements may be changed through iterators. 17 is
 /// the usual list, 1 the one whose elements stay as they were added. Nodes come in blocks from a
 /// TuPlexManager, which the list makes at its first insertion unless it is given one to share.
-/// Iterators stay valid until their own element is removed.
+/// Iterators stay valid until their own element is removed, or the list is swapped or moved.
 ///
 ///     TuList<CString> names{ u"Root", u"Leaf" };
 ///     names.AddHead(u"Forest");

@@ -116,7 +116,8 @@ private:
     static Node* checked(Node* end)
     {
         if (end == nullptr) {
-            throw TuExceptionPreconditionViolation(TU_HERE, u"the list has elements");
+            throw TuExceptionPreconditionViolation(
+                TU_HERE_IN("core/groundwork/tulistbase"), u"the list has elements");
         }
         return end;
     }
@@ -185,7 +186,7 @@ template <class T, int F, class S, class L, class C>
 void TuListBase<T, F, S, L, C>::preparePlexManager()
 {
     if (m_count == std::numeric_limits<S>::max()) {
-        throw TuExceptionOutOfMemory(TU_HERE);
+        throw TuExceptionOutOfMemory(TU_HERE_IN("core/groundwork/tulistbase"));
     }
     m_plexManager = TuMake<PlexManager>(m_blockSize);
 }
@@ -221,7 +222,7 @@ void TuListBase<T, F, S, L, C>::takeNodes(TuListBase& other)
         swapNodes(other);
     } else if (other.m_head != nullptr) {
         if (other.m_count > std::numeric_limits<S>::max() - m_count) {
-            throw TuExceptionOutOfMemory(TU_HERE);
+            throw TuExceptionOutOfMemory(TU_HERE_IN("core/groundwork/tulistbase"));
         }
         m_tail->next = other.m_head;
         other.m_head->previous = m_tail;

@@ -2,8 +2,10 @@
 
 #include "groundwork/tulistbaseintermediate.h"
 
+#include <algorithm>
 #include <functional>
 #include <initializer_list>
+#include <vector>
 
 /// A list that keeps its elements in order. Equal elements stay in the order in which they were
 /// added. The search for the place starts at the tail: adding in order costs nothing.
@@ -123,6 +125,15 @@ template <class T, int F, class S, class O, class L, class C, class P, class Z>
 void TuListSorted<T, F, S, O, L, C, P, Z>::Serialize(TuStreamReadBinary& stream)
 {
     TuListSorted read = makeSibling(m_less);
-    Base::readElements(stream, [&read](T&& element) { read.Add(std::move(element)); });
+    // Sorted at once: one by one, a record in the wrong order would take the square of its length.
+    std::vector<T> elements;
+    Base::readElements(
+        stream, [&elements](T&& element) { elements.push_back(std::move(element)); });
+    if (!std::is_sorted(elements.begin(), elements.end(), m_less)) {
+        std::stable_sort(elements.begin(), elements.end(), m_less);
+    }
+    for (T& element : elements) {
+        read.insertBefore(nullptr, std::move(element));
+    }
     Swap(read);
 }

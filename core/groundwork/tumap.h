@@ -12,7 +12,8 @@
 /// first. A value replaced keeps its place; removed and inserted again, it comes first. Keys hash
 /// by TuHashKey. Flags add up: 1, the map can be walked; 16, values may be changed through
 /// iterators. Nodes come in blocks from a TuPlexManager, made at the first insertion unless the
-/// map is given one to share. References and iterators stay valid until their entry is removed.
+/// map is given one to share. References stay valid until their
+/// entry is removed; iterators, too, unless the map is swapped or moved.
 ///
 ///     TuMap<CString, int> counts;
 ///     ++counts[u"lines"];
@@ -22,10 +23,10 @@
 /// Ownership: of keys and values; of the plex manager together with those that share it.
 /// Threads:   many readers, or one writer. Maps that share a plex manager count as one.
 /// Failure:   TuExceptionPreconditionViolation for a bucket count of 0, at the first insertion for
-///            a block size of 0, and from GetAt for a key that is not there.
-///            TuExceptionOutOfMemory (see TuPlexManager), also when Size cannot count one more
-///            entry. TuExceptionStream for a record that holds a key twice. The map is then as it
-///            was.
+///            a block size of 0 (which is also when the memory for the buckets is taken), and from
+///            GetAt for a key that is not there. TuExceptionOutOfMemory (see TuPlexManager), also
+///            when Size cannot count one more entry. TuExceptionStream for a record that holds a
+///            key twice. The map is then as it was.
 template <class K, class V, int Flags = eI_Iterable + eI_Mutable, class Size = unsigned int,
     class Hash = TuHashKey<K>>
 class TuMap
@@ -88,7 +89,9 @@ public:
     const V& GetAt(KeyArgument key) const { return const_cast<TuMap*>(this)->GetAt(key); }
 
     /// Version 0, the number of entries in 32 bits, key and value of each in the order of
-    /// iteration. A map with the same number of buckets reads them back into the same order.
+    /// iteration. A map with the same number of buckets reads them back into the same order. The
+    /// time of reading grows with the square of the entries in a bucket: choose the bucket count
+    /// first.
     void Serialize(TuStreamWriteBinary& stream) const;
     void Serialize(TuStreamReadBinary& stream);
 
@@ -172,7 +175,8 @@ template <class K, class V, int F, class S, class H> V& TuMap<K, V, F, S, H>::Ge
 {
     V* const present = Lookup(key);
     if (present == nullptr) {
-        throw TuExceptionPreconditionViolation(TU_HERE, u"the key is in the map");
+        throw TuExceptionPreconditionViolation(
+            TU_HERE_IN("core/groundwork/tumap"), u"the key is in the map");
     }
     return *present;
 }
@@ -213,7 +217,8 @@ void TuMap<K, V, F, S, H>::Serialize(TuStreamReadBinary& stream)
         TuReadElement(stream, key);
         TuReadElement(stream, value);
         if (read.append(key, std::move(value)) == nullptr) {
-            throw TuExceptionStream(TU_HERE, u"a stored map holds a key twice");
+            throw TuExceptionStream(
+                TU_HERE_IN("core/groundwork/tumap"), u"a stored map holds a key twice");
         }
     }
     Swap(read);

@@ -63,12 +63,34 @@ void TuWeakEntry::Link(const Counter& target)
     Unlink();
     m_block = &block;
     const TuCriticalSectionAuto guard(block.lock);
+    enterList(target);
+}
+
+/// Under the block's lock the target cannot go; whether it has strong references does not matter.
+void TuWeakEntry::LinkLike(const TuWeakEntry& other)
+{
+    Counter::WeakBlock* block = other.m_block;
+    if (block != nullptr) {
+        block->AddUser();
+    }
+    Unlink();
+    m_block = block;
+    if (block != nullptr) {
+        const TuCriticalSectionAuto guard(block->lock);
+        if (other.m_target != nullptr) {
+            enterList(*other.m_target);
+        }
+    }
+}
+
+void TuWeakEntry::enterList(const Counter& target) TU_NO_THREAD_SAFETY_ANALYSIS
+{
     m_target = &target;
-    m_next = block.head;
+    m_next = m_block->head;
     if (m_next != nullptr) {
         m_next->m_previous = this;
     }
-    block.head = this;
+    m_block->head = this;
 }
 
 void TuWeakEntry::Unlink()

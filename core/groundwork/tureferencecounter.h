@@ -89,6 +89,8 @@ public:
 
     /// Enters the head of the list of `target`, which the caller keeps alive meanwhile.
     void Link(const TuReferenceCounter<unsigned int>& target);
+    /// Links to the target of `other`, where that still lives.
+    void LinkLike(const TuWeakEntry& other);
     void Unlink();
     /// Adds a strong reference to the target; false when there is no target, or it is dying.
     [[nodiscard]] bool Lock() const;
@@ -101,4 +103,6 @@ private:
     TuWeakEntry* m_previous = nullptr;
     TuWeakEntry* m_next = nullptr;
     TuReferenceCounter<unsigned int>::WeakBlock* m_block = nullptr;
+
+    void enterList(const TuReferenceCounter<unsigned int>& target);
 };

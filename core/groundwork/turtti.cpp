@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <mutex>
+#include <new>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -35,44 +37,43 @@ public:
         m_waiting.push_back(&record);
     }
 
-    void Remove(const TuRTTI& record)
+    void Remove(const TuRTTI& record) noexcept
     {
         const std::lock_guard guard(m_lock);
-        if (std::erase(m_waiting, &record) != 0) {
+        std::erase(m_waiting, &record);
+        std::erase_if(m_duplicates, [&record](const Duplicate& duplicate) {
+            return duplicate.first == &record || duplicate.second == &record;
+        });
+        const auto entry = m_records.find(record.GetClassName());
+        if (entry == m_records.end() || std::erase(entry->second, &record) == 0) {
             return;
         }
-        const auto entry = m_records.find(record.GetClassName());
-        Records records = std::move(entry->second);
-        m_records.erase(entry); // its key is the text of a record that may be the one that leaves
-        std::erase(records, &record);
-        if (!records.empty()) {
-            m_records.emplace(records.front()->GetClassName(), std::move(records));
+        // The key is the text of a record that may be the one that leaves.
+        auto node = m_records.extract(entry);
+        if (!node.mapped().empty()) {
+            node.key() = node.mapped().front()->GetClassName();
+            m_records.insert(std::move(node));
         }
     }
 
     const TuRTTI* Find(const CString& name)
     {
-        std::vector<std::pair<const TuRTTI*, const TuRTTI*>> duplicates;
+        std::vector<Duplicate> duplicates;
         TuRTTI::DuplicateHook hook = nullptr;
         const TuRTTI* found = nullptr;
         {
             const std::lock_guard guard(m_lock);
-            for (const TuRTTI* record : m_waiting) {
-                Records& records = m_records[record->GetClassName()];
-                records.push_back(record);
-                if (records.size() > 1 && kReportDuplicates) {
-                    duplicates.emplace_back(records.front(), record);
-                }
-            }
-            m_waiting.clear();
+            takeWaiting();
             hook = m_hook;
+            if (hook != nullptr) {
+                duplicates.swap(m_duplicates);
+            }
             const auto entry = m_records.find(name);
-            found = entry != m_records.end() ? entry->second.front() : nullptr;
+            const bool isKnown = entry != m_records.end() && !entry->second.empty();
+            found = isKnown ? entry->second.front() : nullptr;
         }
         for (const auto& [first, hidden] : duplicates) {
-            if (hook != nullptr) {
-                hook(*first, *hidden);
-            }
+            hook(*first, *hidden);
         }
         return found;
     }
@@ -85,10 +86,33 @@ public:
 
 private:
     using Records = std::vector<const TuRTTI*>; // of one name, the oldest first
+    using Duplicate = std::pair<const TuRTTI*, const TuRTTI*>; // found, hidden
+
+    /// A record leaves the waiting list only when it is in the hash table: memory may run out
+    /// between any two of them.
+    void takeWaiting()
+    {
+        std::reverse(m_waiting.begin(), m_waiting.end());
+        try {
+            for (; !m_waiting.empty(); m_waiting.pop_back()) {
+                const TuRTTI* record = m_waiting.back();
+                Records& records = m_records[record->GetClassName()];
+                records.reserve(records.size() + 1);
+                if (kReportDuplicates && !records.empty()) {
+                    m_duplicates.emplace_back(records.front(), record);
+                }
+                records.push_back(record);
+            }
+        } catch (...) {
+            std::reverse(m_waiting.begin(), m_waiting.end());
+            throw;
+        }
+    }
 
     std::mutex m_lock; // guards all below
     std::vector<const TuRTTI*> m_waiting; // registered, and not yet in the hash table
     std::unordered_map<std::u16string_view, Records> m_records;
+    std::vector<Duplicate> m_duplicates; // found, and not yet reported
     TuRTTI::DuplicateHook m_hook = nullptr;
 };
 
@@ -101,6 +125,7 @@ TuRTTI::TuRTTI(const CString& name, const TuRTTI* firstBase, const TuRTTI* secon
     , m_clone(clone)
 {
     TuRTTITable::GetTable().Add(*this);
+    m_made.store(true, std::memory_order_release);
 }
 
 TuRTTI::TuRTTI(const CString& name, CreateFunction create, CloneFunction clone)
@@ -142,7 +167,33 @@ TuRTTI::DuplicateHook TuRTTI::SetDuplicateHook(DuplicateHook hook)
     return TuRTTITable::GetTable().SetHook(hook);
 }
 
-const TuRTTI* const* TuRTTI::findAncestors() const
+bool TuRTTI::hasBase(const TuRTTI& record) const
+{
+    return (m_firstBase != nullptr && (m_firstBase == &record || m_firstBase->hasBase(record)))
+        || (m_secondBase != nullptr && (m_secondBase == &record || m_secondBase->hasBase(record)));
+}
+
+bool TuRTTI::isComplete() const
+{
+    return m_made.load(std::memory_order_acquire)
+        && (m_firstBase == nullptr || m_firstBase->isComplete())
+        && (m_secondBase == nullptr || m_secondBase->isComplete());
+}
+
+/// Asked while static objects are still made, a record may not know all bases of its bases yet;
+/// what is found then must not stay.
+bool TuRTTI::isKindOfUnlisted(const TuRTTI& record) const
+{
+    if (isComplete()) {
+        try {
+            listAncestors();
+        } catch (const std::bad_alloc&) { // the next question tries again
+        }
+    }
+    return hasBase(record);
+}
+
+void TuRTTI::listAncestors() const
 {
     std::vector<const TuRTTI*> found;
     const auto addBasesOf = [&found](const TuRTTI& record) {
@@ -162,9 +213,7 @@ const TuRTTI* const* TuRTTI::findAncestors() const
     std::copy(found.begin(), found.end(), list);
     const TuRTTI* const* expected = nullptr;
     if (!m_ancestors.compare_exchange_strong(
-            expected, list, std::memory_order_acq_rel, std::memory_order_acquire)) {
+            expected, list, std::memory_order_release, std::memory_order_relaxed)) {
         delete[] list; // another thread was faster
-        return expected;
     }
-    return list;
 }

@@ -43,8 +43,10 @@ public:
             return true;
         }
         const TuRTTI* const* ancestor = m_ancestors.load(std::memory_order_acquire);
-        for (ancestor = ancestor != nullptr ? ancestor : findAncestors(); *ancestor != nullptr;
-             ++ancestor) {
+        if (ancestor == nullptr) {
+            return isKindOfUnlisted(record);
+        }
+        for (; *ancestor != nullptr; ++ancestor) {
             if (*ancestor == &record) {
                 return true;
             }
@@ -74,7 +76,10 @@ private:
 
     TuRTTI(const CString& name, const TuRTTI* firstBase, const TuRTTI* secondBase,
         CreateFunction create, CloneFunction clone);
-    const TuRTTI* const* findAncestors() const;
+    bool isKindOfUnlisted(const TuRTTI& record) const;
+    bool hasBase(const TuRTTI& record) const;
+    bool isComplete() const;
+    void listAncestors() const;
 
     const CString m_name;
     const TuRTTI* const m_firstBase;
@@ -83,8 +88,10 @@ private:
     const CloneFunction m_clone;
     /// All bases in walking order, ended by null. While a record is made only the address of its
     /// base may be used (the base may lie in a source whose statics come later), so the first
-    /// question makes this list; its release store pairs with the acquire load in IsKindOf.
+    /// question that finds all of them made lists them; its release store pairs with the acquire
+    /// load in IsKindOf.
     mutable std::atomic<const TuRTTI* const*> m_ancestors{ nullptr };
+    std::atomic<bool> m_made{ false }; // set last; false, too, before a static record is made
 };
 
 /// Declares what a registered class has: its record and the answer to GetRTTI(). Stands first in

@@ -24,7 +24,11 @@ public:
         Reset(other.Detach());
         return *this;
     }
-    ~TuScopedPointer() { delete m_object; }
+    ~TuScopedPointer()
+    {
+        static_assert(sizeof(T) > 0, "an incomplete class cannot be deleted");
+        delete m_object;
+    }
 
     T* Get() const { return m_object; }
     T& operator*() const { return *m_object; }

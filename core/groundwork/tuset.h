@@ -81,6 +81,12 @@ public:
 
     /// Returns whether the key is new.
     bool Add(KeyArgument key) { return Base::findOrInsert(key).second; }
+    /// As std::inserter calls it; the place does not matter.
+    typename Base::iterator insert(typename Base::const_iterator, KeyArgument key)
+    {
+        Add(key);
+        return Base::Find(key);
+    }
 
     /// As a TuMap, without values.
     void Serialize(TuStreamWriteBinary& stream) const;
@@ -161,7 +167,8 @@ void TuSet<K, F, S, H, Z>::Serialize(TuStreamReadBinary& stream)
         K key{};
         Z::Read(stream, key);
         if (read.append(key) == nullptr) {
-            throw TuExceptionStream(TU_HERE, u"a stored set holds a key twice");
+            throw TuExceptionStream(
+                TU_HERE_IN("core/groundwork/tuset"), u"a stored set holds a key twice");
         }
     }
     Swap(read);

@@ -23,7 +23,10 @@ public:
     using element_type = T;
 
     TuSmartPointer() = default;
-    TuSmartPointer(std::nullptr_t) { } // NOLINT(google-explicit-constructor): null is a pointer
+    template <std::same_as<std::nullptr_t> Null>
+    TuSmartPointer(Null) // NOLINT(google-explicit-constructor): null is a pointer
+    {
+    }
     /// From a new object, or one more reference to a shared one.
     TuSmartPointer(
         T* object) // NOLINT(google-explicit-constructor): as the class is used throughout
@@ -90,7 +93,11 @@ public:
         return a.m_object == b.Get();
     }
     friend bool operator==(const TuSmartPointer& a, const T* b) { return a.m_object == b; }
-    friend bool operator==(const TuSmartPointer& a, std::nullptr_t) { return a.IsNull(); }
+    template <std::same_as<std::nullptr_t> Null>
+    friend bool operator==(const TuSmartPointer& a, Null)
+    {
+        return a.IsNull();
+    }
     friend std::strong_ordering operator<=>(const TuSmartPointer& a, const TuSmartPointer& b)
     {
         return std::compare_three_way()(a.m_object, b.m_object);

@@ -14,7 +14,7 @@ class ISerializable;
 /// call.
 ///
 /// Failure: besides that of TuStreamRead: a bool that is neither 0 nor 1 is malformed. A count
-///          never makes the reader take more memory than bytes arrive, but for one step of 64 KiB.
+///          never makes the reader take more memory than a small multiple of the bytes that arrive.
 class GROUNDWORK_API TuStreamReadBinary : public TuStreamReadBinaryBase
 {
     TU_DECLARE_RTTI

@@ -15,6 +15,11 @@ template <class T>
 concept TuTextUnit = std::same_as<T, char> || std::same_as<T, char8_t> || std::same_as<T,
     char16_t> || std::same_as<T, char32_t> || std::same_as<T, wchar_t>;
 
+/// The units of the texts that streams take by a pointer.
+template <class T>
+concept TuStreamTextUnit
+    = std::same_as<T, char> || std::same_as<T, char16_t> || std::same_as<T, wchar_t>;
+
 /// The abstract writer: one operator per primitive, in a binary and a readable flavour.
 ///
 /// A fixed-width value is written at its own width on every system: `long` and `unsigned long` go
@@ -76,7 +81,8 @@ public:
     template <class T>
     requires(!std::same_as<T, char> && TuTextUnit<T>) TuStreamWrite& operator<<(T) = delete;
     template <class T>
-    requires(!TuTextUnit<std::remove_cv_t<T>>) TuStreamWrite& operator<<(T*) = delete;
+    requires(!TuStreamTextUnit<std::remove_cv_t<T>>) TuStreamWrite& operator<<(T*) = delete;
+    template <class T, class Class> TuStreamWrite& operator<<(T Class::*) = delete;
 
     /// Opens a record: its layout's number, counted from 0.
     void WriteVersion(unsigned int version) { *this << version; }

@@ -4,14 +4,23 @@
 
 #include <type_traits>
 
+/// Holds the type record, which all string streams share whatever their text.
+class GROUNDWORK_API TuStreamWriteASCIIStringBase : public TuStreamWriteASCII
+{
+    TU_DECLARE_RTTI
+
+protected:
+    using TuStreamWriteASCII::TuStreamWriteASCII;
+};
+
 /// A readable writer into a text (CString, or CStringA in the system code page). It can itself be
 /// written into another stream.
 template <class Text>
-class GROUNDWORK_TEMPLATE TuStreamWriteASCIIStringT final : public TuStreamWriteASCII
+class GROUNDWORK_TEMPLATE TuStreamWriteASCIIStringT final : public TuStreamWriteASCIIStringBase
 {
 public:
     explicit TuStreamWriteASCIIStringT(bool separated = false)
-        : TuStreamWriteASCII(separated)
+        : TuStreamWriteASCIIStringBase(separated)
     {
     }
 

@@ -159,9 +159,8 @@ bool TuVariant::ToBool() const
         if (text == u"true" || text == u"false") {
             return text == u"true";
         }
-        return clampTo<std::int64_t>(parseNumber(text)) != 0;
     }
-    const Number number = std::visit(kToNumber, m_value);
+    const Number number = IsText() ? parseNumber(ToString()) : std::visit(kToNumber, m_value);
     return std::visit([](auto value) { return value != 0; }, number);
 }
 
@@ -274,15 +273,6 @@ void TuVariant::Serialize(TuStreamReadBinary& stream)
     default:
         throw TuExceptionWrongFileVersion(TU_HERE, u"a stored variant has an unknown kind");
     }
-}
-
-std::uint32_t TuVariant::checkedUInt32(unsigned long long value)
-{
-    if (value > std::numeric_limits<std::uint32_t>::max()) {
-        throw TuExceptionPreconditionViolation(
-            TU_HERE, u"an unsigned long in a variant has at most 32 bits");
-    }
-    return static_cast<std::uint32_t>(value);
 }
 
 std::int64_t TuVariant::checkedInt64(unsigned long long value)

@@ -41,16 +41,14 @@ public:
     };
 
     TuVariant() = default;
-    /// Integers of up to 32 bits become eVT_Int32 or eVT_UInt32, `unsigned long` among them; wider
-    /// ones eVT_Int64. TuExceptionPreconditionViolation for an unsigned value that does not fit.
+    /// Integers of up to 32 bits become eVT_Int32 or eVT_UInt32, wider ones eVT_Int64; `long` goes
+    /// by its width. TuExceptionPreconditionViolation for an unsigned value that does not fit.
     template <std::integral T>
     requires(!TuTextUnit<T>)
         TuVariant(T value) // NOLINT(google-explicit-constructor): a value is a variant
     {
         if constexpr (std::same_as<T, bool>) {
             m_value = value;
-        } else if constexpr (std::same_as<T, unsigned long>) {
-            m_value = checkedUInt32(value);
         } else if constexpr (std::is_signed_v<T> && sizeof(T) <= sizeof(std::int32_t)) {
             m_value = std::int32_t{ value };
         } else if constexpr (sizeof(T) <= sizeof(std::uint32_t)) {
@@ -114,7 +112,6 @@ private:
     using Value = std::variant<std::monostate, bool, std::int32_t, std::int64_t, std::uint32_t,
         CStringA, SPath, double, CString>;
 
-    static std::uint32_t checkedUInt32(unsigned long long value);
     static std::int64_t checkedInt64(unsigned long long value);
 
     Value m_value;

@@ -16,15 +16,15 @@ public:
     TuWeakPointer() = default;
     explicit TuWeakPointer(T* target) { Set(target); }
     TuWeakPointer(const TuWeakPointer& other)
+        : m_target(other.m_target)
     {
-        const TuSmartPointer<T> target = other.Lock();
-        Set(target.Get());
+        m_entry.LinkLike(other.m_entry);
     }
     TuWeakPointer& operator=(const TuWeakPointer& other)
     {
         if (this != &other) {
-            const TuSmartPointer<T> target = other.Lock();
-            Set(target.Get());
+            m_entry.LinkLike(other.m_entry);
+            m_target = other.m_target;
         }
         return *this;
     }

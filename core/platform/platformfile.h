@@ -31,6 +31,10 @@ public:
     File& operator=(File&& other) noexcept;
 
     [[nodiscard]] bool Open(std::u16string_view path, EFileMode mode);
+    /// Creates `path` to take the place of `target` later: until then nobody may read it who may
+    /// not read `target`, where that exists. `taken` receives whether it failed because there is
+    /// such a path already.
+    [[nodiscard]] bool CreateFor(std::u16string_view path, std::u16string_view target, bool& taken);
     bool IsOpen() const { return m_handle != kNoHandle; }
 
     /// Reads up to `size` bytes into `data`. `count` receives fewer only at the end of the file.
@@ -51,9 +55,22 @@ private:
     std::intptr_t m_handle = kNoHandle;
 };
 
+enum EReplaceResult
+{
+    eRR_Failed, // nothing has changed
+    eRR_Replaced, // done, but a crash of the system may still undo it
+    eRR_Durable,
+};
+
 /// Puts the file `from` in the place of `to` in one step, so that a reader, or a crash, finds the
-/// old or the new file, never a part; then makes that step durable. Both in the same folder.
-[[nodiscard]] PLATFORM_API bool ReplaceAtomically(std::u16string_view from, std::u16string_view to);
+/// old or the new file, never a part; then makes that step durable. (A folder that cannot be read
+/// cannot be synced; that is not counted as a failure.)
+/// Both in the same folder. An existing `to` must be an ordinary file; the new one takes its mode.
+[[nodiscard]] PLATFORM_API EReplaceResult ReplaceAtomically(
+    std::u16string_view from, std::u16string_view to);
+
+/// The path behind symbolic links; `path` itself where it is none, or does not exist.
+PLATFORM_API std::u16string ResolveLinks(std::u16string_view path);
 
 PLATFORM_API bool RemovePath(std::u16string_view path);
 PLATFORM_API bool PathExists(std::u16string_view path);

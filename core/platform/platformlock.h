@@ -23,7 +23,7 @@ public:
     void Leave() noexcept TU_RELEASE();
 
 private:
-    static constexpr std::size_t kNativeSize = 40; // holds a pthread_mutex_t or a CRITICAL_SECTION
+    static constexpr std::size_t kNativeSize = 64; // the largest pthread_mutex_t known
 
     alignas(std::max_align_t) unsigned char m_native[kNativeSize];
 };

@@ -53,4 +53,17 @@ TEST(CStringTest, AppendsItselfAndCutsWithoutReadingBeyondItsEnds)
     EXPECT_EQ(CString(u"a\0b", 3).GetLength(), 3u);
 }
 
+TEST(CStringTest, NullIsTheEmptyTextEverywhere)
+{
+    const char16_t* null = nullptr;
+    CString text = u"a";
+    text += null;
+    text += L"b";
+    text += u'c';
+    EXPECT_EQ(text, std::u16string(u"abc"));
+    EXPECT_FALSE(text == null);
+    EXPECT_TRUE(CString() == null);
+    EXPECT_GT(text, null);
+}
+
 } // namespace

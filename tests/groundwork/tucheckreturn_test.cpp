@@ -92,4 +92,15 @@ TEST(TuLatestErrorTest, KeepsTheNumberAndTextOfTheFailedCall)
     EXPECT_FALSE(error.GetMessageText().IsEmpty());
 }
 
+TEST(TuCheckReturnTest, IsSilentWhileAnExceptionIsOnItsWay)
+{
+    s_complaints = 0;
+    try {
+        const Result unread = true;
+        throw std::runtime_error("the greater news");
+    } catch (const std::runtime_error&) {
+    }
+    EXPECT_EQ(s_complaints, 0);
+}
+
 } // namespace

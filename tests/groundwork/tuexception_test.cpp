@@ -107,4 +107,16 @@ TEST(TuConditionTest, AFalsePredicateThrowsAndAThrowingOnePassesUnchanged)
         std::out_of_range);
 }
 
+TEST(TuExceptionTest, EveryClassKeepsACauseAndAMovedOneStaysWhole)
+{
+    const TuExceptionStream stream(u"core/s", 1, std::runtime_error("torn"));
+    const TuExceptionPreconditionViolation violation(u"core/v", 2, stream);
+    EXPECT_STREQ(violation.what(),
+        "TuExceptionPreconditionViolation at core/v(2); caused by TuExceptionStream at core/s(1): "
+        "torn");
+    TuException first(u"core/m", 3);
+    const TuException second = std::move(first);
+    EXPECT_STREQ(first.what(), second.what()); // NOLINT(bugprone-use-after-move): there is no move
+}
+
 } // namespace

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace {
@@ -50,6 +51,21 @@ TEST(TuListSortedTest, ARecordOutOfOrderIsReadIntoOrder)
     Sorted list{ u"z" };
     EXPECT_TRUE(ReadFromBytes(record, [&](auto& stream) { list.Serialize(stream); }));
     EXPECT_EQ(elementsOf(list), (std::vector<CString>{ u"a1", u"b1", u"b0" }));
+}
+
+TEST(TuListSortedTest, ALongRecordInTheWrongOrderIsReadInTime)
+{
+    constexpr int kElements = 200'000; // one by one, the tests' time limit would not do
+    const std::vector<unsigned char> bytes = WriteToBytes([](TuStreamWriteBinary& stream) {
+        stream << 0u << static_cast<unsigned int>(kElements);
+        for (int i = kElements; i != 0; --i) {
+            stream << i;
+        }
+    });
+    TuListSorted<int> list;
+    ReadFromBytes(bytes, [&](TuStreamReadBinary& stream) { list.Serialize(stream); });
+    EXPECT_EQ(list.GetCount(), static_cast<unsigned int>(kElements));
+    EXPECT_TRUE(std::is_sorted(list.begin(), list.end()));
 }
 
 } // namespace

@@ -304,4 +304,31 @@ TEST(TuMapTest, StoresVariantsByTheirOwnRecords)
     EXPECT_EQ(read, map);
 }
 
+TEST(TuMapTest, AValueThatGoesWithTheRestFindsNoEntryThatIsGone)
+{
+    struct Owner
+    {
+        TuMap<int, Owner>* map = nullptr;
+        int* visited = nullptr;
+        ~Owner()
+        {
+            if (map != nullptr) {
+                for (const auto& [key, owner] : *map) {
+                    *visited += key;
+                }
+            }
+        }
+    };
+    int visited = 0;
+    TuMap<int, Owner> map;
+    for (const int key : { 1, 20, 300 }) {
+        Owner& owner = map[key];
+        owner.map = &map;
+        owner.visited = &visited;
+    }
+    map.RemoveAll();
+    EXPECT_TRUE(map.IsEmpty());
+    EXPECT_EQ(visited, (300 + 20) + 20); // 1 sees two others, 300 one, 20 none
+}
+
 } // namespace

@@ -157,4 +157,19 @@ TEST(TuRTTITest, ALibraryBringsItsClassesAndTakesThemAwayAHundredTimes)
     EXPECT_EQ(TuRTTI::getCreate(u"TuInt32"), TuInt32::RTTI.GetCreate());
 }
 
+// A chain asked for while its middle record is still missing: the statics of one source are made in
+// the order in which they stand.
+extern const TuRTTI s_middle;
+extern const TuRTTI s_first;
+const TuRTTI s_last(u"LastOfChain", s_middle, nullptr, nullptr);
+const bool s_askedEarly = s_last.IsKindOf(s_first);
+const TuRTTI s_middle(u"MiddleOfChain", s_first, nullptr, nullptr);
+const TuRTTI s_first(u"FirstOfChain", nullptr, nullptr);
+
+TEST(TuRTTITest, AQuestionAskedTooEarlyIsNotRemembered)
+{
+    EXPECT_FALSE(s_askedEarly);
+    EXPECT_TRUE(s_last.IsKindOf(s_first));
+}
+
 } // namespace

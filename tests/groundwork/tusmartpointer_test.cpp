@@ -240,4 +240,16 @@ TEST(IExtensionInterfaceTest, AnObjectAnswersForTheInterfacesThatItImplements)
     EXPECT_THROW(reading.GetExtension("TaBase.Bitmap", true), TuExceptionUnknownExtension);
 }
 
+TEST(TuWeakPointerTest, ACopyReachesATargetThatNobodyHoldsYet)
+{
+    auto* bare = new Shared;
+    const TuWeakPointer<Shared> weak(bare);
+    const TuWeakPointer<Shared> copy = weak;
+    TuWeakPointer<Shared> assigned;
+    assigned = weak;
+    const TuSmartPointer<Shared> held = bare;
+    EXPECT_EQ(copy.Lock(), held);
+    EXPECT_EQ(assigned.Lock(), held);
+}
+
 } // namespace

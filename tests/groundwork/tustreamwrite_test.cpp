@@ -17,6 +17,7 @@ concept Writable = WritableTo<T, TuStreamWrite> || WritableTo<T, TuStreamWriteBi
 
 // What would silently be written as something else does not compile.
 static_assert(!Writable<const void*> && !Writable<int*> && !Writable<TuStreamWrite*>);
+static_assert(!Writable<const char8_t*> && !Writable<const char32_t*> && !Writable<int CString::*>);
 static_assert(!Writable<char16_t> && !Writable<wchar_t> && !Writable<char32_t>);
 static_assert(Writable<const char*> && Writable<char*> && Writable<const wchar_t*>);
 static_assert(Writable<bool> && Writable<char> && Writable<long> && Writable<unsigned long long>);

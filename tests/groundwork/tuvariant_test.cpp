@@ -24,7 +24,7 @@ TEST(TuVariantTest, EachTypeBecomesItsKindAtTheSameWidthEverywhere)
         = { { TuVariant(), TuVariant::eVT_Null }, { true, TuVariant::eVT_Bool },
               { static_cast<short>(-1), TuVariant::eVT_Int32 }, { -1, TuVariant::eVT_Int32 },
               { std::int64_t{ -1 }, TuVariant::eVT_Int64 }, { -1LL, TuVariant::eVT_Int64 },
-              { 1u, TuVariant::eVT_UInt32 }, { 1ul, TuVariant::eVT_UInt32 },
+              { 1u, TuVariant::eVT_UInt32 }, { std::uint64_t{ 1 }, TuVariant::eVT_Int64 },
               { 1ull, TuVariant::eVT_Int64 }, { "a", TuVariant::eVT_NarrowText },
               { TuVariant::FromPath(u"a"), TuVariant::eVT_PathText },
               { 1.5f, TuVariant::eVT_Double }, { u"a", TuVariant::eVT_WideText },
@@ -33,9 +33,6 @@ TEST(TuVariantTest, EachTypeBecomesItsKindAtTheSameWidthEverywhere)
         EXPECT_EQ(value.GetType(), kind);
     }
     ExpectFailure<TuExceptionPreconditionViolation>([] { TuVariant value(~0ull); });
-    if (sizeof(long) > 4) {
-        ExpectFailure<TuExceptionPreconditionViolation>([] { TuVariant value(~0ul); });
-    }
 }
 
 TEST(TuVariantTest, NumbersCompareByTheirExactValueWhateverTheirKinds)
@@ -70,6 +67,7 @@ TEST(TuVariantTest, ConvertsWithDefinedResultsAtTheLimits)
     EXPECT_EQ(TuVariant(u"2.5").ToInt(), 2);
 
     EXPECT_FALSE(TuVariant().ToBool() || TuVariant(0.0).ToBool() || TuVariant(u"false").ToBool());
+    EXPECT_TRUE(TuVariant("0.5").ToBool() && TuVariant("nan").ToBool());
     EXPECT_TRUE(TuVariant(0.5).ToBool() && TuVariant("true").ToBool() && TuVariant(u"2").ToBool());
     EXPECT_EQ(TuVariant(0.1).ToString(), u"0.1");
     EXPECT_EQ(TuVariant(true).ToString(), u"true");

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -64,10 +65,10 @@ TEST(PlatformFileTest, ReplacesAFileInOneStep)
     const TemporaryFolder folder;
     folder.WriteAll("old", "old content");
     folder.WriteAll("new", "new content");
-    EXPECT_TRUE(platform::ReplaceAtomically(folder / "new", folder / "old"));
+    EXPECT_EQ(platform::ReplaceAtomically(folder / "new", folder / "old"), platform::eRR_Durable);
     EXPECT_EQ(folder.ReadAll("old"), "new content");
     EXPECT_FALSE(platform::PathExists(folder / "new"));
-    EXPECT_FALSE(platform::ReplaceAtomically(folder / "new", folder / "old"));
+    EXPECT_EQ(platform::ReplaceAtomically(folder / "new", folder / "old"), platform::eRR_Failed);
     EXPECT_EQ(folder.ReadAll("old"), "new content");
 }
 
@@ -86,6 +87,37 @@ TEST(PlatformFileTest, ListsAFolderInOrder)
     EXPECT_FALSE(platform::RemovePath(folder / "a"));
     EXPECT_FALSE(platform::ListFolder(folder / "missing", names));
     EXPECT_TRUE(names.empty());
+}
+
+TEST(PlatformFileTest, AFileThatIsToReplaceAnotherIsNoMoreOpenThanThat)
+{
+    using std::filesystem::perms;
+    const TemporaryFolder folder;
+    folder.WriteAll("private", "old");
+    const perms ownerOnly = perms::owner_read | perms::owner_write;
+    std::filesystem::permissions(folder.GetPath("private"), ownerOnly);
+    File file;
+    bool taken = true;
+    ASSERT_TRUE(file.CreateFor(folder / "new", folder / "private", taken));
+    EXPECT_FALSE(taken);
+    EXPECT_EQ(std::filesystem::status(folder.GetPath("new")).permissions(), ownerOnly);
+    EXPECT_FALSE(file.CreateFor(folder / "new", folder / "private", taken));
+    EXPECT_TRUE(taken);
+    EXPECT_EQ(
+        platform::ReplaceAtomically(folder / "new", folder / "private"), platform::eRR_Durable);
+    EXPECT_EQ(std::filesystem::status(folder.GetPath("private")).permissions(), ownerOnly);
+}
+
+TEST(PlatformFileTest, RefusesPathsThatTheSystemWouldCutAndPlacesThatAreNoFiles)
+{
+    const TemporaryFolder folder;
+    folder.WriteAll("a", "content");
+    File file;
+    EXPECT_FALSE(file.Open((folder / "a") + CString(u"\0b", 2), platform::eFM_Read));
+    EXPECT_FALSE(platform::MakeFolder(folder / "a")); // a file
+    EXPECT_TRUE(platform::MakeFolder(folder / "sub"));
+    EXPECT_EQ(platform::ReplaceAtomically(folder / "a", folder / "sub"), platform::eRR_Failed);
+    EXPECT_EQ(folder.ReadAll("a"), "content");
 }
 
 } // namespace

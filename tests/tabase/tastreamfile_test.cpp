@@ -9,11 +9,13 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
 #include <functional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -183,6 +185,60 @@ TEST(TaStreamFileTest, AClosedReaderFailsAndAFolderIsNoFile)
     EXPECT_TRUE(text.IsKindOf(TaStreamFileBase::RTTI));
     EXPECT_TRUE(text.IsKindOf(TaStreamReadASCII::RTTI));
     EXPECT_TRUE(binary.IsKindOf(TuStreamReadBinary::RTTI));
+}
+
+TEST(TaStreamFileTest, ARefusedCommitLosesNoBytes)
+{
+    const TemporaryFolder folder;
+    TaStreamWriteBinaryFile file(folder / "direct.bin");
+    file << 1;
+    ExpectFailure<TuExceptionPreconditionViolation>([&] { file.Commit(); });
+    file << 2;
+    file.Close();
+    EXPECT_EQ(folder.ReadAll("direct.bin").size(), 8u);
+}
+
+TEST(TaStreamFileTest, SafeModeWritesBehindALinkAndUnderLongNames)
+{
+    const TemporaryFolder folder;
+    folder.WriteAll("real.bin", "old");
+    std::filesystem::create_symlink(folder.GetPath("real.bin"), folder.GetPath("link.bin"));
+    const std::string longest(250, 'n');
+    for (const std::string& name : { std::string("link.bin"), longest }) {
+        TaStreamWriteBinaryFile file(folder / name, TaStreamWriteBinaryFile::eWM_Safe);
+        file << 1;
+        file.Commit();
+    }
+    EXPECT_TRUE(std::filesystem::is_symlink(folder.GetPath("link.bin")));
+    EXPECT_EQ(folder.ReadAll("real.bin").size(), 4u);
+    EXPECT_EQ(folder.ReadAll(longest).size(), 4u);
+}
+
+TEST(TaStreamFileTest, ThreadsMaySaveTheSameFileAtOnce)
+{
+    constexpr int kThreads = 3;
+    constexpr int kSaves = 200;
+    const TemporaryFolder folder;
+    const CString path = folder / "shared.bin";
+    std::atomic<int> failures{ 0 };
+    {
+        std::vector<std::jthread> threads;
+        for (int i = 0; i < kThreads; ++i) {
+            threads.emplace_back([&] {
+                for (int save = 0; save < kSaves; ++save) {
+                    try {
+                        TaStreamWriteBinaryFile file(path, TaStreamWriteBinaryFile::eWM_Safe);
+                        file << save;
+                        file.Commit();
+                    } catch (const TuException&) {
+                        ++failures;
+                    }
+                }
+            });
+        }
+    }
+    EXPECT_EQ(failures, 0);
+    EXPECT_EQ(folder.ReadAll("shared.bin").size(), 4u);
 }
 
 } // namespace

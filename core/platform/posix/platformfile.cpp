@@ -10,10 +10,24 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
+#include <memory>
 #include <utility>
 
 namespace platform {
 namespace {
+
+    /// The path as the system takes it; false for one that holds a zero unit, where it would end
+    /// early.
+    bool toNative(std::u16string_view path, std::string& native)
+    {
+        if (path.find(u'\0') != path.npos) {
+            errno = EINVAL;
+            return false;
+        }
+        native = ToUtf8(path);
+        return true;
+    }
 
     int descriptor(std::intptr_t handle) { return static_cast<int>(handle); }
 
@@ -30,18 +44,33 @@ namespace {
         return O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
     }
 
-    bool syncFolderOf(const std::string& path)
+    /// The rights that a file has as long as it is not known to be for fewer readers.
+    constexpr mode_t kUsualRights = 0666;
+
+    int openFile(const std::string& path, int flags, mode_t rights)
     {
-        const std::size_t slash = path.rfind('/');
-        const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
-        const int handle = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        if (handle < 0) {
+        int handle = -1;
+        do {
+            handle = open(path.c_str(), flags, rights);
+        } while (handle < 0 && errno == EINTR);
+        return handle;
+    }
+
+    /// The rights of an ordinary file; false where there is none.
+    bool findRights(const std::string& path, mode_t& rights)
+    {
+        struct stat status;
+        if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
             return false;
         }
-        // Some file systems cannot sync a folder and say so; they have no later moment either.
-        const bool done = fsync(handle) == 0 || errno == EINVAL;
-        close(handle);
-        return done;
+        rights = status.st_mode & 0777;
+        return true;
+    }
+
+    std::string folderOf(const std::string& path)
+    {
+        const std::size_t slash = path.rfind('/');
+        return slash == std::string::npos ? "." : path.substr(0, slash + 1);
     }
 
 } // namespace
@@ -65,7 +94,11 @@ File& File::operator=(File&& other) noexcept
 bool File::Open(std::u16string_view path, EFileMode mode)
 {
     Close();
-    m_handle = open(ToUtf8(path).c_str(), openFlags(mode), 0666);
+    std::string native;
+    if (!toNative(path, native)) {
+        return false;
+    }
+    m_handle = openFile(native, openFlags(mode), kUsualRights);
     if (m_handle != kNoHandle && mode == eFM_Read) {
         // A folder opens well and fails at the first read; say so at once.
         struct stat status;
@@ -74,6 +107,22 @@ bool File::Open(std::u16string_view path, EFileMode mode)
             errno = EISDIR;
         }
     }
+    return IsOpen();
+}
+
+bool File::CreateFor(std::u16string_view path, std::u16string_view target, bool& taken)
+{
+    Close();
+    taken = false;
+    std::string native;
+    std::string nativeTarget;
+    if (!toNative(path, native) || !toNative(target, nativeTarget)) {
+        return false;
+    }
+    mode_t rights = kUsualRights;
+    findRights(nativeTarget, rights);
+    m_handle = openFile(native, openFlags(eFM_CreateNew), rights);
+    taken = !IsOpen() && errno == EEXIST;
     return IsOpen();
 }
 
@@ -100,9 +149,12 @@ bool File::Write(const void* data, std::size_t size)
     const char* next = static_cast<const char*>(data);
     while (size > 0) {
         const ssize_t put = write(descriptor(m_handle), next, size);
-        if (put >= 0) {
+        if (put > 0) {
             next += put;
             size -= static_cast<std::size_t>(put);
+        } else if (put == 0) {
+            errno = EIO; // a device that takes nothing would be asked for ever
+            return false;
         } else if (errno != EINTR) {
             return false;
         }
@@ -141,46 +193,108 @@ bool File::Close()
     return result == 0 || errno == EINTR;
 }
 
-bool ReplaceAtomically(std::u16string_view from, std::u16string_view to)
+EReplaceResult ReplaceAtomically(std::u16string_view from, std::u16string_view to)
 {
-    const std::string source = ToUtf8(from);
-    const std::string target = ToUtf8(to);
-    // Who could read the old file can read the new one, and nobody else.
-    struct stat old;
-    if (stat(target.c_str(), &old) == 0 && chmod(source.c_str(), old.st_mode & 07777) != 0) {
-        return false;
+    std::string source;
+    std::string target;
+    if (!toNative(from, source) || !toNative(to, target)) {
+        return eRR_Failed;
     }
-    return rename(source.c_str(), target.c_str()) == 0 && syncFolderOf(target);
+    mode_t rights = 0;
+    if (findRights(target, rights)) {
+        if (chmod(source.c_str(), rights) != 0) {
+            return eRR_Failed;
+        }
+    } else if (access(target.c_str(), F_OK) == 0) {
+        errno = EEXIST; // a device or a folder is no document, and stays
+        return eRR_Failed;
+    }
+    // Opened first, so that a folder which cannot be found leaves the old file.
+    const int folder = openFile(folderOf(target), O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0);
+    if (folder < 0 && errno != EACCES) {
+        return eRR_Failed;
+    }
+    EReplaceResult result = eRR_Failed;
+    if (rename(source.c_str(), target.c_str()) == 0) {
+        // Some file systems cannot sync a folder and say EINVAL; they have no later moment either.
+        const bool synced = folder < 0 || fsync(folder) == 0 || errno == EINVAL;
+        result = synced ? eRR_Durable : eRR_Replaced;
+    }
+    if (folder >= 0) {
+        const int failure = errno;
+        close(folder);
+        errno = failure;
+    }
+    return result;
 }
 
-bool RemovePath(std::u16string_view path) { return std::remove(ToUtf8(path).c_str()) == 0; }
+std::u16string ResolveLinks(std::u16string_view path)
+{
+    const std::string name = ToUtf8(path);
+    struct stat status;
+    if (lstat(name.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) {
+        return std::u16string(path);
+    }
+    char* resolved = realpath(name.c_str(), nullptr);
+    if (resolved == nullptr) {
+        return std::u16string(path);
+    }
+    std::u16string result = FromUtf8(resolved);
+    std::free(resolved);
+    return result;
+}
 
-bool PathExists(std::u16string_view path) { return access(ToUtf8(path).c_str(), F_OK) == 0; }
+bool RemovePath(std::u16string_view path)
+{
+    std::string native;
+    return toNative(path, native) && std::remove(native.c_str()) == 0;
+}
+
+bool PathExists(std::u16string_view path)
+{
+    std::string native;
+    return toNative(path, native) && access(native.c_str(), F_OK) == 0;
+}
 
 bool MakeFolder(std::u16string_view path)
 {
-    return mkdir(ToUtf8(path).c_str(), 0777) == 0 || errno == EEXIST;
+    std::string native;
+    if (!toNative(path, native)) {
+        return false;
+    }
+    if (mkdir(native.c_str(), 0777) == 0) {
+        return true;
+    }
+    const int failure = errno;
+    struct stat status;
+    const bool isFolder = stat(native.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+    errno = failure;
+    return failure == EEXIST && isFolder;
 }
 
 bool ListFolder(std::u16string_view path, std::vector<std::u16string>& names)
 {
     names.clear();
-    DIR* folder = opendir(ToUtf8(path).c_str());
+    std::string native;
+    if (!toNative(path, native)) {
+        return false;
+    }
+    const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(native.c_str()), closedir);
     if (folder == nullptr) {
         return false;
     }
-    errno = 0;
-    while (const dirent* entry = readdir(folder)) {
+    // readdir tells the end from a failure by errno alone.
+    for (errno = 0; const dirent* entry = readdir(folder.get()); errno = 0) {
         const std::string_view name = entry->d_name;
         if (name != "." && name != "..") {
             names.push_back(FromUtf8(name));
         }
     }
-    const int failure = errno;
-    closedir(folder);
+    if (errno != 0) {
+        return false;
+    }
     std::sort(names.begin(), names.end());
-    errno = failure;
-    return failure == 0;
+    return true;
 }
 
 } // namespace platform

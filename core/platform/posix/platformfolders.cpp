@@ -28,8 +28,11 @@ namespace {
     {
         std::string home = absoluteFromEnvironment("HOME");
         if (home.empty()) {
-            const passwd* user = getpwuid(getuid());
-            home = user != nullptr ? user->pw_dir : "/";
+            passwd user{};
+            passwd* found = nullptr;
+            char texts[4096];
+            getpwuid_r(getuid(), &user, texts, sizeof(texts), &found);
+            home = found != nullptr ? user.pw_dir : "/";
         }
         return home;
     }

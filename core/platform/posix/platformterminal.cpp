@@ -20,9 +20,9 @@ bool WriteStandard(EStandardStream stream, std::string_view text)
 {
     while (!text.empty()) {
         const ssize_t put = write(stream, text.data(), text.size());
-        if (put >= 0) {
+        if (put > 0) {
             text.remove_prefix(static_cast<std::size_t>(put));
-        } else if (errno != EINTR) {
+        } else if (put == 0 || errno != EINTR) {
             return false;
         }
     }

@@ -23,18 +23,25 @@ TaStreamFileBase::TaStreamFileBase(const CString& path, EOpenMode mode)
 TaStreamFileBase::~TaStreamFileBase() { discard(); }
 
 /// Two programs, or two streams of one, may save the same path at once: each needs a name of its
-/// own, and takes the first that is free.
+/// own, and takes the first that is free. The file's own name is cut in it, for a name with an
+/// ending more may be too long.
 void TaStreamFileBase::openTemporary()
 {
+    constexpr std::size_t kMostOfName = 40;
+
+    m_target = platform::ResolveLinks(m_path);
+    const std::size_t slash = m_target.GetView().find_last_of(u"/\\");
+    const std::size_t name = slash == CString::npos ? 0 : slash + 1;
+    const CString stem = m_target.Left(name + kMostOfName) + u".tmp";
     for (unsigned int number = 0;; ++number) {
-        m_temporaryPath = m_path + u".tmp" + CString::FromUtf8(std::to_string(number));
-        if (m_file.Open(m_temporaryPath, platform::eFM_CreateNew)) {
+        m_temporaryPath = stem + CString::FromUtf8(std::to_string(number));
+        bool taken = false;
+        if (m_file.CreateFor(m_temporaryPath, m_target, taken)) {
             return;
         }
-        const CString failure = describeFailure(u"create a temporary file beside");
-        if (!platform::PathExists(m_temporaryPath)) {
+        if (!taken) {
             m_temporaryPath.Empty();
-            throw TuExceptionStream(TU_HERE, failure);
+            throw TuExceptionStream(TU_HERE, describeFailure(u"create a temporary file beside"));
         }
     }
 }
@@ -115,12 +122,16 @@ void TaStreamFileBase::closeFileAtDestruction(std::size_t used) noexcept
     }
 }
 
-void TaStreamFileBase::commit(std::size_t used)
+void TaStreamFileBase::checkCommittable() const
 {
     if (m_temporaryPath.IsEmpty() || !IsOpen()) {
         throw TuExceptionPreconditionViolation(
             TU_HERE, u"a file is committed once, and only when it was opened in safe mode");
     }
+}
+
+void TaStreamFileBase::commit(std::size_t used)
+{
     try {
         writeOut(m_buffer.get(), used);
         if (!m_file.Sync()) {
@@ -129,14 +140,20 @@ void TaStreamFileBase::commit(std::size_t used)
         if (!m_file.Close()) {
             failWriting(u"close");
         }
-        if (!platform::ReplaceAtomically(m_temporaryPath, m_path)) {
+        const platform::EReplaceResult result
+            = platform::ReplaceAtomically(m_temporaryPath, m_target);
+        if (result == platform::eRR_Failed) {
             failWriting(u"replace");
+        }
+        // The name may be another stream's from now on.
+        m_temporaryPath.Empty();
+        if (result != platform::eRR_Durable) {
+            failWriting(u"sync the folder of");
         }
     } catch (...) {
         discard();
         throw;
     }
-    m_temporaryPath.Empty();
 }
 
 void TaStreamFileBase::discard() noexcept

@@ -56,6 +56,8 @@ protected:
     /// For destructors: closeFile() whose error, unless it has been thrown before, goes to the
     /// diagnostic trace.
     void closeFileAtDestruction(std::size_t used) noexcept;
+    /// Throws TuExceptionPreconditionViolation unless commit() may be called: once, in safe mode.
+    void checkCommittable() const;
     /// Writes out, syncs, closes and puts the temporary file in the place of the old one. When this
     /// throws, the temporary file is gone; the old file stays, unless only the last step, making
     /// the change of the folder durable, has failed.
@@ -70,6 +72,7 @@ private:
     [[noreturn]] void failWriting(const CString& verb);
 
     CString m_path;
+    CString m_target; // in safe mode: the file behind the path, which may be a link
     CString m_temporaryPath; // empty where the path itself is written
     platform::File m_file;
     std::unique_ptr<unsigned char[]> m_buffer;

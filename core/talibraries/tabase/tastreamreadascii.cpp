@@ -73,6 +73,7 @@ TuStreamRead& TaStreamReadASCII::operator>>(CStringA& line)
 
 TuStreamRead& TaStreamReadASCII::operator>>(CString& line)
 {
+    line.Empty();
     CStringA narrow;
     *this >> narrow;
     line = CString::FromCodePage(narrow);

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <limits>
 
 TU_DEFINE_RTTI(TaStreamWriteBinaryBuffer, TuStreamWriteBinary, nullptr, nullptr);
@@ -27,6 +28,11 @@ void TaStreamWriteBinaryBuffer::write(const void* data, unsigned long long size)
     if (size > std::numeric_limits<std::size_t>::max() / 4 - used) {
         throw TuExceptionOutOfMemory(TU_HERE);
     }
+    // What is written may be a part of what was written before, and moves with it.
+    const auto* bytes = static_cast<const unsigned char*>(data);
+    const bool isOwn = std::greater_equal<>()(bytes, m_bytes)
+        && std::less<>()(bytes, static_cast<const unsigned char*>(getWindow()));
+    const std::ptrdiff_t offset = isOwn ? bytes - m_bytes : 0;
     const std::size_t wanted = used + static_cast<std::size_t>(size);
     if (wanted > capacity) {
         // Doubling makes the cost of growing linear in the bytes written.
@@ -34,7 +40,7 @@ void TaStreamWriteBinaryBuffer::write(const void* data, unsigned long long size)
         reserve(std::max({ wanted, capacity * 2, kFirstCapacity }));
     }
     if (size != 0) {
-        std::memcpy(getWindow(), data, static_cast<std::size_t>(size));
+        std::memcpy(getWindow(), isOwn ? m_bytes + offset : bytes, static_cast<std::size_t>(size));
     }
     setWindow(getWindow() + size, getWindowEnd());
 }

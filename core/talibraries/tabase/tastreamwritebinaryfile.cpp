@@ -10,7 +10,11 @@ TaStreamWriteBinaryFile::TaStreamWriteBinaryFile(const CString& path, EMode mode
 
 TaStreamWriteBinaryFile::~TaStreamWriteBinaryFile() { closeFileAtDestruction(takeUsed()); }
 
-void TaStreamWriteBinaryFile::Commit() { commit(takeUsed()); }
+void TaStreamWriteBinaryFile::Commit()
+{
+    checkCommittable();
+    commit(takeUsed());
+}
 
 void TaStreamWriteBinaryFile::Close() { closeFile(takeUsed()); }
 

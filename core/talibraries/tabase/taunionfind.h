@@ -22,7 +22,7 @@
 ///
 /// Threads: as a standard container: many readers, or one writer.
 /// Failure: TuExceptionOutOfMemory when elements are made, TuExceptionPreconditionViolation for
-///          2^32 of them or more. Elements are not checked against the count, except by the
+///          more than 2^32 - 2 of them. Elements are not checked against the count, except by the
 ///          assertions of a debug build.
 class TABASE_API TaUnionFind
 {
