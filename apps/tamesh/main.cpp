@@ -1,3 +1,4 @@
+#include "platform/platformterminal.h"
 #include "tamesh/commands.h"
 
 #include <CLI/CLI.hpp>
@@ -74,6 +75,7 @@ int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
+    platform::SecureStandardStreams();
     try {
         return run(argc, argv);
     } catch (const std::exception& failure) {

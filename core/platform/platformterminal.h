@@ -12,6 +12,11 @@ enum EStandardStream
     eSS_Error = 2,
 };
 
+/// Opens standard input, output and error where the program was started without them: the next file
+/// it opens would take their place, and get all that is written to them. They stay as good as
+/// closed: reading the one and writing the others fails. To be called before any file is opened.
+PLATFORM_API void SecureStandardStreams();
+
 /// Whether a person looks at this stream, not a file or a pipe.
 PLATFORM_API bool IsTerminal(EStandardStream stream);
 
