@@ -2,6 +2,7 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -17,6 +18,8 @@ void SecureStandardStreams()
         }
     }
 }
+
+void SurviveClosedPipes() { signal(SIGPIPE, SIG_IGN); }
 
 bool IsTerminal(EStandardStream stream) { return isatty(stream) == 1; }
 
