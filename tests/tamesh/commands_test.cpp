@@ -62,6 +62,18 @@ TEST_F(CommandsTest, WhatCannotBeReadIsReportedByItsName)
         << m_console.error;
 }
 
+TEST_F(CommandsTest, ANameThatIsNoTextIsNotTakenForAnother)
+{
+    m_folder.WriteAll("a.off", kTetrahedron);
+    const std::string report = ": the name is not valid in the system's code page\n";
+    EXPECT_EQ(PackMesh(m_console, name("a.off"), name("") + "\xFF.tadoc"), eEC_Failed);
+    EXPECT_EQ(m_console.error, name("") + "\xFF.tadoc" + report);
+    EXPECT_EQ(ShowMeshes(m_console, { "\xFF.off" }), eEC_Failed);
+    EXPECT_TRUE(m_console.error.ends_with("\n\xFF.off" + report)) << m_console.error;
+    const auto files = std::filesystem::directory_iterator(m_folder.GetPath(""));
+    EXPECT_EQ(std::distance(begin(files), end(files)), 1);
+}
+
 TEST_F(CommandsTest, ADamagedDocumentIsReportedByClassAndPlace)
 {
     m_folder.WriteAll("a.off", kTetrahedron);
