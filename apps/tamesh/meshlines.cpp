@@ -21,6 +21,12 @@ namespace {
 
 } // namespace
 
+std::string_view WithoutByteOrderMark(std::string_view text)
+{
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    return text.substr(text.starts_with(kMark) ? kMark.size() : 0);
+}
+
 MeshLines::MeshLines(const SMeshInput& input, std::string_view begun)
     : m_input(input)
     , m_end(std::min(begun.size(), m_buffer.size()))
@@ -37,6 +43,9 @@ bool MeshLines::readLine()
     }
     *this >> m_line;
     m_view = m_line;
+    if (m_number == 0) {
+        m_view = WithoutByteOrderMark(m_view);
+    }
     if (m_view.empty() && IsEndOfStream()) {
         return false; // what looks like a last, empty line is the end behind a line end
     }

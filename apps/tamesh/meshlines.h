@@ -10,6 +10,9 @@
 
 namespace tamesh {
 
+/// Some programs begin every text with a byte order mark, though UTF-8 needs none.
+std::string_view WithoutByteOrderMark(std::string_view text);
+
 /// The lines of a text mesh, with their numbers.
 ///
 /// It supplies the library's text reader with bytes and makes one LF of each line end, be it LF,

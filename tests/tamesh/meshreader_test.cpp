@@ -75,6 +75,10 @@ INSTANTIATE_TEST_SUITE_P(Forms, MeshReaderGoodInputTest,
         SGoodInput{ "a.stl",
             "  SOLID # 1\r\n\r\n\tFacet Normal 0 0 1\nOUTER LOOP\nVertex 0 0 0\n"
             "vertex 1.5 0 0\nvertex 0 -2 1e-3\nENDLOOP\nEndFacet\nendsolid # 1" },
+        // a byte order mark
+        SGoodInput{ "a.off", "\xEF\xBB\xBFOFF 3 1\n0 0 0\n1.5 0 0\n0 -2 0.001\n3 0 1 2\n" },
+        SGoodInput{ "a.obj", "\xEF\xBB\xBFv 0 0 0\nv 1.5 0 0\nv 0 -2 0.001\nf 1 2 3\n" },
+        SGoodInput{ "a.stl", "\xEF\xBB\xBFsolid\n" + kFacet + "endsolid\n" },
         SGoodInput{ "a.stl", "solid a\n" + kFacet + "endsolid a\nsolid b\nendsolid b\n" }));
 
 TEST(MeshReaderTest, TakesPolygonsOfAnySizeAndKeepsTheirOrder)
