@@ -1,6 +1,7 @@
 #include "tamesh/files.h"
 
 #include "groundwork/tuexceptions.h"
+#include "tamesh/displaytext.h"
 #include "tamesh/meshfailure.h"
 
 #include <cstring>
@@ -79,7 +80,8 @@ std::string ReportFailure(const std::string& name, const std::exception& failure
     if (ours != nullptr && ours->GetFile() == u"core/talibraries/tabase/tastreamfilebase") {
         return name + ": " + withoutPath(ours->GetCauseText().ToCodePage(), name);
     }
-    return name + ": " + failure.what();
+    // A document decides on parts of it: the name of the class it claims to hold, for example.
+    return name + ": " + MakeDisplayText(failure.what());
 }
 
 } // namespace tamesh

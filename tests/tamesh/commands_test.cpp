@@ -1,6 +1,7 @@
 #include "tamesh/commands.h"
 
 #include "support/temporaryfolder.h"
+#include "tabase/tastreamwritebinarybuffer.h"
 #include "tamesh/fakeconsole.h"
 #include "tamesh/testinput.h"
 
@@ -86,6 +87,22 @@ TEST_F(CommandsTest, ADamagedDocumentIsReportedByClassAndPlace)
         m_console.error.starts_with(name("a.tadoc") + ": TuExceptionStream at apps/tamesh/"))
         << m_console.error;
     EXPECT_EQ(m_console.output, "");
+}
+
+TEST_F(CommandsTest, WhatADocumentSaysReachesNoTerminalUnchanged)
+{
+    m_folder.WriteAll("a.off", kTetrahedron);
+    ASSERT_EQ(PackMesh(m_console, name("a.off"), name("a.tadoc")), eEC_Done);
+    constexpr std::size_t kHeadSize = 16; // all before the name of the class
+    TaStreamWriteBinaryBuffer document;
+    document.WriteBuffer(m_folder.ReadAll("a.tadoc").data(), kHeadSize);
+    document << CString(u"\x1B[2J" + std::u16string(1000, u'x'));
+    m_folder.WriteAll(
+        "b.tadoc", { reinterpret_cast<const char*>(document.GetData()), document.GetSize() });
+    EXPECT_EQ(ShowDocuments(m_console, { name("b.tadoc") }), eEC_Failed);
+    EXPECT_NE(m_console.error.find("?[2Jxxx"), m_console.error.npos) << m_console.error;
+    EXPECT_EQ(m_console.error.find('\x1B'), m_console.error.npos);
+    EXPECT_LT(m_console.error.size(), 500u);
 }
 
 TEST_F(CommandsTest, AFullDiskBehindTheOutputIsAFailure)
