@@ -113,6 +113,28 @@ TEST_F(CommandsTest, AFullDiskBehindTheOutputIsAFailure)
     EXPECT_EQ(m_console.error, "standard output: cannot be written\n");
 }
 
+TEST_F(CommandsTest, EveryLongStepSaysHowFarItIs)
+{
+    m_console.pace = 1000;
+    const auto expectSteps = [this](std::initializer_list<const char*> steps) {
+        for (const char* step : steps) {
+            EXPECT_NE(m_console.error.find(step), std::string::npos) << step << " is missing in:\n"
+                                                                     << m_console.error;
+        }
+        m_console.error.clear();
+    };
+    const std::string mesh = name("a.off");
+    const std::string document = name("a.tadoc");
+    EXPECT_EQ(MakeMesh(m_console, eS_Terrain, 200, mesh), eEC_Done);
+    expectSteps({ "making", "writing" });
+    EXPECT_EQ(ShowMeshes(m_console, { mesh }), eEC_Done);
+    expectSteps({ "reading", "analysing" });
+    EXPECT_EQ(PackMesh(m_console, mesh, document), eEC_Done);
+    expectSteps({ "reading", "writing" });
+    EXPECT_EQ(ShowDocuments(m_console, { document }), eEC_Done);
+    expectSteps({ "reading", "analysing" });
+}
+
 TEST_F(CommandsTest, MakesTheSameFileAgain)
 {
     EXPECT_EQ(MakeMesh(m_console, eS_Terrain, 12, name("a.off")), eEC_Done);
