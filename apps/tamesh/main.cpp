@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 
 #include <map>
+#include <sstream>
 
 namespace {
 
@@ -17,6 +18,18 @@ CLI::Validator endingWith(const std::string& ending)
             return ends ? std::string() : "the name does not end in " + ending + ": " + name;
         },
         "FILE" + ending);
+}
+
+/// What --help and --version ask for.
+int answer(tamesh::IConsole& console, const CLI::App& app, const CLI::ParseError& question)
+{
+    std::ostringstream text;
+    app.exit(question, text, text);
+    if (console.WriteOutput(text.str())) {
+        return tamesh::eEC_Done;
+    }
+    console.WriteError("standard output: cannot be written\n");
+    return tamesh::eEC_Failed;
 }
 
 int run(int argc, char** argv)
@@ -64,7 +77,7 @@ int run(int argc, char** argv)
         return code;
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) {
-            return app.exit(error); // --help, --version
+            return answer(console, app, error);
         }
         console.WriteError("tamesh: " + std::string(error.what()) + "\n\n" + app.help());
         return eEC_WrongUsage;

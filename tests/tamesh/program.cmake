@@ -60,9 +60,17 @@ expect_missing(torus2.off)
 expect(0 "${usage}|Usage: tamesh" "" --help)
 expect(0 "^tamesh [0-9.]+\n$" "" --version)
 
-# A pipe that nobody reads is a failure like another.
-execute_process(COMMAND sh -c "mkfifo pipe && exec 3<>pipe 4>pipe 3>&- && \"$1\" info good.off >&4"
-  tamesh ${TAMESH} WORKING_DIRECTORY ${FOLDER} RESULT_VARIABLE result ERROR_VARIABLE error)
-if(NOT result EQUAL 1 OR NOT error MATCHES "^standard output: cannot be written\n$")
-  message(SEND_ERROR "closed pipe: exit code ${result}\n${error}")
+# Words that do not arrive are a failure: a pipe that nobody reads, a full disk.
+function(expect_lost command)
+  execute_process(COMMAND sh -c "${command}" tamesh ${TAMESH} WORKING_DIRECTORY ${FOLDER}
+    RESULT_VARIABLE result ERROR_VARIABLE error)
+  if(NOT result EQUAL 1 OR NOT error MATCHES "^standard output: cannot be written\n$")
+    message(SEND_ERROR "${command}: exit code ${result}\n${error}")
+  endif()
+endfunction()
+
+expect_lost("mkfifo pipe && exec 3<>pipe 4>pipe 3>&- && \"$1\" info good.off >&4")
+if(EXISTS /dev/full)
+  expect_lost("\"$1\" --version >/dev/full")
+  expect_lost("\"$1\" make --help >/dev/full")
 endif()
