@@ -79,7 +79,12 @@ int run(int argc, char** argv)
         if (error.get_exit_code() == 0) {
             return answer(console, app, error);
         }
-        console.WriteError("tamesh: " + std::string(error.what()) + "\n\n" + app.help());
+        // A word that is no subcommand is left over, and the parser then only misses a subcommand.
+        const std::vector<std::string> surplus = app.remaining();
+        const std::string reason = app.get_subcommands().empty() && !surplus.empty()
+            ? "there is no subcommand or option " + surplus.front()
+            : std::string(error.what());
+        console.WriteError("tamesh: " + reason + "\n\n" + app.help());
         return eEC_WrongUsage;
     }
 }

@@ -49,7 +49,7 @@ endforeach()
 
 set(usage "\nUsage: tamesh")
 expect(2 "" "${usage}")
-expect(2 "" "${usage}" fly)
+expect(2 "" "^tamesh: there is no subcommand or option fly\n.*${usage}" fly)
 expect(2 "" "${usage} info" info)
 expect(2 "" "${usage} pack" pack good.off)
 expect(2 "" "${usage} pack" pack good.off -o good.off)
