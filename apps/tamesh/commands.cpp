@@ -31,7 +31,10 @@ namespace {
         IConsole& console, const std::string& name, std::string_view kind, const Mesh& mesh)
     {
         std::string text = name + " (" + std::string(kind) + ")\n";
-        text += FormatFigures(AnalyseMesh(mesh));
+        {
+            Progress progress(console, "analysing " + name, GetAnalysisSteps(mesh));
+            text += FormatFigures(AnalyseMesh(mesh, &progress));
+        }
         if (!console.WriteOutput(text)) {
             throw MeshFailure(TU_HERE, "standard output", 0, "cannot be written");
         }
@@ -71,17 +74,31 @@ namespace {
         return code;
     }
 
-    Mesh makeShape(EShape shape, std::uint32_t resolution)
+    /// Vertices and faces.
+    std::uint64_t countElements(EShape shape, std::uint64_t n)
     {
         switch (shape) {
         case eS_Terrain:
-            return MakeTerrain(resolution);
+            return (n + 1) * (n + 1) + 2 * n * n;
         case eS_Torus:
-            return MakeTorus(resolution);
+            return 2 * n * n;
         case eS_Sphere:
             break;
         }
-        return MakeSphere(resolution);
+        return 4 * n * n + 2 + 8 * n * n;
+    }
+
+    Mesh makeShape(EShape shape, std::uint32_t resolution, Progress& progress)
+    {
+        switch (shape) {
+        case eS_Terrain:
+            return MakeTerrain(resolution, &progress);
+        case eS_Torus:
+            return MakeTorus(resolution, &progress);
+        case eS_Sphere:
+            break;
+        }
+        return MakeSphere(resolution, &progress);
     }
 
 } // namespace
@@ -123,9 +140,12 @@ EExitCode MakeMesh(
     IConsole& console, EShape shape, std::uint32_t resolution, const std::string& meshFile)
 {
     return guard(console, meshFile, [&] {
-        const Mesh mesh = makeShape(shape, resolution);
-        Progress progress(console, "writing " + meshFile,
-            std::uint64_t{ mesh.GetVertexCount() } + mesh.GetFaceCount());
+        const std::uint64_t elements = countElements(shape, resolution);
+        const Mesh mesh = [&] {
+            Progress progress(console, "making " + meshFile, elements);
+            return makeShape(shape, resolution, progress);
+        }();
+        Progress progress(console, "writing " + meshFile, elements);
         OutputFile file(meshFile);
         OutputText text(file);
         WriteOFF(text, mesh, &progress);

@@ -1,6 +1,7 @@
 #include "tamesh/files.h"
 
 #include "groundwork/tuexceptions.h"
+#include "tamesh/displaytext.h"
 #include "tamesh/meshfailure.h"
 
 #include <cstring>
@@ -13,10 +14,20 @@ namespace tamesh {
 
 namespace {
 
+    /// Paths are texts to the library. A name that is none would come back as that of another file.
+    CString pathOf(const std::string& name)
+    {
+        CString path = CString::FromCodePage(name);
+        if (path.ToCodePage() != name) {
+            throw MeshFailure(TU_HERE, name, 0, "the name is not valid in the system's code page");
+        }
+        return path;
+    }
+
     /// Pipes and devices have no size, which tells the forms of STL apart.
     std::uint64_t findSize(const std::string& name)
     {
-        const std::filesystem::path path(CString::FromCodePage(name).GetView());
+        const std::filesystem::path path(pathOf(name).GetView());
         std::error_code error;
         const std::filesystem::file_status status = std::filesystem::status(path, error);
         if (!std::filesystem::exists(status)) {
@@ -43,12 +54,12 @@ namespace {
 
 InputFile::InputFile(const std::string& name)
     : m_size(findSize(name))
-    , m_stream(CString::FromCodePage(name))
+    , m_stream(pathOf(name))
 {
 }
 
 OutputFile::OutputFile(const std::string& name)
-    : m_stream(CString::FromCodePage(name), TaStreamWriteBinaryFile::eWM_Safe)
+    : m_stream(pathOf(name), TaStreamWriteBinaryFile::eWM_Safe)
 {
 }
 
@@ -69,7 +80,8 @@ std::string ReportFailure(const std::string& name, const std::exception& failure
     if (ours != nullptr && ours->GetFile() == u"core/talibraries/tabase/tastreamfilebase") {
         return name + ": " + withoutPath(ours->GetCauseText().ToCodePage(), name);
     }
-    return name + ": " + failure.what();
+    // A document decides on parts of it: the name of the class it claims to hold, for example.
+    return name + ": " + MakeDisplayText(failure.what());
 }
 
 } // namespace tamesh

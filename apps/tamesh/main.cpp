@@ -1,8 +1,10 @@
+#include "platform/platformterminal.h"
 #include "tamesh/commands.h"
 
 #include <CLI/CLI.hpp>
 
 #include <map>
+#include <sstream>
 
 namespace {
 
@@ -16,6 +18,18 @@ CLI::Validator endingWith(const std::string& ending)
             return ends ? std::string() : "the name does not end in " + ending + ": " + name;
         },
         "FILE" + ending);
+}
+
+/// What --help and --version ask for.
+int answer(tamesh::IConsole& console, const CLI::App& app, const CLI::ParseError& question)
+{
+    std::ostringstream text;
+    app.exit(question, text, text);
+    if (console.WriteOutput(text.str())) {
+        return tamesh::eEC_Done;
+    }
+    console.WriteError("standard output: cannot be written\n");
+    return tamesh::eEC_Failed;
 }
 
 int run(int argc, char** argv)
@@ -63,9 +77,14 @@ int run(int argc, char** argv)
         return code;
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) {
-            return app.exit(error); // --help, --version
+            return answer(console, app, error);
         }
-        console.WriteError("tamesh: " + std::string(error.what()) + "\n\n" + app.help());
+        // A word that is no subcommand is left over, and the parser then only misses a subcommand.
+        const std::vector<std::string> surplus = app.remaining();
+        const std::string reason = app.get_subcommands().empty() && !surplus.empty()
+            ? "there is no subcommand or option " + surplus.front()
+            : std::string(error.what());
+        console.WriteError("tamesh: " + reason + "\n\n" + app.help());
         return eEC_WrongUsage;
     }
 }
@@ -74,6 +93,8 @@ int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
+    platform::SecureStandardStreams();
+    platform::SurviveClosedPipes();
     try {
         return run(argc, argv);
     } catch (const std::exception& failure) {

@@ -2,46 +2,74 @@
 
 #include "groundwork/tustreamwriteasciistring.h"
 #include "tabase/taunionfind.h"
+#include "tamesh/progress.h"
 
 #include <algorithm>
+#include <numeric>
 #include <vector>
 
 namespace tamesh {
 
 namespace {
 
-    /// Both directions of an edge give the same number.
-    std::uint64_t edgeKey(std::uint32_t a, std::uint32_t b)
+    /// Calls take(smaller, larger) for each side of each face whose ends are different vertices.
+    template <class Take> void forEachSide(const Mesh& mesh, ProgressSteps& steps, Take&& take)
     {
-        return (std::uint64_t{ std::min(a, b) } << 32) | std::max(a, b);
-    }
-
-    void countEdges(const Mesh& mesh, SMeshFigures& figures)
-    {
-        std::vector<std::uint64_t> sides;
-        sides.reserve(mesh.GetCornerCount());
         for (std::uint32_t i = 0; i < mesh.GetFaceCount(); ++i) {
             const std::span<const std::uint32_t> face = mesh.GetFace(i);
             std::uint32_t previous = face.back();
             for (const std::uint32_t corner : face) {
                 if (corner != previous) {
-                    sides.push_back(edgeKey(previous, corner));
+                    take(std::min(corner, previous), std::max(corner, previous));
                 }
                 previous = corner;
             }
-        }
-        std::sort(sides.begin(), sides.end());
-        for (auto side = sides.begin(); side != sides.end();) {
-            const auto next = std::find_if(
-                side, sides.end(), [key = *side](std::uint64_t other) { return other != key; });
-            ++figures.edges;
-            figures.boundaryEdges += next - side == 1;
-            figures.nonManifoldEdges += next - side > 2;
-            side = next;
+            steps.Advance();
         }
     }
 
-    void countComponents(const Mesh& mesh, SMeshFigures& figures)
+    /// All sides by their smaller end: those of vertex i have their larger ends from begins[i] to
+    /// begins[i + 1].
+    struct SSides
+    {
+        std::vector<std::uint32_t> begins;
+        std::vector<std::uint32_t> largerEnds;
+    };
+
+    SSides collectSides(const Mesh& mesh, ProgressSteps& steps)
+    {
+        SSides sides;
+        sides.begins.resize(std::size_t{ mesh.GetVertexCount() } + 1);
+        forEachSide(
+            mesh, steps, [&](std::uint32_t smaller, std::uint32_t) { ++sides.begins[smaller]; });
+        std::partial_sum(sides.begins.begin(), sides.begins.end(), sides.begins.begin());
+        // Each begin stands at its end now, and moves to its place while the sides are put in.
+        sides.largerEnds.resize(sides.begins.back());
+        forEachSide(mesh, steps, [&](std::uint32_t smaller, std::uint32_t larger) {
+            sides.largerEnds[--sides.begins[smaller]] = larger;
+        });
+        return sides;
+    }
+
+    void countEdges(const Mesh& mesh, SMeshFigures& figures, ProgressSteps& steps)
+    {
+        SSides sides = collectSides(mesh, steps);
+        for (std::uint32_t i = 0; i < mesh.GetVertexCount(); ++i) {
+            auto side = sides.largerEnds.begin() + sides.begins[i];
+            const auto end = sides.largerEnds.begin() + sides.begins[i + 1];
+            std::sort(side, end);
+            while (side != end) {
+                const auto next = std::upper_bound(side, end, *side);
+                ++figures.edges;
+                figures.boundaryEdges += next - side == 1;
+                figures.nonManifoldEdges += next - side > 2;
+                side = next;
+            }
+            steps.Advance();
+        }
+    }
+
+    void countComponents(const Mesh& mesh, SMeshFigures& figures, ProgressSteps& steps)
     {
         TaUnionFind sets(mesh.GetVertexCount());
         std::vector<bool> used(mesh.GetVertexCount());
@@ -51,13 +79,14 @@ namespace {
                 sets.AddPair(face.front(), corner);
                 used[corner] = true;
             }
+            steps.Advance();
         }
         figures.components = sets.CreateSetNumbers();
         figures.isolatedVertices
             = static_cast<std::uint64_t>(std::count(used.begin(), used.end(), false));
     }
 
-    void countDegenerateFaces(const Mesh& mesh, SMeshFigures& figures)
+    void countDegenerateFaces(const Mesh& mesh, SMeshFigures& figures, ProgressSteps& steps)
     {
         std::vector<std::uint32_t> sorted;
         for (std::uint32_t i = 0; i < mesh.GetFaceCount(); ++i) {
@@ -67,6 +96,7 @@ namespace {
             if (std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end()) {
                 ++figures.degenerateFaces;
             }
+            steps.Advance();
         }
     }
 
@@ -108,14 +138,21 @@ namespace {
 
 } // namespace
 
-SMeshFigures AnalyseMesh(const Mesh& mesh)
+std::uint64_t GetAnalysisSteps(const Mesh& mesh)
 {
+    constexpr std::uint64_t kWalks = 4; // over all faces
+    return kWalks * mesh.GetFaceCount() + mesh.GetVertexCount();
+}
+
+SMeshFigures AnalyseMesh(const Mesh& mesh, Progress* progress)
+{
+    ProgressSteps steps(progress);
     SMeshFigures figures;
     figures.vertices = mesh.GetVertexCount();
     figures.faces = mesh.GetFaceCount();
-    countEdges(mesh, figures);
-    countDegenerateFaces(mesh, figures);
-    countComponents(mesh, figures);
+    countEdges(mesh, figures, steps);
+    countDegenerateFaces(mesh, figures, steps);
+    countComponents(mesh, figures, steps);
     figures.eulerCharacteristic = static_cast<std::int64_t>(figures.vertices)
         - static_cast<std::int64_t>(figures.edges) + static_cast<std::int64_t>(figures.faces);
     findBounds(mesh, figures);

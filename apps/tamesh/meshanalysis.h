@@ -7,6 +7,8 @@
 
 namespace tamesh {
 
+class Progress;
+
 /// The figures of a mesh.
 struct SMeshFigures
 {
@@ -27,7 +29,9 @@ struct SMeshFigures
 };
 
 /// In n log n steps.
-SMeshFigures AnalyseMesh(const Mesh& mesh);
+SMeshFigures AnalyseMesh(const Mesh& mesh, Progress* progress = nullptr);
+/// What the progress comes to.
+std::uint64_t GetAnalysisSteps(const Mesh& mesh);
 
 /// A line per figure, in a form that scripts can rely on: two blanks, the name, the value.
 std::string FormatFigures(const SMeshFigures& figures);

@@ -1,5 +1,7 @@
 #include "tamesh/meshgenerator.h"
 
+#include "tamesh/progress.h"
+
 #include <cmath>
 #include <numbers>
 
@@ -174,9 +176,16 @@ namespace {
         }
     }
 
+    void report(Progress* progress, const Mesh& mesh)
+    {
+        if (progress != nullptr) {
+            progress->Advance(std::uint64_t{ mesh.GetVertexCount() } + mesh.GetFaceCount());
+        }
+    }
+
 } // namespace
 
-Mesh MakeTerrain(std::uint32_t resolution)
+Mesh MakeTerrain(std::uint32_t resolution, Progress* progress)
 {
     Mesh mesh;
     for (std::uint32_t row = 0; row <= resolution; ++row) {
@@ -184,6 +193,7 @@ Mesh MakeTerrain(std::uint32_t resolution)
             mesh.AddVertex(roundPoint(static_cast<double>(column) / resolution,
                 static_cast<double>(row) / resolution, terrainHeight(column, row, resolution)));
         }
+        report(progress, mesh);
     }
     const std::uint32_t width = resolution + 1;
     for (std::uint32_t row = 0; row < resolution; ++row) {
@@ -192,11 +202,12 @@ Mesh MakeTerrain(std::uint32_t resolution)
             mesh.AddFace({ corner, corner + 1, corner + width + 1 });
             mesh.AddFace({ corner, corner + width + 1, corner + width });
         }
+        report(progress, mesh);
     }
     return mesh;
 }
 
-Mesh MakeTorus(std::uint32_t resolution)
+Mesh MakeTorus(std::uint32_t resolution, Progress* progress)
 {
     constexpr double kTubeRadius = 0.4;
     Mesh mesh;
@@ -208,6 +219,7 @@ Mesh MakeTorus(std::uint32_t resolution)
             mesh.AddVertex(
                 roundPoint(radius * around.cosine, radius * around.sine, kTubeRadius * tube.sine));
         }
+        report(progress, mesh);
     }
     for (std::uint32_t ring = 0; ring < resolution; ++ring) {
         const std::uint32_t begin = ring * resolution;
@@ -216,11 +228,12 @@ Mesh MakeTorus(std::uint32_t resolution)
             const std::uint32_t next = (step + 1) % resolution;
             mesh.AddFace({ begin + step, nextBegin + step, nextBegin + next, begin + next });
         }
+        report(progress, mesh);
     }
     return mesh;
 }
 
-Mesh MakeSphere(std::uint32_t resolution)
+Mesh MakeSphere(std::uint32_t resolution, Progress* progress)
 {
     const SphereRings rings(resolution);
     Mesh mesh;
@@ -228,6 +241,7 @@ Mesh MakeSphere(std::uint32_t resolution)
         for (std::uint32_t position = 0; position < rings.GetSize(ring); ++position) {
             mesh.AddVertex(rings.GetPoint(ring, position));
         }
+        report(progress, mesh);
     }
     std::uint32_t begin = 0;
     for (std::uint32_t ring = 0; ring + 1 < rings.GetRingCount(); ++ring) {
@@ -238,6 +252,7 @@ Mesh MakeSphere(std::uint32_t resolution)
             addStrip(mesh, next, rings.GetSide(ring + 1), begin, false);
         }
         begin = next;
+        report(progress, mesh);
     }
     return mesh;
 }

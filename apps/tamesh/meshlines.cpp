@@ -21,6 +21,12 @@ namespace {
 
 } // namespace
 
+std::string_view WithoutByteOrderMark(std::string_view text)
+{
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    return text.substr(text.starts_with(kMark) ? kMark.size() : 0);
+}
+
 MeshLines::MeshLines(const SMeshInput& input, std::string_view begun)
     : m_input(input)
     , m_end(std::min(begun.size(), m_buffer.size()))
@@ -29,7 +35,7 @@ MeshLines::MeshLines(const SMeshInput& input, std::string_view begun)
     std::copy_n(begun.begin(), m_end, m_buffer.begin());
 }
 
-bool MeshLines::readLine()
+bool MeshLines::readLine(EComments comments)
 {
     if (IsEndOfStream()) {
         m_view = {};
@@ -37,26 +43,31 @@ bool MeshLines::readLine()
     }
     *this >> m_line;
     m_view = m_line;
+    if (m_readNumber == 0) {
+        m_view = WithoutByteOrderMark(m_view);
+    }
     if (m_view.empty() && IsEndOfStream()) {
         return false; // what looks like a last, empty line is the end behind a line end
     }
     if (m_view.ends_with('\n')) {
         m_view.remove_suffix(1);
     }
-    ++m_number;
+    m_view = trim(comments == eC_Hash ? m_view.substr(0, m_view.find('#')) : m_view);
+    ++m_readNumber;
     return true;
 }
 
 bool MeshLines::Next(EComments comments)
 {
-    while (readLine()) {
-        m_view = trim(comments == eC_Hash ? m_view.substr(0, m_view.find('#')) : m_view);
-        if (!m_view.empty()) {
-            return true;
-        }
-    }
-    return false;
+    bool more = true;
+    do {
+        more = readLine(comments);
+    } while (more && m_view.empty());
+    m_number = m_readNumber;
+    return more;
 }
+
+bool MeshLines::Continue(EComments comments) { return readLine(comments); }
 
 void MeshLines::Fail(std::string_view text) const
 {

@@ -7,18 +7,12 @@ namespace tamesh {
 
 void WriteOFF(TuStreamWriteASCII& stream, const Mesh& mesh, Progress* progress)
 {
-    constexpr std::uint32_t kElementsPerReport = 4096;
-    const auto report = [progress](std::uint64_t done) {
-        if (progress != nullptr && done % kElementsPerReport == 0) {
-            progress->Advance(done);
-        }
-    };
-
+    ProgressSteps steps(progress);
     stream << "OFF\n" << mesh.GetVertexCount() << " " << mesh.GetFaceCount() << " 0\n";
     for (std::uint32_t i = 0; i < mesh.GetVertexCount(); ++i) {
         const SPoint& point = mesh.GetVertex(i);
         stream << point.x << " " << point.y << " " << point.z << "\n";
-        report(i);
+        steps.Advance();
     }
     for (std::uint32_t i = 0; i < mesh.GetFaceCount(); ++i) {
         const std::span<const std::uint32_t> face = mesh.GetFace(i);
@@ -27,7 +21,7 @@ void WriteOFF(TuStreamWriteASCII& stream, const Mesh& mesh, Progress* progress)
             stream << " " << corner;
         }
         stream << "\n";
-        report(std::uint64_t{ mesh.GetVertexCount() } + i);
+        steps.Advance();
     }
 }
 

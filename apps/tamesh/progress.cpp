@@ -1,5 +1,7 @@
 #include "tamesh/progress.h"
 
+#include "tamesh/displaytext.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -57,13 +59,13 @@ void Progress::showBar(unsigned int percent)
 
     // One column stays free: some terminals go to the next line when the last one is filled.
     const std::size_t width = std::max<std::size_t>(m_console.GetErrorWidth(), 1) - 1;
-    const std::size_t taskLength
-        = std::min(m_task.size(), width > kAround + kNarrowest ? width - kAround - kNarrowest : 0);
+    const std::string_view task
+        = CutText(m_task, width > kAround + kNarrowest ? width - kAround - kNarrowest : 0);
     const std::size_t barWidth
-        = std::min(kWidest, width > kAround + taskLength ? width - kAround - taskLength : 0);
+        = std::min(kWidest, width > kAround + task.size() ? width - kAround - task.size() : 0);
     const std::size_t filled = barWidth * percent / 100;
 
-    std::string text = m_task.substr(0, taskLength);
+    std::string text(task);
     text.append(" [").append(filled, '#').append(barWidth - filled, ' ').append("] ");
     text.append(std::to_string(percent)).append(" %");
     const std::size_t length = text.size();

@@ -43,4 +43,28 @@ private:
     std::size_t m_barLength = 0; // in columns; 0 while no bar stands there
 };
 
+/// Counts the steps of a task and now and then tells its progress, where there is one. Cheap enough
+/// for every step.
+class ProgressSteps
+{
+public:
+    /// `progress` outlives the steps.
+    explicit ProgressSteps(Progress* progress)
+        : m_progress(progress)
+    {
+    }
+
+    void Advance()
+    {
+        constexpr std::uint64_t kStepsPerReport = 4096;
+        if (++m_done % kStepsPerReport == 0 && m_progress != nullptr) {
+            m_progress->Advance(m_done);
+        }
+    }
+
+private:
+    Progress* m_progress;
+    std::uint64_t m_done = 0;
+};
+
 } // namespace tamesh

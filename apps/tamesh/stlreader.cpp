@@ -32,6 +32,7 @@ namespace {
     bool startsAsText(std::string_view head)
     {
         constexpr std::string_view kKeyword = "solid";
+        head = WithoutByteOrderMark(head);
         const std::size_t begin = head.find_first_not_of(" \t\r\n");
         return begin != head.npos
             && equalsWithoutCase(head.substr(begin, kKeyword.size()), kKeyword)

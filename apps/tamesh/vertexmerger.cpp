@@ -3,23 +3,86 @@
 #include <algorithm>
 #include <bit>
 #include <limits>
+#include <random>
 
 namespace tamesh {
 
 namespace {
 
-    std::uint64_t mix(std::uint64_t value)
+    /// Differs in every run, so that nobody can make a file whose positions all meet in one slot.
+    struct SKey
     {
-        value = (value ^ (value >> 32)) * 0xD6E8FEB86659FD93u;
-        value = (value ^ (value >> 32)) * 0xD6E8FEB86659FD93u;
-        return value ^ (value >> 32);
+        std::uint64_t first;
+        std::uint64_t second;
+    };
+
+    SKey makeKey()
+    {
+        std::random_device random;
+        const auto draw = [&random] { return (std::uint64_t{ random() } << 32) | random(); };
+        return { draw(), draw() };
+    }
+
+    /// SipHash with one round for each word and three at the end.
+    class KeyedHash
+    {
+    public:
+        explicit KeyedHash(const SKey& key)
+            : m_a(key.first ^ 0x736F6D6570736575u)
+            , m_b(key.second ^ 0x646F72616E646F6Du)
+            , m_c(key.first ^ 0x6C7967656E657261u)
+            , m_d(key.second ^ 0x7465646279746573u)
+        {
+        }
+
+        void Add(std::uint64_t word)
+        {
+            m_d ^= word;
+            mix();
+            m_a ^= word;
+        }
+        std::uint64_t Finish();
+
+    private:
+        void mix();
+
+        std::uint64_t m_a;
+        std::uint64_t m_b;
+        std::uint64_t m_c;
+        std::uint64_t m_d;
+    };
+
+    void KeyedHash::mix()
+    {
+        m_a += m_b;
+        m_b = std::rotl(m_b, 13) ^ m_a;
+        m_a = std::rotl(m_a, 32);
+        m_c += m_d;
+        m_d = std::rotl(m_d, 16) ^ m_c;
+        m_a += m_d;
+        m_d = std::rotl(m_d, 21) ^ m_a;
+        m_c += m_b;
+        m_b = std::rotl(m_b, 17) ^ m_c;
+        m_c = std::rotl(m_c, 32);
+    }
+
+    std::uint64_t KeyedHash::Finish()
+    {
+        m_c ^= 0xFF;
+        mix();
+        mix();
+        mix();
+        return m_a ^ m_b ^ m_c ^ m_d;
     }
 
     std::uint64_t hash(const SPoint& point)
     {
-        return mix(std::bit_cast<std::uint64_t>(point.x)
-            + mix(std::bit_cast<std::uint64_t>(point.y)
-                + mix(std::bit_cast<std::uint64_t>(point.z))));
+        static const SKey key = makeKey();
+        KeyedHash hash(key);
+        hash.Add(std::bit_cast<std::uint64_t>(point.x));
+        hash.Add(std::bit_cast<std::uint64_t>(point.y));
+        hash.Add(std::bit_cast<std::uint64_t>(point.z));
+        return hash.Finish();
     }
 
 } // namespace

@@ -12,6 +12,15 @@ enum EStandardStream
     eSS_Error = 2,
 };
 
+/// Opens standard input, output and error where the program was started without them: the next file
+/// it opens would take their place, and get all that is written to them. They stay as good as
+/// closed: reading the one and writing the others fails. To be called before any file is opened.
+PLATFORM_API void SecureStandardStreams();
+
+/// From now on, writing to a pipe that nobody reads any more fails, rather than end the program
+/// where it stands. For the whole process, so it is for a program to call, not for a library.
+PLATFORM_API void SurviveClosedPipes();
+
 /// Whether a person looks at this stream, not a file or a pipe.
 PLATFORM_API bool IsTerminal(EStandardStream stream);
 

@@ -1,6 +1,7 @@
 #include "tamesh/commands.h"
 
 #include "support/temporaryfolder.h"
+#include "tabase/tastreamwritebinarybuffer.h"
 #include "tamesh/fakeconsole.h"
 #include "tamesh/testinput.h"
 
@@ -62,6 +63,18 @@ TEST_F(CommandsTest, WhatCannotBeReadIsReportedByItsName)
         << m_console.error;
 }
 
+TEST_F(CommandsTest, ANameThatIsNoTextIsNotTakenForAnother)
+{
+    m_folder.WriteAll("a.off", kTetrahedron);
+    const std::string report = ": the name is not valid in the system's code page\n";
+    EXPECT_EQ(PackMesh(m_console, name("a.off"), name("") + "\xFF.tadoc"), eEC_Failed);
+    EXPECT_EQ(m_console.error, name("") + "\xFF.tadoc" + report);
+    EXPECT_EQ(ShowMeshes(m_console, { "\xFF.off" }), eEC_Failed);
+    EXPECT_TRUE(m_console.error.ends_with("\n\xFF.off" + report)) << m_console.error;
+    const auto files = std::filesystem::directory_iterator(m_folder.GetPath(""));
+    EXPECT_EQ(std::distance(begin(files), end(files)), 1);
+}
+
 TEST_F(CommandsTest, ADamagedDocumentIsReportedByClassAndPlace)
 {
     m_folder.WriteAll("a.off", kTetrahedron);
@@ -76,12 +89,50 @@ TEST_F(CommandsTest, ADamagedDocumentIsReportedByClassAndPlace)
     EXPECT_EQ(m_console.output, "");
 }
 
+TEST_F(CommandsTest, WhatADocumentSaysReachesNoTerminalUnchanged)
+{
+    m_folder.WriteAll("a.off", kTetrahedron);
+    ASSERT_EQ(PackMesh(m_console, name("a.off"), name("a.tadoc")), eEC_Done);
+    constexpr std::size_t kHeadSize = 16; // all before the name of the class
+    TaStreamWriteBinaryBuffer document;
+    document.WriteBuffer(m_folder.ReadAll("a.tadoc").data(), kHeadSize);
+    document << CString(u"\x1B[2J" + std::u16string(1000, u'x'));
+    m_folder.WriteAll(
+        "b.tadoc", { reinterpret_cast<const char*>(document.GetData()), document.GetSize() });
+    EXPECT_EQ(ShowDocuments(m_console, { name("b.tadoc") }), eEC_Failed);
+    EXPECT_NE(m_console.error.find("?[2Jxxx"), m_console.error.npos) << m_console.error;
+    EXPECT_EQ(m_console.error.find('\x1B'), m_console.error.npos);
+    EXPECT_LT(m_console.error.size(), 500u);
+}
+
 TEST_F(CommandsTest, AFullDiskBehindTheOutputIsAFailure)
 {
     m_folder.WriteAll("a.off", kTetrahedron);
     m_console.takesOutput = false;
     EXPECT_EQ(ShowMeshes(m_console, { name("a.off") }), eEC_Failed);
     EXPECT_EQ(m_console.error, "standard output: cannot be written\n");
+}
+
+TEST_F(CommandsTest, EveryLongStepSaysHowFarItIs)
+{
+    m_console.pace = 1000;
+    const auto expectSteps = [this](std::initializer_list<const char*> steps) {
+        for (const char* step : steps) {
+            EXPECT_NE(m_console.error.find(step), std::string::npos) << step << " is missing in:\n"
+                                                                     << m_console.error;
+        }
+        m_console.error.clear();
+    };
+    const std::string mesh = name("a.off");
+    const std::string document = name("a.tadoc");
+    EXPECT_EQ(MakeMesh(m_console, eS_Terrain, 200, mesh), eEC_Done);
+    expectSteps({ "making", "writing" });
+    EXPECT_EQ(ShowMeshes(m_console, { mesh }), eEC_Done);
+    expectSteps({ "reading", "analysing" });
+    EXPECT_EQ(PackMesh(m_console, mesh, document), eEC_Done);
+    expectSteps({ "reading", "writing" });
+    EXPECT_EQ(ShowDocuments(m_console, { document }), eEC_Done);
+    expectSteps({ "reading", "analysing" });
 }
 
 TEST_F(CommandsTest, MakesTheSameFileAgain)

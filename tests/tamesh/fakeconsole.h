@@ -16,11 +16,12 @@ public:
     void WriteError(std::string_view text) override { error += text; }
     bool IsErrorTerminal() const override { return width != 0; }
     unsigned int GetErrorWidth() const override { return width; }
-    std::uint64_t GetMilliseconds() const override { return now; }
+    std::uint64_t GetMilliseconds() const override { return now += pace; }
 
     std::string output;
     std::string error;
     bool takesOutput = true;
     unsigned int width = 0; // of the terminal; 0 for none
-    std::uint64_t now = 1000;
+    mutable std::uint64_t now = 1000;
+    std::uint64_t pace = 0; // what passes between two looks at the clock
 };

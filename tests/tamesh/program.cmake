@@ -49,7 +49,7 @@ endforeach()
 
 set(usage "\nUsage: tamesh")
 expect(2 "" "${usage}")
-expect(2 "" "${usage}" fly)
+expect(2 "" "^tamesh: there is no subcommand or option fly\n.*${usage}" fly)
 expect(2 "" "${usage} info" info)
 expect(2 "" "${usage} pack" pack good.off)
 expect(2 "" "${usage} pack" pack good.off -o good.off)
@@ -59,3 +59,18 @@ expect(2 "" "${usage} make" make torus many -o torus2.off)
 expect_missing(torus2.off)
 expect(0 "${usage}|Usage: tamesh" "" --help)
 expect(0 "^tamesh [0-9.]+\n$" "" --version)
+
+# Words that do not arrive are a failure: a pipe that nobody reads, a full disk.
+function(expect_lost command)
+  execute_process(COMMAND sh -c "${command}" tamesh ${TAMESH} WORKING_DIRECTORY ${FOLDER}
+    RESULT_VARIABLE result ERROR_VARIABLE error)
+  if(NOT result EQUAL 1 OR NOT error MATCHES "^standard output: cannot be written\n$")
+    message(SEND_ERROR "${command}: exit code ${result}\n${error}")
+  endif()
+endfunction()
+
+expect_lost("mkfifo pipe && exec 3<>pipe 4>pipe 3>&- && \"$1\" info good.off >&4")
+if(EXISTS /dev/full)
+  expect_lost("\"$1\" --version >/dev/full")
+  expect_lost("\"$1\" make --help >/dev/full")
+endif()

@@ -57,6 +57,16 @@ TEST(ProgressTest, ABarFitsTheTerminalAndIsTakenAway)
             begin = end + 1;
         }
     }
+
+    // A name is not cut within a character.
+    for (console.width = 20; console.width < 40; ++console.width) {
+        Progress progress(console, "\xC3\xBC\xC3\xBC\xC3\xBC\xC3\xBC.off", 1);
+        console.now += 1000;
+        console.error.clear();
+        progress.Advance(0);
+        const std::size_t end = console.error.find_last_of("\xC3\xBC", console.error.find(" ["));
+        EXPECT_TRUE(end == console.error.npos || console.error[end] == '\xBC') << console.error;
+    }
 }
 
 } // namespace

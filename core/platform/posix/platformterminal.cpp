@@ -1,10 +1,25 @@
 #include "platform/platformterminal.h"
 
 #include <errno.h>
+#include <fcntl.h>
+#include <signal.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace platform {
+
+void SecureStandardStreams()
+{
+    for (const int stream : { STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO }) {
+        if (fcntl(stream, F_GETFD) == -1 && errno == EBADF) {
+            // Each opens at the lowest number that is free, which is this one. Nobody reads what
+            // can only be written, and the other way round.
+            (void)open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
+
+void SurviveClosedPipes() { signal(SIGPIPE, SIG_IGN); }
 
 bool IsTerminal(EStandardStream stream) { return isatty(stream) == 1; }
 

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace tamesh {
+
+/// The longest start of `text` (UTF-8) that has at most `bytes` bytes and ends with a whole
+/// character.
+std::string_view CutText(std::string_view text, std::size_t bytes);
+
+/// Text that others wrote, made fit to be shown: without characters that steer a terminal, and not
+/// longer than a person reads.
+std::string MakeDisplayText(std::string_view text);
+
+} // namespace tamesh
