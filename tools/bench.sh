@@ -23,6 +23,7 @@ for name in "${programs[@]}"; do
     echo "measuring $name"
     # The runs of all cases are mixed, so that a slow minute of the machine does not hit one alone.
     "build/release/bin/${name}_benchmark" \
+        --benchmark_filter='-/quick/' \
         --benchmark_repetitions="${TABASE_BENCH_REPETITIONS:-5}" \
         --benchmark_enable_random_interleaving=true \
         --benchmark_report_aggregates_only=true \
