@@ -35,7 +35,7 @@ MeshLines::MeshLines(const SMeshInput& input, std::string_view begun)
     std::copy_n(begun.begin(), m_end, m_buffer.begin());
 }
 
-bool MeshLines::readLine()
+bool MeshLines::Continue(EComments comments)
 {
     if (IsEndOfStream()) {
         m_view = {};
@@ -43,7 +43,7 @@ bool MeshLines::readLine()
     }
     *this >> m_line;
     m_view = m_line;
-    if (m_number == 0) {
+    if (m_readNumber == 0) {
         m_view = WithoutByteOrderMark(m_view);
     }
     if (m_view.empty() && IsEndOfStream()) {
@@ -52,19 +52,19 @@ bool MeshLines::readLine()
     if (m_view.ends_with('\n')) {
         m_view.remove_suffix(1);
     }
-    ++m_number;
+    m_view = trim(comments == eC_Hash ? m_view.substr(0, m_view.find('#')) : m_view);
+    ++m_readNumber;
     return true;
 }
 
 bool MeshLines::Next(EComments comments)
 {
-    while (readLine()) {
-        m_view = trim(comments == eC_Hash ? m_view.substr(0, m_view.find('#')) : m_view);
-        if (!m_view.empty()) {
-            return true;
-        }
-    }
-    return false;
+    bool more = true;
+    do {
+        more = Continue(comments);
+    } while (more && m_view.empty());
+    m_number = m_readNumber;
+    return more;
 }
 
 void MeshLines::Fail(std::string_view text) const

@@ -34,6 +34,9 @@ public:
 
     /// Goes to the next line that holds more than blanks and a comment; false at the end.
     bool Next(EComments comments = eC_Hash);
+    /// Goes to the very next line, be it blank, as to one that the current line goes on in: it
+    /// keeps the number.
+    bool Continue(EComments comments = eC_Hash);
 
     /// Without line end, comment and outer blanks.
     std::string_view GetLine() const { return m_view; }
@@ -45,13 +48,13 @@ public:
 
 private:
     bool read(char& c) override;
-    bool readLine();
     bool fill();
 
     SMeshInput m_input;
     CStringA m_line;
     std::string_view m_view;
     std::uint64_t m_number = 0;
+    std::uint64_t m_readNumber = 0; // of the line read last; above m_number where that goes on
 
     std::array<char, 65536> m_buffer{};
     std::size_t m_position = 0;

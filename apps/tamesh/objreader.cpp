@@ -64,7 +64,7 @@ namespace {
         return std::move(m_mesh);
     }
 
-    /// A line that ends with a backslash goes on in the next one.
+    /// A line that ends with a backslash goes on in the next one, even if that is blank.
     bool OBJReader::nextStatement()
     {
         if (!m_lines.Next()) {
@@ -77,7 +77,7 @@ namespace {
             while (more && m_statement.ends_with('\\')) {
                 m_statement.remove_suffix(1);
                 m_joined.append(m_statement).append(" ");
-                more = m_lines.Next();
+                more = m_lines.Continue();
                 m_statement = m_lines.GetLine();
             }
             m_joined.append(m_statement);

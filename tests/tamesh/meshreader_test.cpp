@@ -69,6 +69,8 @@ INSTANTIATE_TEST_SUITE_P(Forms, MeshReaderGoodInputTest,
             "usemtl m\ns off\nf 1 2 3\n" },
         // texture and normal indices, negative ones, a line that goes on
         SGoodInput{ "a.Obj", "v 0 0 0\nv 1.5 0 0\nv 0 -2 \\\n0.001\nf 1/1 -2//7 \\\r\n3/1/-1\n" },
+        // a line that goes on in a blank one, or in a comment, and ends there
+        SGoodInput{ "a.obj", "v 0 0 0\nv 1.5 0 0 \\\n\nv 0 -2 .001\nf 1 2 3 \\\n# x\nvn 0 0 1 \\" },
         // a face before its vertices
         SGoodInput{ "a.obj", "f 1 2 3\nv 0 0 0\nv 1.5 0 0\nv 0 -2 0.001" },
         SGoodInput{ "a.stl", "solid\n" + kFacet + "endsolid\n" },
@@ -214,6 +216,8 @@ INSTANTIATE_TEST_SUITE_P(OBJ, MeshReaderBadInputTest,
             "a.obj:2: the face names vertex 0, but vertices count from 1" },
         SBadInput{ "a.obj", "v 0 0 0\nf 1 1 -2\n",
             "a.obj:2: the face names vertex -2, but there are 1 before it" },
+        SBadInput{ "a.obj", "v 0 0 0\n\nf \\\n1 \\\n\n1 1 1\n",
+            "a.obj:3: a face has at least 3 corners, not 1" },
         SBadInput{ "a.obj", "f 1 2 1\nv 0 0 0\nf 3 1 1\n",
             "a.obj:1: the face names vertex 2, but there are only 1" },
         SBadInput{ "a.obj", "v 0 0 0\nf 1 1 99999999999999999999\n",
