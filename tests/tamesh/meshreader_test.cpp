@@ -228,7 +228,9 @@ INSTANTIATE_TEST_SUITE_P(OBJ, MeshReaderBadInputTest,
         SBadInput{ "a.obj", "v 0 0 0\nf 1 1 /1\n",
             "a.obj:2: a vertex index was expected, but \"\" is no number" },
         SBadInput{ "a.obj", "v 0 0 0\nf 1 1 1/x\n",
-            "a.obj:2: an index was expected, but \"x\" is no number" }));
+            "a.obj:2: an index was expected, but \"x\" is no number" },
+        SBadInput{ "a.obj", "v 0 0 0\nf 1 1 1/1/1/1\n",
+            "a.obj:2: a corner is \"1/1/1/1\", which has more than three indices" }));
 
 std::string cutTriangle()
 {
