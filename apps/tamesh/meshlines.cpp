@@ -35,7 +35,7 @@ MeshLines::MeshLines(const SMeshInput& input, std::string_view begun)
     std::copy_n(begun.begin(), m_end, m_buffer.begin());
 }
 
-bool MeshLines::readLine(EComments comments)
+bool MeshLines::Continue(EComments comments)
 {
     if (IsEndOfStream()) {
         m_view = {};
@@ -61,13 +61,11 @@ bool MeshLines::Next(EComments comments)
 {
     bool more = true;
     do {
-        more = readLine(comments);
+        more = Continue(comments);
     } while (more && m_view.empty());
     m_number = m_readNumber;
     return more;
 }
-
-bool MeshLines::Continue(EComments comments) { return readLine(comments); }
 
 void MeshLines::Fail(std::string_view text) const
 {

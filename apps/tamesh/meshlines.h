@@ -48,7 +48,6 @@ public:
 
 private:
     bool read(char& c) override;
-    bool readLine(EComments comments);
     bool fill();
 
     SMeshInput m_input;

@@ -3,6 +3,8 @@
 #include "tamesh/meshreader.h"
 #include "tamesh/meshwords.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <string>
 #include <utility>
 
@@ -109,6 +111,10 @@ namespace {
     /// vertex.
     std::uint32_t OBJReader::parseCorner(const MeshWords& words, std::string_view word)
     {
+        constexpr std::ptrdiff_t kMostSlashes = 2;
+        if (std::count(word.begin(), word.end(), '/') > kMostSlashes) {
+            m_lines.Fail("a corner is " + Quote(word) + ", which has more than three indices");
+        }
         const std::size_t slash = word.find('/');
         const std::int64_t index = words.ParseInteger(word.substr(0, slash), "a vertex index");
         for (std::size_t begin = slash; begin != word.npos;) {

@@ -1,7 +1,6 @@
 #include "platform/platformfolders.h"
 
 #include "platform/platformfile.h"
-#include "platform/platformterminal.h"
 #include "platform/platformtext.h"
 
 #include <gtest/gtest.h>
@@ -58,12 +57,6 @@ TEST(PlatformFoldersTest, KnowsTheRunningProgram)
     EXPECT_TRUE(program.is_absolute());
     EXPECT_TRUE(std::filesystem::exists(program));
     EXPECT_EQ(program.stem(), "platform_tests");
-}
-
-TEST(PlatformTerminalTest, HasAWidthWhereverOutputGoes)
-{
-    EXPECT_GT(platform::GetTerminalWidth(platform::eSS_Output), 0u);
-    EXPECT_TRUE(platform::WriteStandard(platform::eSS_Output, ""));
 }
 
 } // namespace

@@ -29,4 +29,10 @@ TEST(PlatformTerminalDeathTest, StandardStreamsThatAreClosedAreNobodysFiles)
     EXPECT_EQ(folder.ReadAll("a.off"), "");
 }
 
+TEST(PlatformTerminalTest, HasAWidthWhereverOutputGoes)
+{
+    EXPECT_GT(platform::GetTerminalWidth(platform::eSS_Output), 0u);
+    EXPECT_TRUE(platform::WriteStandard(platform::eSS_Output, ""));
+}
+
 } // namespace

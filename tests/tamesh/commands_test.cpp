@@ -3,7 +3,6 @@
 #include "support/temporaryfolder.h"
 #include "tabase/tastreamwritebinarybuffer.h"
 #include "tamesh/fakeconsole.h"
-#include "tamesh/testinput.h"
 
 #include <gtest/gtest.h>
 
@@ -75,20 +74,6 @@ TEST_F(CommandsTest, ANameThatIsNoTextIsNotTakenForAnother)
     EXPECT_EQ(std::distance(begin(files), end(files)), 1);
 }
 
-TEST_F(CommandsTest, ADamagedDocumentIsReportedByClassAndPlace)
-{
-    m_folder.WriteAll("a.off", kTetrahedron);
-    ASSERT_EQ(PackMesh(m_console, name("a.off"), name("a.tadoc")), eEC_Done);
-    std::string bytes = m_folder.ReadAll("a.tadoc");
-    bytes[60] = static_cast<char>(bytes[60] ^ 1);
-    m_folder.WriteAll("a.tadoc", bytes);
-    EXPECT_EQ(ShowDocuments(m_console, { name("a.tadoc") }), eEC_Failed);
-    EXPECT_TRUE(
-        m_console.error.starts_with(name("a.tadoc") + ": TuExceptionStream at apps/tamesh/"))
-        << m_console.error;
-    EXPECT_EQ(m_console.output, "");
-}
-
 TEST_F(CommandsTest, WhatADocumentSaysReachesNoTerminalUnchanged)
 {
     m_folder.WriteAll("a.off", kTetrahedron);
@@ -103,14 +88,6 @@ TEST_F(CommandsTest, WhatADocumentSaysReachesNoTerminalUnchanged)
     EXPECT_NE(m_console.error.find("?[2Jxxx"), m_console.error.npos) << m_console.error;
     EXPECT_EQ(m_console.error.find('\x1B'), m_console.error.npos);
     EXPECT_LT(m_console.error.size(), 500u);
-}
-
-TEST_F(CommandsTest, AFullDiskBehindTheOutputIsAFailure)
-{
-    m_folder.WriteAll("a.off", kTetrahedron);
-    m_console.takesOutput = false;
-    EXPECT_EQ(ShowMeshes(m_console, { name("a.off") }), eEC_Failed);
-    EXPECT_EQ(m_console.error, "standard output: cannot be written\n");
 }
 
 TEST_F(CommandsTest, EveryLongStepSaysHowFarItIs)
@@ -133,14 +110,6 @@ TEST_F(CommandsTest, EveryLongStepSaysHowFarItIs)
     expectSteps({ "reading", "writing" });
     EXPECT_EQ(ShowDocuments(m_console, { document }), eEC_Done);
     expectSteps({ "reading", "analysing" });
-}
-
-TEST_F(CommandsTest, MakesTheSameFileAgain)
-{
-    EXPECT_EQ(MakeMesh(m_console, eS_Terrain, 12, name("a.off")), eEC_Done);
-    EXPECT_EQ(MakeMesh(m_console, eS_Terrain, 12, name("b.off")), eEC_Done);
-    EXPECT_EQ(m_folder.ReadAll("a.off"), m_folder.ReadAll("b.off"));
-    EXPECT_EQ(ReadMeshText("a.off", m_folder.ReadAll("a.off")).GetVertexCount(), 169u);
 }
 
 } // namespace

@@ -9,11 +9,9 @@ using namespace tamesh;
 TEST(DisplayTextTest, IsCutBetweenCharacters)
 {
     const std::string_view text = "a\xC3\xBC\xE2\x82\xAC";
-    EXPECT_EQ(CutText(text, 0), "");
     EXPECT_EQ(CutText(text, 2), "a");
     EXPECT_EQ(CutText(text, 3), "a\xC3\xBC");
     EXPECT_EQ(CutText(text, 5), "a\xC3\xBC");
-    EXPECT_EQ(CutText(text, 6), text);
     EXPECT_EQ(CutText(text, 99), text);
     EXPECT_EQ(CutText("\x80\x80\x80", 1), "");
 }
@@ -23,8 +21,7 @@ TEST(DisplayTextTest, SteersNoTerminal)
     EXPECT_EQ(MakeDisplayText("\x1B[31m\xC2\x9B"
                               "1m \xC3\xBC\n\x7F"),
         "?[31m?1m \xC3\xBC??");
-    const std::string shown = MakeDisplayText(std::string(5000, 'x'));
-    EXPECT_EQ(shown, std::string(300, 'x') + "...");
+    EXPECT_EQ(MakeDisplayText(std::string(5000, 'x')), std::string(300, 'x') + "...");
 }
 
 } // namespace

@@ -11,7 +11,7 @@ public:
     bool WriteOutput(std::string_view text) override
     {
         output += text;
-        return takesOutput;
+        return true;
     }
     void WriteError(std::string_view text) override { error += text; }
     bool IsErrorTerminal() const override { return width != 0; }
@@ -20,7 +20,6 @@ public:
 
     std::string output;
     std::string error;
-    bool takesOutput = true;
     unsigned int width = 0; // of the terminal; 0 for none
     mutable std::uint64_t now = 1000;
     std::uint64_t pace = 0; // what passes between two looks at the clock
