@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <functional>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -186,11 +187,9 @@ TEST(TuMapTest, SharesAPlexManager)
         TuMap<int, Fragile> first(plex, 5);
         {
             TuMap<int, Fragile> second(plex, 7);
-            for (int i = 0; i < 3; ++i) {
-                second[i] = Fragile(i);
-            }
-            const TuMap<int, Fragile>& same = second;
-            second = same; // its copy draws on the shared nodes, too
+            const TuMap<int, Fragile> source{ { 0, 0 }, { 1, 1 }, { 2, 2 } };
+            second = source;
+            second = TuMap<int, Fragile>(second); // its copy draws on the shared nodes, too
         }
         const AllocationLimit limit(1); // for the buckets
         first[1] = Fragile(1);
@@ -215,23 +214,22 @@ TEST(TuMapTest, AValueThatGoesWithTheRestFindsNoEntryThatIsGone)
 {
     struct Owner
     {
-        TuMap<int, Owner>* map = nullptr;
-        int* visited = nullptr;
+        std::function<void()> visit;
         ~Owner()
         {
-            if (map != nullptr) {
-                for (const auto& [key, owner] : *map) {
-                    *visited += key;
-                }
+            if (visit) {
+                visit();
             }
         }
     };
     int visited = 0;
     TuMap<int, Owner> map;
     for (const int key : { 1, 20, 300 }) {
-        Owner& owner = map[key];
-        owner.map = &map;
-        owner.visited = &visited;
+        map[key].visit = [&] {
+            for (const auto& entry : map) {
+                visited += entry.GetKey();
+            }
+        };
     }
     map.RemoveAll();
     EXPECT_TRUE(map.IsEmpty());
