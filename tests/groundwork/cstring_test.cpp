@@ -2,10 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <set>
-#include <vector>
-
 namespace {
 
 TEST(CStringTest, OrdersByUnitSoThatSurrogatesComeBeforeTheLastOfThePlane)
@@ -16,9 +12,6 @@ TEST(CStringTest, OrdersByUnitSoThatSurrogatesComeBeforeTheLastOfThePlane)
     EXPECT_LT(emoji, wave);
     EXPECT_LT(emoji.Compare(wave), 0);
     EXPECT_LT(CStringA("z"), CStringA("\xe4")); // bytes are unsigned
-    const std::set<CString> sorted{ u"b", u"", u"a", u"ab" };
-    EXPECT_TRUE(std::equal(
-        sorted.begin(), sorted.end(), std::vector<CString>{ u"", u"a", u"ab", u"b" }.begin()));
 }
 
 TEST(CStringTest, WideTextIsTheSameText)
@@ -27,15 +20,6 @@ TEST(CStringTest, WideTextIsTheSameText)
     EXPECT_EQ(CString(u"\U0001F600").ToWide(), L"\U0001F600");
     EXPECT_EQ(CString::FromUtf8("\xc3\xa4").ToCodePage(), "\xc3\xa4");
     EXPECT_TRUE(CString(static_cast<const wchar_t*>(nullptr)).IsEmpty());
-    EXPECT_TRUE(CString(static_cast<const char16_t*>(nullptr)).IsEmpty());
-}
-
-TEST(CStringTest, ComparesWithLiteralsAndViewsFromBothSides)
-{
-    const CString text = u"Root";
-    EXPECT_TRUE(text == u"Root" && u"Root" == text && text != u"root");
-    EXPECT_TRUE(text == std::u16string_view(u"Root") && std::u16string_view(u"Root") == text);
-    EXPECT_TRUE(text < u"Rooted" && u"Roo" < text);
 }
 
 TEST(CStringTest, AppendsItselfAndCutsWithoutReadingBeyondItsEnds)
@@ -44,12 +28,8 @@ TEST(CStringTest, AppendsItselfAndCutsWithoutReadingBeyondItsEnds)
     text += text;
     EXPECT_EQ(text, u"abcabc");
     EXPECT_EQ(text.Mid(4), u"bc");
-    EXPECT_EQ(text.Mid(1, 2), u"bc");
     EXPECT_TRUE(text.Mid(6).IsEmpty() && text.Mid(100, 5).IsEmpty());
     EXPECT_EQ(text.Left(100), text);
-    EXPECT_EQ(text.Find(u"ca"), 2u);
-    EXPECT_EQ(text.Find(u"x"), CString::npos);
-    EXPECT_EQ(u"<" + text + u">", u"<abcabc>");
     EXPECT_EQ(CString(u"a\0b", 3).GetLength(), 3u);
 }
 

@@ -25,13 +25,6 @@ TEST(TuListSortedTest, InsertsBehindEqualElements)
     list.Add(u"a2");
     EXPECT_EQ(*list.Add(u"b3"), u"b3");
     EXPECT_EQ(elementsOf(list), (std::vector<CString>{ u"a1", u"a2", u"b1", u"b2", u"b3", u"c1" }));
-
-    Sorted copy;
-    copy = list;
-    EXPECT_EQ(copy, list);
-    copy.Erase(copy.begin());
-    Sorted moved(std::move(copy));
-    EXPECT_EQ(moved.GetCount(), 5u);
 }
 
 TEST(TuListSortedTest, SortRestoresTheOrderAfterAChange)

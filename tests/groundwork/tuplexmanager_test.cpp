@@ -14,20 +14,6 @@
 namespace {
 
 using Plex = TuPlexManager<long long>;
-constexpr unsigned int kPlenty = 1'000'000;
-
-TEST(TuPlexManagerTest, AllocatesOneBlockPerBlockSizeNodes)
-{
-    const auto plex = TuMake<Plex>(10u);
-    const AllocationLimit limit(kPlenty);
-    std::set<long long*> nodes;
-    for (int i = 0; i < 25; ++i) {
-        nodes.insert(plex->Allocate());
-    }
-    EXPECT_EQ(nodes.size(), 25u);
-    EXPECT_EQ(kPlenty - limit.GetLeft(), 3u);
-    EXPECT_EQ(limit.GetLargest(), sizeof(void*) + 10 * sizeof(long long));
-}
 
 TEST(TuPlexManagerTest, TakesFreedNodesBeforeAnythingElse)
 {
@@ -55,34 +41,39 @@ struct SmallBlocksPolicy : TuPlexManagerPolicy
 {
     static constexpr std::size_t kMaximumBlockBytes = 64; // a link and seven nodes of 8 bytes
 };
+using SmallPlex = TuPlexManager<long long, SmallBlocksPolicy>;
 
-TEST(TuPlexManagerTest, SpreadsALargeCountOverSeveralBlocks)
+template <class Manager>
+void expectBlocks(
+    Manager& plex, unsigned int nodeCount, unsigned int blockCount, std::size_t largest)
 {
-    const auto plex = TuMake<TuPlexManager<long long, SmallBlocksPolicy>>(16u);
-    const AllocationLimit limit(kPlenty);
+    const AllocationLimit limit(1000);
     std::set<long long*> nodes;
-    for (int i = 0; i < 16; ++i) {
-        nodes.insert(plex->Allocate());
+    for (unsigned int i = 0; i < nodeCount; ++i) {
+        nodes.insert(plex.Allocate());
     }
-    EXPECT_EQ(nodes.size(), 16u);
-    EXPECT_EQ(kPlenty - limit.GetLeft(), 3u); // 7 + 7 + 2
-    EXPECT_EQ(limit.GetLargest(), 64u);
+    EXPECT_EQ(nodes.size(), nodeCount);
+    EXPECT_EQ(1000 - limit.GetLeft(), blockCount);
+    EXPECT_EQ(limit.GetLargest(), largest);
+}
+
+TEST(TuPlexManagerTest, AllocatesOneBlockPerBlockSizeNodesOrSeveralForALargeCount)
+{
+    expectBlocks(*TuMake<Plex>(10u), 25, 3, sizeof(void*) + 10 * sizeof(long long));
+    expectBlocks(*TuMake<SmallPlex>(16u), 16, 3, 64); // 7 + 7 + 2
 }
 
 TEST(TuPlexManagerTest, WithoutMemoryItThrowsAndKeepsWhatItGot)
 {
-    const auto plex = TuMake<TuPlexManager<long long, SmallBlocksPolicy>>(16u);
-    {
-        const AllocationLimit limit(1);
-        for (int i = 0; i < 2; ++i) {
-            ExpectFailure<TuExceptionOutOfMemory>(
-                [&] {
-                    for (int node = 0; node < 8; ++node) {
-                        *plex->Allocate() = node;
-                    }
-                },
-                u"core/groundwork/tuplexmanager", 284);
-        }
+    const auto plex = TuMake<SmallPlex>(16u);
+    for (int i = 0; i < 2; ++i) {
+        const AllocationLimit limit(i == 0 ? 1 : 0);
+        const auto takeEight = [&] {
+            for (int node = 0; node < 8; ++node) {
+                *plex->Allocate() = node;
+            }
+        };
+        ExpectFailure<TuExceptionOutOfMemory>(takeEight, u"core/groundwork/tuplexmanager", 284);
     }
     *plex->Allocate() = 1;
 }
@@ -109,10 +100,8 @@ TEST(TuPlexManagerTest, SmallNodesStillHoldTheLinkAndStrictOnesAreAligned)
     const auto small = TuMake<TuPlexManager<char>>(3u);
     const auto strict = TuMake<TuPlexManager<SStrict>>(3u);
     for (int i = 0; i < 5; ++i) {
-        char* const node = small->Make('x');
-        if (i % 2 == 0) {
-            small->Destroy(node);
-        }
+        small->Free(small->Allocate());
+        *small->Allocate() = 'x';
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(strict->Allocate()) % alignof(SStrict), 0u);
     }
 }
@@ -137,13 +126,13 @@ TEST(TuPlexManagerTest, ServesSeveralContainers)
         {
             TuList<Fragile> first(plex);
             TuList<Fragile> second(plex);
-            for (int i = 0; i < 4; ++i) {
-                (i % 2 == 0 ? first : second).Add(i);
-            }
+            first.Add(1);
+            second.Add(2);
             const AllocationLimit limit(0);
             first.Erase(first.begin());
-            second.Add(4); // the node that the first gave back
-            second.Erase(second.begin());
+            for (int i = 0; i < 2; ++i) {
+                second.Add(i); // the node that the first gave back, and the third of the block
+            }
             kept.Add(9);
         }
         const AllocationLimit limit(0);

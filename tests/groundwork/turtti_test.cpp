@@ -7,7 +7,6 @@
 
 #include <memory>
 #include <optional>
-#include <string>
 #include <vector>
 
 namespace {
@@ -55,14 +54,6 @@ int valueOf(TuRTTI::CreateFunction create)
     return dynamic_cast<const TuInt32&>(*object).GetValue();
 }
 
-std::vector<std::string> s_reported;
-
-void recordDuplicate(const TuRTTI& found, const TuRTTI& hidden)
-{
-    s_reported.push_back(
-        platform::ToUtf8(found.GetClassName()) + (&found == &hidden ? " is itself" : " is hidden"));
-}
-
 TEST(TuRTTITest, IsAsksForTheOwnRecordAndIsKindOfFollowsBothBaseSlots)
 {
     const Mixed mixed;
@@ -76,37 +67,23 @@ TEST(TuRTTITest, IsAsksForTheOwnRecordAndIsKindOfFollowsBothBaseSlots)
     EXPECT_FALSE(Left().IsKindOf(Right::RTTI));
     EXPECT_FALSE(Root().IsKindOf(Left::RTTI));
     EXPECT_TRUE(Right().IsKindOf(Root::RTTI)); // by its record, whatever C++ says of the classes
-}
-
-TEST(TuRTTITest, RecordsOfOneNameAreDifferentClasses)
-{
-    const TuRTTI first(u"TwinName", nullptr, nullptr);
-    const TuRTTI second(u"TwinName", nullptr, nullptr);
-    EXPECT_FALSE(first.IsKindOf(second));
-}
-
-TEST(TuRTTITest, NamesNestedClassesWithTheClassAroundThem)
-{
+    const TuRTTI twin(u"Mixed", nullptr, nullptr); // of the same name, but another class
+    EXPECT_FALSE(mixed.IsKindOf(twin));
     EXPECT_EQ(CString(Mixed::Nested().GetClassName()), u"Mixed::Nested");
-    EXPECT_EQ(CString(TuInt32().GetClassName()), u"TuInt32");
 }
 
 TEST(TuRTTITest, UnknownNamesAndClassesWithoutFactoriesAnswerNull)
 {
     EXPECT_EQ(TuRTTI::getCreate(u"NoSuchClass"), nullptr);
-    EXPECT_EQ(TuRTTI::getClone(u"NoSuchClass"), nullptr);
     EXPECT_EQ(TuRTTI::getCreate(u"Mixed"), nullptr);
-    EXPECT_NE(TuRTTI::getClone(u"TuExceptionStream"), nullptr);
     EXPECT_NE(TuRTTI::getCreate(L"TuString"), nullptr); // wide text is text everywhere
 }
 
 TEST(TuRTTITest, TheFirstRecordOfANameIsFoundUntilItLeaves)
 {
-    std::optional<TuRTTI> first;
-    std::optional<TuRTTI> second;
+    std::optional<TuRTTI> first(std::in_place, u"Contested", &createNumber<1>, nullptr);
+    std::optional<TuRTTI> second(std::in_place, u"Contested", &createNumber<2>, nullptr);
     std::optional<TuRTTI> third;
-    first.emplace(u"Contested", &createNumber<1>, nullptr);
-    second.emplace(u"Contested", &createNumber<2>, nullptr);
     EXPECT_EQ(valueOf(TuRTTI::getCreate(u"Contested")), 1);
     second.reset();
     EXPECT_EQ(valueOf(TuRTTI::getCreate(u"Contested")), 1);
@@ -119,26 +96,29 @@ TEST(TuRTTITest, TheFirstRecordOfANameIsFoundUntilItLeaves)
 
 TEST(TuRTTITest, ADuplicateIsReportedOnceInDebugBuilds)
 {
+    static std::vector<const TuRTTI*> s_reported;
     s_reported.clear();
-    const TuRTTI::DuplicateHook former = TuRTTI::SetDuplicateHook(&recordDuplicate);
+    const TuRTTI::DuplicateHook former
+        = TuRTTI::SetDuplicateHook([](const TuRTTI& found, const TuRTTI& hidden) {
+              s_reported.insert(s_reported.end(), { &found, &hidden });
+          });
     {
         const TuRTTI first(u"Reported", nullptr, nullptr);
         const TuRTTI second(u"Reported", nullptr, nullptr);
         TuRTTI::getCreate(u"Reported");
         TuRTTI::getCreate(u"Reported");
+#if defined(NDEBUG)
+        EXPECT_TRUE(s_reported.empty());
+#else
+        EXPECT_EQ(s_reported, (std::vector<const TuRTTI*>{ &first, &second }));
+#endif
     }
     TuRTTI::SetDuplicateHook(former);
-#if defined(NDEBUG)
-    EXPECT_TRUE(s_reported.empty());
-#else
-    EXPECT_EQ(s_reported, std::vector<std::string>{ "Reported is hidden" });
-#endif
 }
 
 TEST(TuRTTITest, ALibraryBringsItsClassesAndTakesThemAwayAHundredTimes)
 {
-    constexpr int kRounds = 100;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < 100; ++round) {
         ASSERT_EQ(TuRTTI::getCreate(u"PluginShape"), nullptr);
         platform::SharedLibrary plugin;
         ASSERT_TRUE(plugin.Load(platform::FromUtf8(TA_TEST_PLUGIN)));
@@ -148,7 +128,6 @@ TEST(TuRTTITest, ALibraryBringsItsClassesAndTakesThemAwayAHundredTimes)
             const std::unique_ptr<IObject> object(create());
             // Its base record lies in this program's library, its own in the loaded one.
             EXPECT_TRUE(object->IsKindOf(TuException::RTTI));
-            EXPECT_EQ(CString(object->GetClassName()), u"PluginShape");
             EXPECT_NE(dynamic_cast<const TuException*>(object.get()), nullptr);
         }
         // The plugin has a record of a name that this library registered first.
