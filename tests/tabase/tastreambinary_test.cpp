@@ -70,22 +70,19 @@ TEST(TaStreamBinaryTest, EveryTypeIsWrittenAtItsOwnWidth)
         stream << value;
         return stream.GetSize();
     };
-    EXPECT_EQ(widthOf('a'), 1u);
-    EXPECT_EQ(widthOf(1L), sizeof(long));
-    EXPECT_EQ(widthOf(1UL), sizeof(unsigned long));
-    EXPECT_EQ(widthOf("ab"), 6u);
-    EXPECT_EQ(widthOf(u"ab"), 8u);
-    EXPECT_EQ(widthOf(L"\U0001F600"), 8u); // two units of UTF-16, whatever wchar_t is
-    EXPECT_EQ(widthOf(static_cast<const char*>(nullptr)), 4u);
+    // Wide text has units of UTF-16, whatever wchar_t is.
+    EXPECT_EQ(
+        (std::vector<std::size_t>{ widthOf('a'), widthOf(1L), widthOf(1UL), widthOf("ab"),
+            widthOf(u"ab"), widthOf(L"\U0001F600"), widthOf(static_cast<const char*>(nullptr)) }),
+        (std::vector<std::size_t>{ 1, sizeof(long), sizeof(unsigned long), 6, 8, 8, 4 }));
 }
 
 TEST(TaStreamBinaryTest, AFileHoldsTheSameBytesAsTheBufferRawOnesAmongThem)
 {
-    constexpr std::size_t kRounds
-        = 2000; // several buffers of the file, cut at any place in a value
-    const auto rawSizeOf = [](std::size_t round) {
+    constexpr int kRounds = 2000; // several buffers of the file, cut at any place in a value
+    const auto rawSizeOf = [](int round) {
         constexpr std::size_t kSizes[] = { 1, 65535, 65536, 65537, 200'000, 3 };
-        return round % 100 == 0 ? kSizes[round / 100 % std::size(kSizes)] : 0;
+        return round % 100 == 0 ? kSizes[round / 100 % 6] : 0;
     };
     std::vector<unsigned char> raw(200'000);
     for (std::size_t i = 0; i < raw.size(); ++i) {
@@ -94,9 +91,9 @@ TEST(TaStreamBinaryTest, AFileHoldsTheSameBytesAsTheBufferRawOnesAmongThem)
     const TemporaryFolder folder;
     TaStreamWriteBinaryBuffer buffer;
     TaStreamWriteBinaryFile file(folder / "many.bin");
-    for (std::size_t round = 0; round < kRounds; ++round) {
-        for (TuStreamWriteBinary* stream :
-            std::initializer_list<TuStreamWriteBinary*>{ &buffer, &file }) {
+    const std::initializer_list<TuStreamWriteBinary*> writers{ &buffer, &file };
+    for (int round = 0; round < kRounds; ++round) {
+        for (TuStreamWriteBinary* stream : writers) {
             write(*stream, kPrimitives);
             stream->WriteBuffer(raw.data(), rawSizeOf(round));
         }
@@ -108,7 +105,7 @@ TEST(TaStreamBinaryTest, AFileHoldsTheSameBytesAsTheBufferRawOnesAmongThem)
     TaStreamReadBinaryFile fromFile(folder / "many.bin");
     TaStreamReadBinaryBuffer fromBuffer(buffer);
     const std::initializer_list<TuStreamReadBinary*> readers{ &fromFile, &fromBuffer };
-    for (std::size_t round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kRounds; ++round) {
         for (TuStreamReadBinary* stream : readers) {
             ASSERT_EQ(bytesOf(read<Primitives>(*stream)), bytesOf(kPrimitives));
             std::vector<unsigned char> bytes(rawSizeOf(round));
@@ -127,30 +124,22 @@ TEST(TaStreamBinaryTest, AFileHoldsTheSameBytesAsTheBufferRawOnesAmongThem)
 }
 
 /// Streams of the coders give some numbers a form of their own, and collect what the others write.
-class ReversingWriter final : public TuStreamWriteBinary
+struct ReversingWriter final : TuStreamWriteBinary
 {
-public:
     using TuStreamWriteBinary::operator<<;
     TuStreamWrite& operator<<(int value) override
     {
         return TuStreamWriteBinary::operator<<(-value);
     }
-    std::string bytes;
-
-private:
     void write(const void* data, unsigned long long size) override
     {
         bytes.append(static_cast<const char*>(data), size);
     }
+    std::string bytes;
 };
 
-class ReversingReader final : public TuStreamReadBinary
+struct ReversingReader final : TuStreamReadBinary
 {
-public:
-    explicit ReversingReader(const std::string& bytes)
-        : m_bytes(bytes)
-    {
-    }
     using TuStreamReadBinary::operator>>;
     TuStreamRead& operator>>(int& value) override
     {
@@ -158,17 +147,13 @@ public:
         value = -value;
         return *this;
     }
-
-private:
     unsigned long long read(void* data, unsigned long long size) override
     {
-        const std::size_t count = m_bytes.copy(static_cast<char*>(data), size, m_position);
-        m_position += count;
+        const std::size_t count = bytes.copy(static_cast<char*>(data), size);
+        bytes.erase(0, count);
         return count;
     }
-
-    const std::string& m_bytes;
-    std::size_t m_position = 0;
+    std::string bytes;
 };
 
 TEST(TaStreamBinaryTest, AnOverriddenOperatorIsReachedThroughEveryBase)
@@ -184,15 +169,14 @@ TEST(TaStreamBinaryTest, AnOverriddenOperatorIsReachedThroughEveryBase)
                     "\xFC\xFF\xFF\xFF\xFB\xFF\xFF\xFF\6\0\0\0",
             34));
 
-    ReversingReader reader(writer.bytes);
+    ReversingReader reader;
+    reader.bytes = writer.bytes;
+    using Values = std::tuple<unsigned int, int, CStringA, bool, signed char, int>;
+    EXPECT_TRUE(read<Values>(reader) == Values(1u, 2, CStringA("text"), true, 'c', 3));
     TuStreamReadBinary& from = reader;
-    unsigned int first = 0;
-    int second = 0;
-    from >> first >> second;
-    EXPECT_EQ(first, 1u);
-    EXPECT_EQ(second, 2);
-    using Rest = std::tuple<CStringA, bool, signed char, int>;
-    EXPECT_TRUE(read<Rest>(from) == Rest(CStringA("text"), true, 'c', 3));
+    int next = 0;
+    from >> next;
+    EXPECT_EQ(next, 4);
 }
 
 TEST(TaStreamBinaryTest, ShortOrMalformedInputFailsAndKeepsTheTarget)

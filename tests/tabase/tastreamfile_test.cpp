@@ -9,7 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -157,7 +156,6 @@ TEST(TaStreamFileTest, AClosedReaderFails)
     TaStreamReadBinaryFile binary(folder / "a");
     int number = 0;
     text >> number;
-    EXPECT_EQ(text.GetPosition(), 2u);
     text.Close();
     binary.Close();
     EXPECT_TRUE(accountOf([&] { text >> number; }).starts_with("cannot read "));
@@ -183,24 +181,20 @@ TEST(TaStreamFileTest, SafeModeWritesBehindALinkAndUnderLongNames)
 TEST(TaStreamFileTest, ThreadsMaySaveTheSameFileAtOnce)
 {
     const TemporaryFolder folder;
-    std::atomic<int> failures{ 0 };
     {
         std::vector<std::jthread> threads;
         for (int i = 0; i < 3; ++i) {
             threads.emplace_back([&] {
                 for (int save = 0; save < 200; ++save) {
-                    try {
+                    EXPECT_NO_THROW({
                         TaStreamWriteBinaryFile file(folder / "shared.bin", kSafe);
                         file << save;
                         file.Commit();
-                    } catch (const TuException&) {
-                        ++failures;
-                    }
+                    });
                 }
             });
         }
     }
-    EXPECT_EQ(failures, 0);
     EXPECT_EQ(folder.ReadAll("shared.bin").size(), 4u);
 }
 
