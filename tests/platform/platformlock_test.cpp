@@ -16,16 +16,14 @@ void countInside(TuCriticalSection& lock, int& inside)
 
 TEST(PlatformLockTest, KeepsOtherThreadsOutUntilTheLastLeave)
 {
-    constexpr int kThreads = 4;
-    constexpr int kSteps = 10'000;
     TuCriticalSection lock;
     int inside = 0;
     int total = 0;
     {
         std::vector<std::jthread> threads;
-        for (int i = 0; i < kThreads; ++i) {
+        for (int i = 0; i < 4; ++i) {
             threads.emplace_back([&] {
-                for (int step = 0; step < kSteps; ++step) {
+                for (int step = 0; step < 10'000; ++step) {
                     const TuCriticalSectionAuto outer(lock);
                     countInside(lock, inside);
                     EXPECT_EQ(inside, 1); // the inner leave let nobody in
@@ -35,7 +33,7 @@ TEST(PlatformLockTest, KeepsOtherThreadsOutUntilTheLastLeave)
             });
         }
     }
-    EXPECT_EQ(total, kThreads * kSteps);
+    EXPECT_EQ(total, 40'000);
 }
 
 } // namespace

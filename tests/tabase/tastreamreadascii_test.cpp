@@ -7,17 +7,21 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <initializer_list>
 #include <limits>
 #include <string>
 #include <string_view>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 static_assert(!std::is_constructible_v<TaStreamReadASCIIString, CStringA&&>,
     "a reader refers to its text, which a temporary would take with it");
 static_assert(!std::is_constructible_v<TaStreamReadASCIIString, const char*>);
 
 namespace {
+
+constexpr char16_t kSource[] = u"core/talibraries/tabase/tastreamreadascii";
 
 /// A source that reports its end together with its last byte, as a response of a server does.
 class EagerSource final : public TaStreamReadASCII
@@ -41,7 +45,6 @@ private:
     std::size_t m_position = 0;
 };
 
-/// Reads one value from the front of `text`.
 template <class Target> Target readFrom(std::string_view text)
 {
     const CStringA source(text);
@@ -51,27 +54,50 @@ template <class Target> Target readFrom(std::string_view text)
     return value;
 }
 
-/// Expects that `word` is refused as a Target with the stated line; the target stays, the word is
-/// gone.
-template <class Target> void expectRefused(std::string_view word, unsigned int line)
+template <class Target>
+void expectReads(std::initializer_list<std::pair<std::string_view, Target>> cases)
 {
-    SCOPED_TRACE(word);
-    const CStringA source(std::string(word) + " 17");
-    TaStreamReadASCIIString stream(source);
-    Target value{ 1 };
-    ExpectFailure<TuExceptionStream>(
-        [&] { stream >> value; }, u"core/talibraries/tabase/tastreamreadascii", line);
-    EXPECT_EQ(value, Target{ 1 });
-    int next = 0;
-    stream >> next;
-    EXPECT_EQ(next, 17);
+    for (const auto& [word, value] : cases) {
+        EXPECT_EQ(readFrom<Target>(word), value) << word;
+    }
 }
 
-template <class Source> std::string lineFrom(Source& stream)
+/// Expects that the words are refused as a Target with the stated line; the target stays, the word
+/// is gone.
+template <class Target>
+void expectRefused(unsigned int line, std::initializer_list<std::string_view> words)
 {
-    CStringA line("stale");
-    stream >> line;
-    return std::string(line.GetView());
+    for (const std::string_view word : words) {
+        SCOPED_TRACE(word);
+        const CStringA source(std::string(word) + " 17");
+        TaStreamReadASCIIString stream(source);
+        Target value{ 1 };
+        ExpectFailure<TuExceptionStream>([&] { stream >> value; }, kSource, line);
+        EXPECT_EQ(value, Target{ 1 });
+        int next = 0;
+        stream >> next;
+        EXPECT_EQ(next, 17);
+    }
+}
+
+using Lines = std::vector<std::string>;
+
+/// The lines up to the one that meets the end.
+Lines linesOf(TaStreamReadASCII&& stream)
+{
+    Lines lines;
+    while (!stream.IsEndOfStream()) {
+        CStringA line("stale");
+        stream >> line;
+        lines.emplace_back(line.GetView());
+    }
+    return lines;
+}
+
+Lines linesOf(const std::string& content)
+{
+    const CStringA text(content);
+    return linesOf(TaStreamReadASCIIString(text));
 }
 
 TEST(TaStreamReadASCIITest, WordsAndLinesShareTheirLineEnds)
@@ -83,24 +109,11 @@ TEST(TaStreamReadASCIITest, WordsAndLinesShareTheirLineEnds)
     stream >> first >> second;
     EXPECT_EQ(first, 12);
     EXPECT_EQ(second, 34);
-    EXPECT_EQ(lineFrom(stream), "\n"); // the word took the CR with it
-    EXPECT_EQ(lineFrom(stream), "ab");
-    EXPECT_FALSE(stream.IsEndOfStream());
-    EXPECT_EQ(lineFrom(stream), "");
-    EXPECT_TRUE(stream.IsEndOfStream());
-}
-
-TEST(TaStreamReadASCIITest, ALineFeedStaysAndACarriageReturnSwallowsOneByte)
-{
-    const CStringA text("ab\ncd\n\rxef\r\rgh\r");
-    TaStreamReadASCIIString stream(text);
-    EXPECT_EQ(lineFrom(stream), "ab\n");
-    EXPECT_EQ(lineFrom(stream), "cd\n");
-    EXPECT_EQ(lineFrom(stream), ""); // the lone CR ends a line and takes the x
-    EXPECT_EQ(lineFrom(stream), "ef");
-    EXPECT_FALSE(stream.IsEndOfStream());
-    EXPECT_EQ(lineFrom(stream), "gh");
-    EXPECT_TRUE(stream.IsEndOfStream()); // the byte behind the CR was the end
+    EXPECT_EQ(
+        linesOf(std::move(stream)), (Lines{ "\n", "ab", "" })); // the word took the CR with it
+    // A line feed stays, a carriage return swallows one byte.
+    // The lone CR ends a line and takes the x; the byte behind the last CR is the end.
+    EXPECT_EQ(linesOf("ab\ncd\n\rxef\r\rgh\r"), (Lines{ "ab\n", "cd\n", "", "ef", "gh" }));
 }
 
 TEST(TaStreamReadASCIITest, LinesHaveAnyLengthAndHoldAnyByte)
@@ -110,26 +123,20 @@ TEST(TaStreamReadASCIITest, LinesHaveAnyLengthAndHoldAnyByte)
         for (std::size_t i = 0; i < length; i += 3) {
             content[i] = static_cast<char>(i % 2 == 0 ? 0 : -1 - static_cast<int>(i % 50));
         }
-        for (const char* end : { "\r\n", "\n", "" }) {
-            const CStringA text(content + end);
-            TaStreamReadASCIIString stream(text);
-            EXPECT_EQ(lineFrom(stream), content + (*end == '\n' ? "\n" : "")) << length;
-            EXPECT_EQ(stream.IsEndOfStream(), *end == '\0');
-        }
+        EXPECT_EQ(linesOf(content + "\r\n"), (Lines{ content, "" })) << length;
+        EXPECT_EQ(linesOf(content + "\n"), (Lines{ content + "\n", "" })) << length;
+        EXPECT_EQ(linesOf(content), Lines{ content }) << length;
     }
 }
 
 TEST(TaStreamReadASCIITest, WideLinesComeFromTheSystemCodePage)
 {
-    const CString wide(u"gr\u00fc\u00df \U0001F600");
-    EXPECT_EQ(readFrom<CString>(wide.ToCodePage() + "\r\n"), wide);
     EXPECT_EQ(
         readFrom<CString>("a\xFFz"), CString::FromCodePage("a\xFFz")); // malformed, no failure
 }
 
 TEST(TaStreamReadASCIITest, NothingIsReadAfterTheEnd)
 {
-    constexpr char16_t kSource[] = u"core/talibraries/tabase/tastreamreadascii";
     const CStringA spaces(" \t\r\n ");
     TaStreamReadASCIIString stream(spaces);
     double number = 7.0;
@@ -147,125 +154,93 @@ TEST(TaStreamReadASCIITest, NothingIsReadAfterTheEnd)
     word >> five; // a word that the end cuts off counts
     EXPECT_EQ(five, 5);
     EXPECT_TRUE(word.IsEndOfStream());
-
-    TaStreamReadASCIIString copy(word);
-    EXPECT_TRUE(copy.IsEndOfStream());
 }
 
 TEST(TaStreamReadASCIITest, AnEndWithTheLastByteBelongsToALineButNotToAWord)
 {
-    constexpr char16_t kSource[] = u"core/talibraries/tabase/tastreamreadascii";
-    EagerSource lines("ab\r\ncd");
-    EXPECT_EQ(lineFrom(lines), "ab");
-    EXPECT_EQ(lineFrom(lines), "cd");
-    EXPECT_TRUE(lines.IsEndOfStream());
-    EagerSource carriageReturn("cd\r");
-    EXPECT_EQ(lineFrom(carriageReturn), "cd\r"); // the end is looked at first
-    EagerSource full(std::string(127, 'x') + "y");
-    EXPECT_EQ(lineFrom(full), std::string(127, 'x') + "y");
+    EXPECT_EQ(linesOf(EagerSource("ab\r\ncd")), (Lines{ "ab", "cd" }));
+    EXPECT_EQ(linesOf(EagerSource("cd\r")), Lines{ "cd\r" }); // the end is looked at first
+    EXPECT_EQ(linesOf(EagerSource("")), Lines{ "" });
+    const std::string full(127, 'x');
+    EXPECT_EQ(linesOf(EagerSource(full + "y")), Lines{ full + "y" });
 
     EagerSource words("12 345");
-    int value = 0;
-    words >> value;
-    EXPECT_EQ(value, 12);
-    words >> value;
-    EXPECT_EQ(value, 34);
+    int first = 0;
+    int second = 0;
+    words >> first >> second;
+    EXPECT_EQ(first, 12);
+    EXPECT_EQ(second, 34);
     EagerSource oneByte("12 3");
-    oneByte >> value;
-    ExpectFailure<TuExceptionStream>([&] { oneByte >> value; }, kSource, 453);
-    EagerSource empty("");
-    EXPECT_EQ(lineFrom(empty), "");
-    EXPECT_TRUE(empty.IsEndOfStream());
+    oneByte >> first;
+    ExpectFailure<TuExceptionStream>([&] { oneByte >> first; }, kSource, 453);
 }
 
-TEST(TaStreamReadASCIITest, ShortIntegersAreWholeDecimalWordsInRange)
+TEST(TaStreamReadASCIITest, IntegersAreWholeDecimalWordsInRangeIfShort)
 {
-    EXPECT_EQ(readFrom<signed char>("-128"), -128);
-    EXPECT_EQ(readFrom<signed char>("+65"), 65); // a number, not a character
-    EXPECT_EQ(readFrom<short>("0032767"), 32767);
-    EXPECT_EQ(readFrom<unsigned char>("255"), 255);
-    EXPECT_EQ(readFrom<unsigned char>("-4294967295"), 1); // a minus wraps in 32 bits
-    EXPECT_EQ(readFrom<unsigned short>("65535"), 65535);
-    EXPECT_EQ(readFrom<short>("\v\f12"), 12); // no white space here, but for strtol
+    expectReads<signed char>({ { "-128", -128 }, { "+65", 65 } }); // a number, not a character
+    // Vertical tab and form feed are no white space here, but for strtol.
+    expectReads<short>({ { "0032767", 32767 }, { "\v\f12", 12 } });
+    // A minus wraps in 32 bits.
+    expectReads<unsigned char>({ { "255", 255 }, { "-4294967295", 1 } });
+    expectReads<unsigned short>({ { "65535", 65535 } });
 
-    expectRefused<signed char>("128", 50);
-    expectRefused<signed char>("-129", 50);
-    expectRefused<short>("99999999999999999999", 50);
-    expectRefused<unsigned char>("256", 84);
-    expectRefused<unsigned char>("-1", 84);
-    expectRefused<unsigned char>("-4294967297", 84); // too large for a minus: it saturates
-    expectRefused<unsigned short>("65536", 84);
-    expectRefused<signed char>("300x", 43); // not a number comes before the range
-    expectRefused<unsigned char>("300x", 77);
-    for (const std::string_view word : { "a", "-", "+", "--1", "1.0", "0x10", "1-", "\v" }) {
-        expectRefused<short>(word, 43);
-        expectRefused<unsigned short>(word, 77);
-        expectRefused<int>(word, 43);
-        expectRefused<unsigned int>(word, 77);
+    expectRefused<signed char>(50, { "128", "-129" });
+    expectRefused<short>(50, { "99999999999999999999" });
+    // The last is too large for a minus: it saturates.
+    expectRefused<unsigned char>(84, { "256", "300", "-1", "-4294967297" });
+    expectRefused<unsigned short>(84, { "65536" });
+    expectRefused<signed char>(43, { "300x" }); // not a number comes before the range
+    expectRefused<unsigned char>(77, { "300x" });
+    const auto notNumbers = { "a", "-", "+", "--1", "1.0", "0x10", "12abc", "1-", "\v" };
+    for (const std::string_view word : notNumbers) {
+        expectRefused<short>(43, { word });
+        expectRefused<unsigned short>(77, { word });
+        expectRefused<int>(43, { word });
+        expectRefused<unsigned int>(77, { word });
     }
-    expectRefused<int>(std::string_view("1\0", 2), 43);
-}
+    expectRefused<int>(43, { std::string_view("1\0", 2) });
 
-TEST(TaStreamReadASCIITest, LongIntegersAreCutTo32Bits)
-{
-    EXPECT_EQ(readFrom<int>("3000000000"), 2147483647);
-    EXPECT_EQ(readFrom<int>("99999999999"), 2147483647);
-    EXPECT_EQ(readFrom<int>("-2147483648"), -2147483647 - 1);
-    EXPECT_EQ(readFrom<int>("-99999999999999999999999"), -2147483647 - 1);
-    EXPECT_EQ(readFrom<int>("0010"), 10);
-    EXPECT_EQ(readFrom<unsigned int>("-1"), 4294967295u);
-    EXPECT_EQ(readFrom<unsigned int>("-2147483648"), 2147483648u);
-    EXPECT_EQ(readFrom<unsigned int>("4294967296"), 4294967295u);
-    EXPECT_EQ(readFrom<unsigned int>("-4294967296"), 4294967295u);
+    // Long ones are cut to 32 bits.
+    constexpr int kMin = std::numeric_limits<int>::min();
+    constexpr int kMax = std::numeric_limits<int>::max();
+    expectReads<int>({ { "3000000000", kMax }, { "99999999999", kMax }, { "-2147483648", kMin },
+        { "-99999999999999999999999", kMin }, { "0010", 10 } });
+    expectReads<unsigned int>({ { "-1", 4294967295u }, { "-2147483648", 2147483648u },
+        { "4294967296", 4294967295u }, { "-4294967296", 4294967295u } });
 }
 
 TEST(TaStreamReadASCIITest, SixtyFourBitIntegersAreReadFromTheFrontOfTheWord)
 {
-    EXPECT_EQ(readFrom<long long>("0x10"), 16);
-    EXPECT_EQ(readFrom<long long>("-0XfFg"), -255);
-    EXPECT_EQ(readFrom<long long>("12abc"), 12);
-    EXPECT_EQ(readFrom<long long>("017"), 15);
-    EXPECT_EQ(readFrom<long long>("08"), 0);
-    EXPECT_EQ(readFrom<long long>("0x"), 0);
-    EXPECT_EQ(readFrom<long long>("+5.9"), 5);
-    EXPECT_EQ(readFrom<long long>("-9223372036854775808"), std::numeric_limits<long long>::min());
-    EXPECT_EQ(readFrom<long long>("9223372036854775808"), std::numeric_limits<long long>::max());
-    EXPECT_EQ(readFrom<long long>("-99999999999999999999"), std::numeric_limits<long long>::min());
-    EXPECT_EQ(readFrom<unsigned long long>("0x10"), 0u);
-    EXPECT_EQ(readFrom<unsigned long long>("010"), 10u);
-    EXPECT_EQ(readFrom<unsigned long long>("18446744073709551615,"), ~0ull);
-    EXPECT_EQ(readFrom<unsigned long long>("99999999999999999999"), ~0ull);
-    EXPECT_EQ(readFrom<unsigned long long>("-1"), ~0ull);
-    for (const std::string_view word : { "abc", "-", "+x1", "--1", "." }) {
-        expectRefused<long long>(word, 352);
-        expectRefused<unsigned long long>(word, 374);
-    }
+    constexpr auto kMin = std::numeric_limits<long long>::min();
+    constexpr auto kMax = std::numeric_limits<long long>::max();
+    expectReads<long long>({ { "0x10", 16 }, { "-0XfFg", -255 }, { "12abc", 12 }, { "017", 15 },
+        { "08", 0 }, { "0x", 0 }, { "+5.9", 5 }, { "-9223372036854775808", kMin },
+        { "9223372036854775808", kMax }, { "-99999999999999999999", kMin } });
+    expectReads<unsigned long long>({ { "0x10", 0u }, { "010", 10u }, { "12abc", 12u },
+        { "18446744073709551615,", ~0ull }, { "99999999999999999999", ~0ull }, { "-1", ~0ull } });
+    expectRefused<long long>(352, { "abc", "-", "+x1", "--1", "." });
+    expectRefused<unsigned long long>(374, { "abc", "-", "+x1", "--1", "." });
 }
 
 TEST(TaStreamReadASCIITest, FloatsTakeTheSyntaxOfStrtod)
 {
-    EXPECT_EQ(readFrom<double>("-12.5e-1"), -1.25);
-    EXPECT_EQ(readFrom<double>("0x1.8p1"), 3.0);
-    EXPECT_EQ(readFrom<double>("INFinity"), std::numeric_limits<double>::infinity());
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    expectReads<double>({ { "-12.5e-1", -1.25 }, { "0x1.8p1", 3.0 }, { "INFinity", kInfinity },
+        { std::string(1000, '9') + "e-1000", 1.0 } });
     EXPECT_TRUE(std::isnan(readFrom<double>("nan(Ab_1)")));
-    EXPECT_EQ(readFrom<double>(std::string(1000, '9') + "e-1000"), 1.0);
-    EXPECT_EQ(readFrom<float>("1e300"), std::numeric_limits<float>::infinity());
-    EXPECT_EQ(readFrom<float>("-1e-300"), 0.0f);
-    // Read as a double and narrowed: at once, it would be rounded up.
-    EXPECT_EQ(readFrom<float>("1.00000005960464477539062500001"), 1.0f);
+    // The last is read as a double and narrowed: at once, it would be rounded up.
+    expectReads<float>({ { "1e300", std::numeric_limits<float>::infinity() }, { "-1e-300", 0.0f },
+        { "1.00000005960464477539062500001", 1.0f } });
     for (const std::string_view word : { "1,5", "e5", "1e", ".", "0x", "0xinf", "nan(", "1.5f" }) {
-        expectRefused<double>(word, 421);
-        expectRefused<float>(word, 421);
+        expectRefused<double>(421, { word });
+        expectRefused<float>(421, { word });
     }
 }
 
 TEST(TaStreamReadASCIITest, BoolsAreExactWords)
 {
-    EXPECT_TRUE(readFrom<bool>("true"));
-    EXPECT_FALSE(readFrom<bool>("\t false\n"));
-    for (const std::string_view word : { "True", "TRUE", "1", "0", "tru", "truer", "yes" }) {
-        expectRefused<bool>(word, 212);
-    }
+    expectReads<bool>({ { "true", true }, { "\t false\n", false } });
+    expectRefused<bool>(212, { "True", "TRUE", "1", "0", "tru", "truer", "yes" });
 }
 
 TEST(TaStreamReadASCIITest, AFileReadsAsItsTextInMemory)
@@ -277,20 +252,16 @@ TEST(TaStreamReadASCIITest, AFileReadsAsItsTextInMemory)
     }
     folder.WriteAll("numbers", content);
     TaStreamReadASCIIFile file(folder / "numbers");
+    int number = -1;
     for (int i = 0; i < 30'000; ++i) {
-        int number = -1;
         file >> number;
         ASSERT_EQ(number, i);
     }
     EXPECT_EQ(file.GetPosition(), content.size());
-    int none = 0;
-    ExpectFailure<TuExceptionStream>([&] { file >> none; });
+    ExpectFailure<TuExceptionStream>([&] { file >> number; });
 
     folder.WriteAll("empty", "");
-    TaStreamReadASCIIFile empty(folder / "empty");
-    EXPECT_FALSE(empty.IsEndOfStream());
-    EXPECT_EQ(lineFrom(empty), "");
-    EXPECT_TRUE(empty.IsEndOfStream());
+    EXPECT_EQ(linesOf(TaStreamReadASCIIFile(folder / "empty")), Lines{ "" });
 }
 
 } // namespace

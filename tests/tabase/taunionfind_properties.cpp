@@ -4,33 +4,11 @@
 #include <rapidcheck/gtest.h>
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 #include <vector>
 
 namespace {
-
-/// The plain way: every element carries the smallest element of its set.
-class SetModel
-{
-public:
-    explicit SetModel(unsigned int count)
-    {
-        for (unsigned int element = 0; element < count; ++element) {
-            m_roots.push_back(element);
-        }
-    }
-
-    void AddPair(unsigned int a, unsigned int b)
-    {
-        const auto [low, high] = std::minmax(m_roots[a], m_roots[b]);
-        std::replace(m_roots.begin(), m_roots.end(), static_cast<unsigned int>(high),
-            static_cast<unsigned int>(low));
-    }
-    unsigned int GetRoot(unsigned int element) const { return m_roots[element]; }
-
-private:
-    std::vector<unsigned int> m_roots;
-};
 
 RC_GTEST_PROP(TaUnionFindProperties, BehavesAsTheModelAfterEveryPair, ())
 {
@@ -40,12 +18,15 @@ RC_GTEST_PROP(TaUnionFindProperties, BehavesAsTheModelAfterEveryPair, ())
         rc::gen::pair(element, element));
 
     TaUnionFind sets(count);
-    SetModel model(count);
+    // The plain way: every element carries the smallest element of its set.
+    std::vector<unsigned int> roots(count);
+    std::iota(roots.begin(), roots.end(), 0u);
     for (const auto& [a, b] : pairs) {
         sets.AddPair(a, b);
-        model.AddPair(a, b);
+        const auto [low, high] = std::minmax({ roots[a], roots[b] });
+        std::replace(roots.begin(), roots.end(), high, low);
         for (unsigned int i = 0; i < count; ++i) {
-            RC_ASSERT(sets.GetRoot(i) == model.GetRoot(i));
+            RC_ASSERT(sets.GetRoot(i) == roots[i]);
         }
     }
 
@@ -54,10 +35,10 @@ RC_GTEST_PROP(TaUnionFindProperties, BehavesAsTheModelAfterEveryPair, ())
     std::vector<unsigned long> numberOfRoot(count);
     unsigned long next = 0;
     for (unsigned int i = 0; i < count; ++i) {
-        if (model.GetRoot(i) == i) {
+        if (roots[i] == i) {
             numberOfRoot[i] = next++;
         }
-        RC_ASSERT(sets.GetSetNumber(i) == numberOfRoot[model.GetRoot(i)]);
+        RC_ASSERT(sets.GetSetNumber(i) == numberOfRoot[roots[i]]);
     }
     RC_ASSERT(setCount == next);
 }

@@ -3,9 +3,7 @@
 #include "groundwork/tuexceptions.h"
 #include "largestblock.h"
 #include "support/expectfailure.h"
-#include "support/temporaryfolder.h"
 #include "tabase/tastreamreadbinarybuffer.h"
-#include "tabase/tastreamreadbinaryfile.h"
 #include "tabase/tastreamwritebinarybuffer.h"
 
 #include <gtest/gtest.h>
@@ -66,11 +64,6 @@ std::unique_ptr<ISerializable> readChunk(const Bytes& bytes)
     return std::unique_ptr<ISerializable>(stream.ReadChunk());
 }
 
-Bytes writeChunkOf(const CString& className)
-{
-    return write([&](TuStreamWriteBinary& stream) { stream << 0u << className << 2u; });
-}
-
 TEST(VersionedRecordTest, OlderVersionsAreReadAndNewerOnesRefused)
 {
     const VersionedRecord record = makeRecord();
@@ -90,21 +83,17 @@ TEST(VersionedRecordTest, OlderVersionsAreReadAndNewerOnesRefused)
 
 TEST(VersionedRecordTest, ARecordCutAnywhereFails)
 {
-    const TemporaryFolder folder;
     const Bytes record = write([](auto& stream) { makeRecord().Serialize(stream); });
-    const Bytes chunk = write([](auto& stream) { stream.WriteChunk(makeRecord()); });
     for (std::size_t size = 0; size < record.size(); ++size) {
-        const Bytes cut(record.begin(), record.begin() + static_cast<std::ptrdiff_t>(size));
-        ExpectFailure<TuExceptionStream>([&] { read(cut); });
-        folder.WriteAll("cut", std::string(cut.begin(), cut.end()));
-        TaStreamReadBinaryFile file(folder / "cut");
+        TaStreamReadBinaryBuffer cut(record.data(), size);
         VersionedRecord untouched = makeRecord();
-        ExpectFailure<TuExceptionStream>([&] { untouched.Serialize(file); });
+        ExpectFailure<TuExceptionStream>([&] { untouched.Serialize(cut); });
         EXPECT_TRUE(untouched == makeRecord());
     }
+    const Bytes chunk = write([](auto& stream) { stream.WriteChunk(makeRecord()); });
     for (std::size_t size = 0; size < chunk.size(); ++size) {
-        const Bytes cut(chunk.begin(), chunk.begin() + static_cast<std::ptrdiff_t>(size));
-        ExpectFailure<TuExceptionStream>([&] { readChunk(cut); });
+        TaStreamReadBinaryBuffer cut(chunk.data(), size);
+        ExpectFailure<TuExceptionStream>([&] { delete cut.ReadChunk(); });
     }
 }
 
@@ -116,8 +105,7 @@ TEST(VersionedRecordTest, AHugeNumberAnywhereTakesNoMemoryBeyondTheBytesPresent)
     for (const unsigned int top : { 0xFFu, 0x7Fu, 0x10u }) {
         for (std::size_t place = 0; place + 4 <= chunk.size(); ++place) {
             Bytes damaged = chunk;
-            std::fill_n(damaged.begin() + static_cast<std::ptrdiff_t>(place), 3,
-                static_cast<unsigned char>(0xFF));
+            std::fill_n(&damaged[place], 3, static_cast<unsigned char>(0xFF));
             damaged[place + 3] = static_cast<unsigned char>(top);
             s_largestBlock = 0;
             try {
@@ -142,8 +130,6 @@ TEST(VersionedRecordTest, AChunkComesBackAsItsOwnClass)
     const std::unique_ptr<ISerializable> object(stream.ReadChunk());
     ASSERT_TRUE(object->Is(VersionedRecord::RTTI));
     EXPECT_TRUE(dynamic_cast<const VersionedRecord&>(*object) == record);
-    EXPECT_EQ(write([&](auto& out) { object->Serialize(out); }),
-        write([&](auto& out) { record.Serialize(out); }));
     int next = 0;
     stream >> next;
     EXPECT_EQ(next, 77);
@@ -151,20 +137,17 @@ TEST(VersionedRecordTest, AChunkComesBackAsItsOwnClass)
 
 TEST(VersionedRecordTest, AChunkThatCannotBeMadeIsRefused)
 {
-    const auto accountOf = [](const Bytes& bytes) -> std::string {
+    for (const CString name : { u"NoSuchClass", u"", u"Unmakeable", u"Unserializable" }) {
+        const Bytes chunk = write([&](auto& stream) { stream << 0u << name << 2u; });
         try {
-            readChunk(bytes);
+            readChunk(chunk);
+            ADD_FAILURE() << "nothing was thrown for " << name.ToUtf8();
         } catch (const TuException& failure) {
             EXPECT_TRUE(failure.Is(TuException::RTTI)) << failure.what();
-            return failure.what();
+            EXPECT_NE(
+                std::string(failure.what()).find('"' + name.ToUtf8() + '"'), std::string::npos);
         }
-        return "nothing was thrown";
-    };
-    EXPECT_NE(accountOf(writeChunkOf(u"NoSuchClass")).find("\"NoSuchClass\""), std::string::npos);
-    EXPECT_NE(accountOf(writeChunkOf(u"")).find("\"\""), std::string::npos);
-    EXPECT_NE(accountOf(writeChunkOf(u"Unmakeable")).find("\"Unmakeable\""), std::string::npos);
-    EXPECT_NE(
-        accountOf(writeChunkOf(u"Unserializable")).find("\"Unserializable\""), std::string::npos);
+    }
 
     // What the object itself throws while it is read passes on unchanged; the object is gone then.
     const Bytes newer = write(
