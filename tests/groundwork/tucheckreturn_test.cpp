@@ -45,21 +45,4 @@ TEST(TuCheckReturnTest, ComplainsOnceForEachResultThatNobodyLookedAt)
     EXPECT_EQ(s_complaints, 3);
 }
 
-TEST(TuCheckReturnTest, TheUsualPolicyComplainsInDebugBuildsOnly)
-{
-    static int s_asserted = 0;
-    s_asserted = 0;
-    const TuAssertHandler former = TuSetAssertHandler(
-        [](const char*, const char*, const char*, unsigned int) { ++s_asserted; });
-    {
-        const TuCheckReturn<bool> dropped = true;
-    }
-    TuSetAssertHandler(former);
-#if defined(NDEBUG)
-    EXPECT_EQ(s_asserted, 0);
-#else
-    EXPECT_EQ(s_asserted, 1);
-#endif
-}
-
 } // namespace

@@ -22,8 +22,6 @@ TEST(TuListTest, ElementsStayWhereTheyAreWhileOthersComeAndGo)
     const CString* const kept = &list.GetHead();
     const auto d = list.Find(u"d");
     list.InsertAfter(d, u"e");
-    list.AddHead(u"a");
-    EXPECT_EQ(list.RemoveHead(), u"a");
     EXPECT_EQ(list.RemoveTail(), u"e");
     EXPECT_TRUE(list.Remove(*d)); // the value looked for goes with its node
     EXPECT_FALSE(list.Remove(u"d"));
@@ -37,22 +35,16 @@ TEST(TuListTest, TakesElementsOfItself)
     list.Add(list.GetHead());
     list.AddHead(list.GetTail());
     list.Append(list);
-    EXPECT_EQ(list.GetCount(), 8u);
-    EXPECT_EQ(std::count(list.begin(), list.end(), u"b"), 2);
     Texts& same = list;
     list = same;
     EXPECT_EQ(list.GetCount(), 8u);
+    EXPECT_EQ(std::count(list.begin(), list.end(), u"b"), 2);
 }
 
-TEST(TuListTest, IteratorsAreBidirectionalAndOfSmallElementsConstant)
-{
-    static_assert(std::bidirectional_iterator<Texts::iterator>);
-    static_assert(std::is_same_v<TuList<int, 1>::iterator::reference, const int&>);
-    static_assert(std::is_convertible_v<Texts::iterator, Texts::const_iterator>);
-    static_assert(!std::is_convertible_v<Texts::const_iterator, Texts::iterator>);
-    const TuList<int> list{ 1, 2 };
-    EXPECT_EQ(*std::prev(list.cend()), 2);
-}
+static_assert(std::bidirectional_iterator<Texts::iterator>);
+static_assert(std::is_same_v<TuList<int, 1>::iterator::reference, const int&>);
+static_assert(std::is_convertible_v<Texts::iterator, Texts::const_iterator>);
+static_assert(!std::is_convertible_v<Texts::const_iterator, Texts::iterator>);
 
 TEST(TuListTest, HasNoEndsWhenEmptyAndNoNodesWithABlockSizeOfZero)
 {

@@ -12,23 +12,6 @@
 
 namespace {
 
-/// A key without an operator==, equal by its number alone.
-struct SLabel
-{
-    unsigned int number = 0;
-    CString text;
-};
-
-} // namespace
-
-template <> struct TuHashKey<SLabel>
-{
-    static unsigned int Compute(const SLabel& key) { return key.number; }
-    static bool AreEqual(const SLabel& a, const SLabel& b) { return a.number == b.number; }
-};
-
-namespace {
-
 TEST(TuSetTest, HoldsEachKeyOnceAndNeverLetsItChange)
 {
     static_assert(std::forward_iterator<TuSet<CString>::iterator>);
@@ -39,15 +22,6 @@ TEST(TuSetTest, HoldsEachKeyOnceAndNeverLetsItChange)
     EXPECT_TRUE(set.RemoveKey(*set.begin())); // the key looked for goes with its node
     EXPECT_EQ(std::distance(set.begin(), set.end()), 1);
     ExpectFailure<TuExceptionPreconditionViolation>([] { TuSet<int> none(10, 0); });
-}
-
-TEST(TuSetTest, KeysOfOnesOwnHashAndCompareAsTheirSpecialisationSays)
-{
-    TuSet<SLabel> set;
-    EXPECT_TRUE(set.Add({ 1, u"first" }));
-    EXPECT_FALSE(set.Add({ 1, u"second" }));
-    EXPECT_TRUE(set.Add({ 18, u"in the same bucket" }));
-    EXPECT_EQ(set.Find({ 1, u"" })->text, u"first");
 }
 
 TEST(TuSetTest, ItsRecordKeepsTheOrderOfIteration)

@@ -27,10 +27,6 @@ struct Shared : public TuReferenceCounted
     int value;
 };
 
-struct Derived : public Shared
-{
-};
-
 template <class T> unsigned int countOf(const TuSmartPointer<T>& pointer)
 {
     return pointer->getReferenceCounter().GetCount();
@@ -40,7 +36,10 @@ TEST(TuSmartPointerTest, CountsItsReferencesAndTheLastDeletesTheObject)
 {
     static_assert(sizeof(TuSmartPointer<Shared>) == sizeof(void*));
     static_assert(!std::is_convertible_v<TuSmartPointer<const Shared>, TuSmartPointer<Shared>>);
-    TuSmartPointer<Derived> derived = TuMake<Derived>();
+    struct Derived : public Shared
+    {
+    };
+    TuSmartPointer<Derived> derived = new Derived;
     TuSmartPointer<Shared> base = std::move(derived);
     EXPECT_TRUE(derived.IsNull()); // NOLINT(bugprone-use-after-move): null after a move is promised
     TuSmartPointer<Shared>& same = base;
@@ -106,7 +105,6 @@ TEST(TuWeakPointerTest, LocksWhileTheTargetLivesAndIsClearedWithIt)
     first.Clear();
     EXPECT_TRUE(first.Lock().IsNull());
     EXPECT_EQ(second.Lock(), target);
-
     target.Reset();
     EXPECT_EQ(s_alive, 0);
     EXPECT_TRUE(second.Lock().IsNull());
@@ -155,19 +153,18 @@ TEST(TuWeakPointerTest, LockingRacesWithTheLastReleaseAndNeverRevives)
     for (int round = 0; round < 2'000; ++round) {
         TuSmartPointer<Shared> target = new Shared(round);
         const TuWeakPointer<Shared> weak(target.Get());
-        std::atomic<bool> go{ false };
+        std::latch start(4);
         std::atomic<int> wrong{ 0 };
         {
             std::vector<std::jthread> lockers;
             for (int i = 0; i < 3; ++i) {
                 lockers.emplace_back([&] {
-                    go.wait(false);
+                    start.arrive_and_wait();
                     const TuSmartPointer<Shared> locked = weak.Lock();
                     wrong += !locked.IsNull() && locked->value != round;
                 });
             }
-            go = true;
-            go.notify_all();
+            start.arrive_and_wait();
             target.Reset();
         }
         ASSERT_EQ(wrong, 0);

@@ -1,7 +1,6 @@
 #include "groundwork/tustreamwriteasciistring.h"
 #include "groundwork/tustreamwriteasciitrace.h"
 #include "groundwork/tustreamwritebinary.h"
-#include "support/memorystreams.h"
 
 #include <gtest/gtest.h>
 
@@ -35,19 +34,6 @@ TEST(TuStreamWriteTest, TakesTextOfEveryKindAsText)
     EXPECT_EQ(outer.GetText(),
         "1a\xc3\xa4"
         "bcdetrue");
-}
-
-TEST(TuStreamWriteTest, TextKeepsItsZeroUnitsInTheBinaryForm)
-{
-    const CString text(u"a\0b", 3);
-    const std::vector<unsigned char> bytes
-        = WriteToBytes([&](TuStreamWriteBinary& stream) { stream << text << CStringA("\0", 1); });
-    CString wide;
-    CStringA narrow;
-    EXPECT_TRUE(
-        ReadFromBytes(bytes, [&](TuStreamReadBinary& stream) { stream >> wide >> narrow; }));
-    EXPECT_EQ(wide, text);
-    EXPECT_EQ(narrow, CStringA("\0", 1));
 }
 
 TEST(TuStreamWriteASCIITraceTest, PassesWholeLinesOnAndTheRestAtItsEnd)
