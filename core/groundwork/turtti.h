@@ -39,8 +39,8 @@ public:
     /// Whether this record is `record` or has it among its bases, through both base slots.
     bool IsKindOf(const TuRTTI& record) const
     {
-        if (this == &record) {
-            return true;
+        if (this == &record || m_firstBase == &record) {
+            return true; // most questions end here
         }
         const TuRTTI* const* ancestor = m_ancestors.load(std::memory_order_acquire);
         if (ancestor == nullptr) {
