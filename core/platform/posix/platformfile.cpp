@@ -200,14 +200,16 @@ EReplaceResult ReplaceAtomically(std::u16string_view from, std::u16string_view t
     if (!toNative(from, source) || !toNative(to, target)) {
         return eRR_Failed;
     }
-    mode_t rights = 0;
-    if (findRights(target, rights)) {
-        if (chmod(source.c_str(), rights) != 0) {
+    // Asked once: another program may put its file there between two looks.
+    struct stat old;
+    if (stat(target.c_str(), &old) == 0) {
+        if (!S_ISREG(old.st_mode)) {
+            errno = EEXIST; // a device or a folder is no document, and stays
             return eRR_Failed;
         }
-    } else if (access(target.c_str(), F_OK) == 0) {
-        errno = EEXIST; // a device or a folder is no document, and stays
-        return eRR_Failed;
+        if (chmod(source.c_str(), old.st_mode & 0777) != 0) {
+            return eRR_Failed;
+        }
     }
     // Opened first, so that a folder which cannot be found leaves the old file.
     const int folder = openFile(folderOf(target), O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0);
