@@ -112,9 +112,6 @@ TEST(TaStreamFileTest, ACommitThatCannotReplaceLeavesNothingBehindAndARefusedOne
 
 TEST(TaStreamFileTest, AFullDiskIsReportedAtTheLatestByCloseOrDestruction)
 {
-    if (!std::filesystem::exists("/dev/full")) {
-        GTEST_SKIP() << "this system has no device that takes no byte";
-    }
     constexpr std::string_view kReason = "cannot write \"/dev/full\": ";
     TaStreamWriteBinaryFile binary(u"/dev/full");
     binary << 1;
