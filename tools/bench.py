@@ -1,11 +1,19 @@
 #!/usr/bin/env python3
-"""Turns the JSON of the benchmark programs into docs/benchmarks.md.
+"""Runs the benchmark programs and turns their results into docs/benchmarks.md.
 
-usage: bench.py RESULTS_FOLDER OUTPUT
+usage: bench.py PROGRAMS_FOLDER RESULTS_FOLDER OUTPUT [NAME...]
+
+Each row of the table is a process of its own, in which the runs of ours and of its peers alternate:
+what other cases leave behind in the allocator and in the caches must not decide a comparison. The
+raw results stay in RESULTS_FOLDER, a file per row. With NAMEs (without "_benchmark") only the rows
+of these programs are measured; the others stay as last measured.
+TABASE_BENCH_REPETITIONS (5) says how often each case is repeated.
 """
 
 import json
+import os
 import platform
+import re
 import subprocess
 import sys
 from pathlib import Path
@@ -18,18 +26,45 @@ ROOT = Path(__file__).resolve().parent.parent
 PAIRS = json.loads((ROOT / "benchmarks/pairs.json").read_text())
 
 
-def medians(folder):
-    """Nanoseconds per iteration by benchmark name, and the newest context."""
-    times, context = {}, {}
-    for path in sorted(Path(folder).glob("*.json")):
-        data = json.loads(path.read_text())
-        if data["context"]["date"] >= context.get("date", ""):
-            context = data["context"]
-        unit = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
-        for run in data["benchmarks"]:
-            if run.get("aggregate_name") == "median":
-                times[run["run_name"]] = run["real_time"] * unit[run["time_unit"]]
-    return times, context
+def result_path(pair, results):
+    return results / (re.sub(r"\W+", "_", "-".join([pair["ours"], *pair["peers"]]))[:200] + ".json")
+
+
+def cases(program):
+    listed = subprocess.run([program, "--benchmark_list_tests"], capture_output=True, text=True,
+                            check=True)
+    return set(listed.stdout.split())
+
+
+def measure(program, pair, present, results):
+    names = [name for name in [pair["ours"], *pair["peers"]] if name in present]
+    subprocess.run(
+        [program, f"--benchmark_filter=^({'|'.join(names)})$",
+         f"--benchmark_repetitions={os.environ.get('TABASE_BENCH_REPETITIONS', '5')}",
+         "--benchmark_enable_random_interleaving=true", "--benchmark_report_aggregates_only=true",
+         f"--benchmark_out={result_path(pair, results)}", "--benchmark_out_format=json"],
+        check=True, stdout=subprocess.DEVNULL)
+
+
+def measure_all(programs, results, wanted):
+    results.mkdir(parents=True, exist_ok=True)
+    for program in sorted(programs.glob("*_benchmark")):
+        name = program.name.removesuffix("_benchmark")
+        if not wanted or name in wanted:
+            print(f"measuring {name}", flush=True)
+            present = cases(program)
+            for pair in PAIRS:
+                if pair["ours"] in present:
+                    measure(program, pair, present, results)
+
+
+def medians(path):
+    """Nanoseconds per iteration by benchmark name, and the context."""
+    data = json.loads(path.read_text())
+    unit = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
+    times = {run["run_name"]: run["real_time"] * unit[run["time_unit"]]
+             for run in data["benchmarks"] if run.get("aggregate_name") == "median"}
+    return times, data["context"]
 
 
 def readable(nanoseconds):
@@ -46,39 +81,46 @@ def processor():
     return platform.processor()
 
 
-def rows(times):
-    for pair in PAIRS:
-        ours = times.get(pair["ours"])
-        peers = {name: times[name] for name in pair["peers"] if name in times}
-        if ours is None or not peers:
-            continue
-        peer, best = min(peers.items(), key=lambda item: item[1])
-        rate = pair["kind"] == "rate"
-        ratio = best / ours if rate else ours / best
-        goal = pair.get("goal")
-        if goal is None:
-            verdict = ""
-        else:
-            word = "at least" if rate else "at most"
-            reached = ratio >= goal if rate else ratio <= goal
-            verdict = f"{word} {goal}" + ("" if reached else " — missed")
-        shown = peer.removeprefix("BM_").split("/")[0].split("_")[0]
-        yield (pair["subject"], pair["workload"], readable(ours), readable(best), shown,
-               f"{ratio:.2f}", verdict)
+def row(pair, times):
+    ours = times[pair["ours"]]
+    peers = {name: times[name] for name in pair["peers"] if name in times}
+    peer, best = min(peers.items(), key=lambda item: item[1])
+    rate = pair["kind"] == "rate"
+    ratio = best / ours if rate else ours / best
+    goal = pair.get("goal")
+    if goal is None:
+        verdict = ""
+    else:
+        word = "at least" if rate else "at most"
+        reached = ratio >= goal if rate else ratio <= goal
+        verdict = f"{word} {goal}" + ("" if reached else " — missed")
+    shown = peer.removeprefix("BM_").split("/")[0].split("_")[0]
+    cells = [pair["subject"], pair["workload"], readable(ours), readable(best), shown,
+             f"{ratio:.2f}", verdict]
+    return "| " + " | ".join(cells) + " |"
 
 
-def main():
-    folder, output = sys.argv[1:3]
-    times, context = medians(folder)
+def write_table(results, output):
     compiler = subprocess.run(["g++", "--version"], capture_output=True, text=True, check=True)
-    lines = [
+    lines, context = [], {}
+    for pair in PAIRS:
+        path = result_path(pair, results)
+        if not path.exists():
+            print(f"no result yet: {pair['subject']}, {pair['workload']}")
+            continue
+        times, row_context = medians(path)
+        if row_context["date"] >= context.get("date", ""):
+            context = row_context
+        if len(times) > 1:
+            lines.append(row(pair, times))
+    head = [
         "# Benchmarks",
         "",
-        "Ours beside the library that a user would take instead, on the same data in one run: "
-        "medians over repetitions. Written by `tools/bench.sh`; only the ratios mean anything on "
-        "another machine. A time ratio is ours to the peer's (smaller is better); a rate ratio is "
-        "our throughput to the peer's (larger is better). Where several peers were measured, the "
-        "best one counts.",
+        "Ours beside the library that a user would take instead, on the same data: each row is a "
+        "run of its own, in which ours and the peers alternate; medians over repetitions. Written "
+        "by `tools/bench.sh`; only the ratios mean anything on another machine. A time ratio is "
+        "ours to the peer's (smaller is better); a rate ratio is our throughput to the peer's "
+        "(larger is better). Where several peers were measured, the best one counts.",
         "",
         f"Measured {context['date'][:10]} on {context['num_cpus']} cores of: {processor()}; "
         f"{compiler.stdout.splitlines()[0]}, `-O2`.",
@@ -86,12 +128,15 @@ def main():
         "| subject | workload | ours | peer | which | ratio | goal |",
         "|---|---|---|---|---|---|---|",
     ]
-    lines += ["| " + " | ".join(row) + " |" for row in rows(times)]
-    notes = ROOT / "benchmarks/notes.md"
-    if notes.exists():
-        lines += ["", notes.read_text().strip()]
-    Path(output).write_text("\n".join(lines) + "\n")
+    notes = (ROOT / "benchmarks/notes.md").read_text().strip()
+    output.write_text("\n".join([*head, *lines, "", notes]) + "\n")
     print(f"wrote {output}")
+
+
+def main():
+    programs, results, output = map(Path, sys.argv[1:4])
+    measure_all(programs, results, sys.argv[4:])
+    write_table(results, output)
 
 
 if __name__ == "__main__":

@@ -111,12 +111,19 @@ protected:
 private:
     template <class Table, class E, class Node, int IteratorFlags> friend class TuHashIterator;
 
-    /// Lies in front of the chains, in the same block.
+    /// Lies in front of the chains, and these in front of the filters, in the same block.
     struct SBuckets
     {
         std::uint64_t reciprocal; // of the bucket count
 
         Association** GetChains() { return reinterpret_cast<Association**>(this + 1); }
+    };
+    /// Where a hash belongs. The filter of a bucket holds the marks of all keys that came into it:
+    /// a key whose mark is missing is new, which is known without a look at a node.
+    struct SPlace
+    {
+        unsigned int bucket;
+        unsigned char mark; // one bit
     };
 
     static unsigned int checkedBucketCount(unsigned int bucketCount)
@@ -129,7 +136,16 @@ private:
     }
     static bool areEqual(const Association* node, KeyArgument key);
     Association** chainOf(unsigned int bucket) const { return m_buckets->GetChains() + bucket; }
-    unsigned int bucketOf(KeyArgument key) const;
+    unsigned char* filters() const
+    {
+        return reinterpret_cast<unsigned char*>(m_buckets->GetChains() + m_bucketCount);
+    }
+    static auto hashOf(KeyArgument key);
+    template <class Hashed> unsigned int bucketOf(Hashed hash) const
+    {
+        return TuHashModulo::Compute(hash, m_bucketCount, m_buckets->reciprocal);
+    }
+    SPlace placeOf(KeyArgument key) const;
     Association* firstNodeFrom(unsigned int bucket) const;
     template <class... Args> Association* makeNode(unsigned int bucket, Args&&... args);
     void prepareBuckets();
@@ -160,14 +176,24 @@ TuHashTable<K, E, A, F, S, H>::~TuHashTable()
 }
 
 template <class K, class E, class A, int F, class S, class H>
-inline unsigned int TuHashTable<K, E, A, F, S, H>::bucketOf(KeyArgument key) const
+inline auto TuHashTable<K, E, A, F, S, H>::hashOf(KeyArgument key)
 {
     using Hash = decltype(H::Compute(key));
     static_assert(std::unsigned_integral<Hash>, "a hash is unsigned");
     using Wide
         = std::conditional_t<sizeof(Hash) <= sizeof(std::uint32_t), std::uint32_t, std::uint64_t>;
-    return TuHashModulo::Compute(
-        static_cast<Wide>(H::Compute(key)), m_bucketCount, m_buckets->reciprocal);
+    return static_cast<Wide>(H::Compute(key));
+}
+
+template <class K, class E, class A, int F, class S, class H>
+inline typename TuHashTable<K, E, A, F, S, H>::SPlace TuHashTable<K, E, A, F, S, H>::placeOf(
+    KeyArgument key) const
+{
+    const auto hash = hashOf(key);
+    // The upper bits of a product with 2^64 over the golden ratio: the remainder does not tell
+    // them.
+    const std::uint64_t mixed = hash * 0x9E37'79B9'7F4A'7C15u;
+    return { bucketOf(hash), static_cast<unsigned char>(1u << (mixed >> 61)) };
 }
 
 template <class K, class E, class A, int F, class S, class H>
@@ -186,17 +212,7 @@ inline A* TuHashTable<K, E, A, F, S, H>::findNode(KeyArgument key) const
     if (m_count == 0) {
         return nullptr;
     }
-    A* node = *chainOf(bucketOf(key));
-    if constexpr (std::is_scalar_v<K>) {
-        if (node == nullptr) {
-            return nullptr;
-        }
-        // The first or the second, without a jump: which of them it is cannot be predicted.
-        const std::uintptr_t isSecond = std::uintptr_t{ 0 } - (areEqual(node, key) ? 0u : 1u);
-        const auto first = reinterpret_cast<std::uintptr_t>(node);
-        const auto second = reinterpret_cast<std::uintptr_t>(node->m_next);
-        node = reinterpret_cast<A*>(first ^ ((first ^ second) & isSecond));
-    }
+    A* node = *chainOf(bucketOf(hashOf(key)));
     while (node != nullptr && !areEqual(node, key)) {
         node = node->m_next;
     }
@@ -211,14 +227,18 @@ inline std::pair<A*, bool> TuHashTable<K, E, A, F, S, H>::findOrInsert(
     if (m_buckets == nullptr) {
         prepareBuckets();
     }
-    const unsigned int bucket = bucketOf(key);
-    A** const chain = chainOf(bucket);
-    for (A* node = *chain; node != nullptr; node = node->m_next) {
-        if (areEqual(node, key)) {
-            return { node, false };
+    const SPlace place = placeOf(key);
+    A** const chain = chainOf(place.bucket);
+    unsigned char& filter = filters()[place.bucket];
+    if ((filter & place.mark) != 0) {
+        for (A* node = *chain; node != nullptr; node = node->m_next) {
+            if (areEqual(node, key)) {
+                return { node, false };
+            }
         }
     }
-    A* const node = makeNode(bucket, key, std::forward<Args>(args)...);
+    A* const node = makeNode(place.bucket, key, std::forward<Args>(args)...);
+    filter |= place.mark;
     node->m_next = *chain;
     *chain = node;
     return { node, true };
@@ -231,14 +251,16 @@ A* TuHashTable<K, E, A, F, S, H>::append(KeyArgument key, Args&&... args)
     if (m_buckets == nullptr) {
         prepareBuckets();
     }
-    const unsigned int bucket = bucketOf(key);
-    A** link = chainOf(bucket);
+    const SPlace place = placeOf(key);
+    A** link = chainOf(place.bucket);
     for (; *link != nullptr; link = &(*link)->m_next) {
         if (areEqual(*link, key)) {
             return nullptr;
         }
     }
-    return *link = makeNode(bucket, key, std::forward<Args>(args)...);
+    *link = makeNode(place.bucket, key, std::forward<Args>(args)...);
+    filters()[place.bucket] |= place.mark;
+    return *link;
 }
 
 template <class K, class E, class A, int F, class S, class H>
@@ -256,13 +278,14 @@ inline A* TuHashTable<K, E, A, F, S, H>::makeNode(unsigned int bucket, Args&&...
 template <class K, class E, class A, int F, class S, class H>
 void TuHashTable<K, E, A, F, S, H>::prepareBuckets()
 {
-    const std::size_t size = sizeof(SBuckets) + std::size_t{ m_bucketCount } * sizeof(A*);
+    const std::size_t size = sizeof(SBuckets) + std::size_t{ m_bucketCount } * (sizeof(A*) + 1);
     void* const block = TuAllocateBlock(size);
     if (block == nullptr) {
         throw TuExceptionOutOfMemory(TU_HERE_IN("core/groundwork/tuhashtable"));
     }
     m_buckets = ::new (block) SBuckets{ TuHashModulo::GetReciprocal(m_bucketCount) };
     std::uninitialized_fill_n(m_buckets->GetChains(), m_bucketCount, nullptr);
+    std::uninitialized_fill_n(filters(), m_bucketCount, static_cast<unsigned char>(0));
 }
 
 template <class K, class E, class A, int F, class S, class H>
@@ -291,7 +314,7 @@ bool TuHashTable<K, E, A, F, S, H>::RemoveKey(KeyArgument key)
     if (m_count == 0) {
         return false;
     }
-    A** link = chainOf(bucketOf(key));
+    A** link = chainOf(bucketOf(hashOf(key)));
     while (*link != nullptr && !areEqual(*link, key)) {
         link = &(*link)->m_next;
     }
@@ -339,6 +362,7 @@ void TuHashTable<K, E, A, F, S, H>::RemoveAll()
             --m_count;
             m_plexManager->Destroy(node);
         }
+        filters()[bucket] = 0;
     }
 }
 
@@ -352,15 +376,17 @@ void TuHashTable<K, E, A, F, S, H>::copyFrom(const TuHashTable& other)
     const bool hasSameBuckets = m_bucketCount == other.m_bucketCount;
     A** link = chainOf(0);
     for (const A* node = other.firstNode(); node != nullptr; node = other.nextNode(node)) {
-        const unsigned int bucket
-            = hasSameBuckets ? node->m_bucket : bucketOf(KeyArgument(node->m_key));
-        if (!hasSameBuckets || *link == nullptr || (*link)->m_bucket != bucket) {
-            link = chainOf(bucket);
+        const SPlace place = hasSameBuckets
+            ? SPlace{ node->m_bucket, other.filters()[node->m_bucket] }
+            : placeOf(KeyArgument(node->m_key));
+        if (!hasSameBuckets || *link == nullptr || (*link)->m_bucket != place.bucket) {
+            link = chainOf(place.bucket);
         }
         while (*link != nullptr) {
             link = &(*link)->m_next;
         }
-        *link = makeNode(bucket, *node);
+        *link = makeNode(place.bucket, *node);
+        filters()[place.bucket] |= place.mark;
     }
 }
 

@@ -41,13 +41,13 @@ public:
 
     TuListIterator& operator++()
     {
-        m_node = m_node->next;
+        m_node = nextOf(m_node);
         return *this;
     }
     TuListIterator operator++(int)
     {
         const TuListIterator before(*this);
-        m_node = m_node->next;
+        ++*this;
         return before;
     }
     /// From the end, steps to the tail.
@@ -76,6 +76,21 @@ private:
         : m_node(node)
         , m_list(list)
     {
+    }
+
+    /// Nodes made one after the other mostly lie so in their block. Where the guess is right the
+    /// processor goes on from it and need not wait for the link to be read, which halves the time
+    /// of a walk; in a long list of which many nodes are gone, wrong guesses can double it. The
+    /// compiler must not learn that guess and link are the same: it would go by the link again.
+    static Node* nextOf(Node* node)
+    {
+        Node* const next = node->next;
+        Node* guess = node + 1;
+        if (guess != next) {
+            return next;
+        }
+        asm("" : "+r"(guess));
+        return guess;
     }
 
     Node* m_node = nullptr; // null at the end
