@@ -20,6 +20,8 @@ namespace {
 
 constexpr auto kSafe = TaStreamWriteBinaryFile::eWM_Safe;
 
+const std::string kNothing = "nothing was thrown";
+
 template <class Action> std::string accountOf(Action&& action)
 {
     try {
@@ -27,7 +29,7 @@ template <class Action> std::string accountOf(Action&& action)
     } catch (const TuExceptionStream& failure) {
         return failure.GetCauseText().ToUtf8();
     }
-    return "nothing was thrown";
+    return kNothing;
 }
 
 std::size_t countFiles(const TemporaryFolder& folder)
@@ -95,12 +97,23 @@ TEST(TaStreamFileTest, SafeModeReplacesTheFileOnCommitOnly)
 TEST(TaStreamFileTest, ACommitThatCannotReplaceLeavesNothingBehindAndARefusedOneLosesNoBytes)
 {
     const TemporaryFolder folder;
-    std::filesystem::create_directories(folder.GetPath("target/inhabited"));
+    const std::string reason = "cannot replace \"" + (folder / "target").ToUtf8() + "\": ";
     TaStreamWriteBinaryFile stream(folder / "target", kSafe);
     stream << 1;
-    const std::string account = accountOf([&] { stream.Commit(); });
-    EXPECT_TRUE(account.starts_with("cannot replace \"" + (folder / "target").ToUtf8() + "\": "));
+    std::filesystem::create_directories(folder.GetPath("target/inhabited"));
+    EXPECT_TRUE(accountOf([&] { stream.Commit(); }).starts_with(reason));
     EXPECT_EQ(countFiles(folder), 1u);
+    const auto openSafely = [&](const char* name) { TaStreamWriteBinaryFile(folder / name, kSafe); };
+    EXPECT_TRUE(accountOf([&] { openSafely("target"); }).starts_with(reason));
+
+    // What may not be written is not replaced, either; nor what UTF-16 has no name for.
+    folder.WriteAll("protected", "old");
+    std::filesystem::permissions(folder.GetPath("protected"), std::filesystem::perms::owner_read);
+    EXPECT_EQ(accountOf([&] { openSafely("protected"); }) == kNothing,
+        accountOf([&] { TaStreamWriteBinaryFile(folder / "protected"); }) == kNothing);
+    folder.WriteAll("b\xff", "old");
+    std::filesystem::create_symlink("b\xff", folder.GetPath("link"));
+    EXPECT_NE(accountOf([&] { openSafely("link"); }), kNothing);
 
     TaStreamWriteBinaryFile direct(folder / "direct");
     direct << 1;
