@@ -1,5 +1,7 @@
 #include "groundwork/tuexceptions.h"
+#include "groundwork/tumemory.h"
 #include "largestblock.h"
+#include "tabase/tastreamwritebinarybuffer.h"
 
 #include <gtest/gtest.h>
 
@@ -23,6 +25,19 @@ TEST(OutOfMemoryTest, IsToldWhereThereIsNoMemoryForThePlaceEither)
         = "TuExceptionOutOfMemory at unknown(0): no memory was left to say where";
     EXPECT_EQ(accountOf(TU_HERE), kAccount);
     EXPECT_EQ(accountOf(u"core/groundwork/tuplexmanager", 284u), kAccount);
+}
+
+TEST(OutOfMemoryTest, ABufferThatCannotDoubleGrowsToWhatIsNeeded)
+{
+    const TuAllocationHook former
+        = TuSetAllocationHook([](std::size_t size) { return size <= 1000; });
+    const char bytes[1000] = {};
+    TaStreamWriteBinaryBuffer buffer;
+    buffer.WriteBuffer(bytes, 600);
+    buffer.WriteBuffer(bytes, 400);
+    EXPECT_THROW(buffer.WriteBuffer(bytes, 1), TuExceptionOutOfMemory);
+    EXPECT_EQ(buffer.GetSize(), 1000u);
+    TuSetAllocationHook(former);
 }
 
 } // namespace

@@ -103,7 +103,8 @@ TEST(TaStreamFileTest, ACommitThatCannotReplaceLeavesNothingBehindAndARefusedOne
     std::filesystem::create_directories(folder.GetPath("target/inhabited"));
     EXPECT_TRUE(accountOf([&] { stream.Commit(); }).starts_with(reason));
     EXPECT_EQ(countFiles(folder), 1u);
-    const auto openSafely = [&](const char* name) { TaStreamWriteBinaryFile(folder / name, kSafe); };
+    const auto openSafely
+        = [&](const char* name) { TaStreamWriteBinaryFile(folder / name, kSafe); };
     EXPECT_TRUE(accountOf([&] { openSafely("target"); }).starts_with(reason));
 
     // What may not be written is not replaced, either; nor what UTF-16 has no name for.

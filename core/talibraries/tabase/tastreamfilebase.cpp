@@ -120,7 +120,7 @@ void TaStreamFileBase::closeFileAtDestruction(std::size_t used) noexcept
         closeFile(used);
     } catch (const std::exception& failure) {
         try {
-            TuStreamWriteASCIITraceDiagnostic() << failure.what() << "\n";
+            TuStreamWriteASCIITraceDiagnostic() << CString::FromUtf8(failure.what()) << u"\n";
         } catch (...) { // out of memory: there is no way left to report
         }
     }
