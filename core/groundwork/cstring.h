@@ -11,6 +11,11 @@
 #include <type_traits>
 #include <utility>
 
+/// Wide text that is more than a pointer: strings and views.
+template <class Text>
+concept TuWideString = std::convertible_to<const Text&,
+    std::wstring_view> && !std::convertible_to<const Text&, const wchar_t*>;
+
 /// Text that owns its units: UTF-16 (`CString`, also called `String`) or bytes (`CStringA`).
 ///
 /// Lengths, positions and order count units, not characters: U+1F600 has two UTF-16 units and sorts
@@ -51,11 +56,9 @@ public:
         : m_text(text != nullptr ? platform::FromWide(text) : std::u16string())
     {
     }
-    template <class Wide> // so are wide strings and their views
-    requires std::is_same_v<Unit, char16_t> && std::convertible_to<const Wide&,
-        std::wstring_view> &&(!std::convertible_to<const Wide&, const wchar_t*>)
-        CStringT(const Wide& text) // NOLINT(google-explicit-constructor)
-        : m_text(platform::FromWide(text))
+    template <TuWideString Wide>
+    CStringT(const Wide& text) // NOLINT(google-explicit-constructor): so are wide strings
+        requires std::is_same_v<Unit, char16_t> : m_text(platform::FromWide(text))
     {
     }
     CStringT(std::nullptr_t) = delete;

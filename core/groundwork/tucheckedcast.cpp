@@ -5,8 +5,8 @@
 void TuThrowWrongClass(const IObject& object, const TuRTTI& expected)
 {
     CString text = u"the object is a ";
-    text += expected.GetClassName();
+    text += object.GetClassName();
     text += u", and no ";
-    text += object.GetRTTI().GetClassName();
+    text += expected.GetClassName();
     throw TuExceptionPreconditionViolation(TU_HERE, text);
 }

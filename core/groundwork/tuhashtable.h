@@ -125,7 +125,7 @@ private:
     struct SPlace
     {
         unsigned int bucket;
-        unsigned char mark; // one bit
+        unsigned char mark; // one bit of a hash; all bits of a bucket that is copied
     };
 
     static unsigned int checkedBucketCount(unsigned int bucketCount)
