@@ -1,4 +1,3 @@
-#include "groundwork/cstring.h"
 #include "groundwork/tuarraymanaged.h"
 #include "groundwork/tuhashmodulo.h"
 #include "groundwork/tulist.h"
@@ -6,6 +5,7 @@
 #include "groundwork/tumap.h"
 #include "groundwork/tuset.h"
 #include "support/memorystreams.h"
+#include "support/testrandom.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
@@ -33,6 +33,12 @@ template <class T> T make(unsigned int value)
     }
 }
 
+template <class Container> void readBack(Container& container)
+{
+    RC_ASSERT(ReadFromBytes(WriteToBytes([&](auto& stream) { container.Serialize(stream); }),
+        [&](auto& stream) { container.Serialize(stream); }));
+}
+
 template <class Array> void compareArray(const Changes& changes)
 {
     using T = typename Array::value_type;
@@ -50,12 +56,10 @@ template <class Array> void compareArray(const Changes& changes)
             model.push_back(value);
             model.push_back(T(model[place]));
             break;
-        case 1: {
-            const T own = model[number % size];
+        case 1:
             array.InsertAt(place, array[number % size]);
-            model.insert(at, own);
+            model.insert(at, T(model[number % size]));
             break;
-        }
         case 2: {
             const unsigned int count = number % (size - place + 1);
             array.RemoveAt(place, count);
@@ -66,11 +70,17 @@ template <class Array> void compareArray(const Changes& changes)
             array.SetSize(number % 50);
             model.resize(number % 50);
             break;
-        case 4:
+        case 4: {
             array.SetGrowBy(number % 4);
             array.FreeExtra();
-            array = Array(Array(array));
+            RC_ASSERT(array.GetCapacity() == size);
+            array = std::as_const(array);
+            Array copy{ value };
+            copy = array;
+            array = Array(copy);
+            RC_ASSERT(array.GetGrowBy() == number % 4);
             break;
+        }
         case 5:
             if (size < 100) {
                 array.Append(array);
@@ -102,41 +112,50 @@ RC_GTEST_PROP(ContainerProperties, AListBehavesAsAStandardList, (const Changes& 
 {
     TuList<CString> list;
     std::list<CString> model;
+    const auto byLength
+        = [](const CString& a, const CString& b) { return a.GetLength() < b.GetLength(); };
     for (const auto& [kind, where, number] : changes) {
         const CString value = make<CString>(number);
         const auto step = static_cast<std::ptrdiff_t>(where % (model.size() + 1));
         const auto place = std::next(list.begin(), step);
         const auto at = std::next(model.begin(), step);
-        switch (kind % 6) {
+        switch (kind % 7) {
         case 0:
             list.Add(value);
+            list.AddHead(list.GetTail());
             model.push_back(value);
-            break;
-        case 1:
-            list.AddHead(value);
             model.push_front(value);
             break;
-        case 2:
+        case 1:
             RC_ASSERT(*list.InsertBefore(place, value) == value);
             model.insert(at, value);
             break;
-        case 3:
+        case 2:
             if (at != model.end()) {
                 const auto rest = std::distance(model.erase(at), model.end());
                 RC_ASSERT(std::distance(list.Erase(place), list.end()) == rest);
             }
             break;
-        case 4: {
-            const auto byLength
-                = [](const CString& a, const CString& b) { return a.GetLength() < b.GetLength(); };
+        case 3:
+            if (at != model.end()) {
+                RC_ASSERT(list.Remove(*place)); // the value looked for may go with its node
+                model.erase(std::find(model.begin(), model.end(), *at));
+            }
+            break;
+        case 4:
             list.Sort(byLength);
             model.sort(byLength); // stable, too
             break;
-        }
+        case 5:
+            if (model.size() < 100) {
+                list.Append(list);
+                model.splice(model.end(), std::list<CString>(model));
+            }
+            break;
         default:
+            list = std::as_const(list);
             TuList<CString>(list).Swap(list);
-            RC_ASSERT(ReadFromBytes(WriteToBytes([&](auto& stream) { list.Serialize(stream); }),
-                [&](auto& stream) { list.Serialize(stream); }));
+            readBack(list);
         }
         RC_ASSERT(std::equal(list.begin(), list.end(), model.begin(), model.end()));
         RC_ASSERT(std::equal(list.rbegin(), list.rend(), model.rbegin(), model.rend()));
@@ -149,23 +168,33 @@ RC_GTEST_PROP(ContainerProperties, ASortedListIsAStableSort, (const std::vector<
     const auto byTens = [](int a, int b) { return a / 10 < b / 10; };
     TuListSorted<int, 1, unsigned int, decltype(byTens)> list(byTens);
     for (const int value : values) {
-        list.Add(value);
+        RC_ASSERT(*list.Add(value) == value);
     }
     std::vector<int> expected(values);
     std::stable_sort(expected.begin(), expected.end(), byTens);
     RC_ASSERT(std::equal(list.begin(), list.end(), expected.begin(), expected.end()));
 }
 
-template <class K> void compareMap(const Changes& changes, unsigned int bucketCount)
+/// The order of iteration of a table that the keys are appended to.
+template <class K> std::vector<K> inBuckets(std::vector<K> keys, unsigned int bucketCount)
 {
-    TuMap<K, unsigned int> map(3, bucketCount);
+    std::ranges::stable_sort(
+        keys, {}, [&](const K& key) { return TuHashKey<K>::Compute(key) % bucketCount; });
+    return keys;
+}
+
+template <class K>
+void compareMap(const Changes& changes, unsigned int bucketCount, unsigned int otherCount)
+{
+    using Map = TuMap<K, unsigned int>;
+    Map map(3, bucketCount);
     TuSet<K> set(3, bucketCount);
     std::map<K, unsigned int> model;
-    std::vector<std::list<K>> order(bucketCount); // bucket by bucket, the newest first
+    std::vector<K> keys; // bucket by bucket, in each the newest first
     for (const auto& [kind, where, number] : changes) {
         const K key = make<K>(where % 64 * 7);
         const bool isNew = !model.contains(key);
-        switch (kind % 5) {
+        switch (kind % 7) {
         case 0:
             RC_ASSERT(map.SetAt(key, number) == isNew);
             RC_ASSERT(set.Add(key) == isNew);
@@ -175,34 +204,44 @@ template <class K> void compareMap(const Changes& changes, unsigned int bucketCo
             RC_ASSERT(map.Insert(key, number) == set.Add(key));
             model.insert({ key, number });
             break;
-        case 2:
-            RC_ASSERT(map.RemoveKey(key) == !isNew);
-            RC_ASSERT(set.RemoveKey(key) == !isNew);
+        case 2: // by the key in the node that goes, where there is one
+            RC_ASSERT(map.RemoveKey(isNew ? key : map.Find(key)->GetKey()) == !isNew);
+            RC_ASSERT(set.RemoveKey(isNew ? key : *set.Find(key)) == !isNew);
             model.erase(key);
             break;
         case 3:
-            RC_ASSERT(ReadFromBytes(WriteToBytes([&](auto& stream) { map.Serialize(stream); }),
-                [&](auto& stream) { map.Serialize(stream); }));
-            map = TuMap<K, unsigned int>(map);
-            break;
-        default:
             if (!isNew) {
                 const auto rest = std::distance(map.Find(key), map.end());
                 RC_ASSERT(std::distance(map.Erase(map.Find(key)), map.end()) == rest - 1);
                 RC_ASSERT(std::distance(set.Erase(set.Find(key)), set.end()) == rest - 1);
                 model.erase(key);
             }
+            break;
+        case 4: {
+            Map other(3, otherCount);
+            TuSet<K> otherSet(3, otherCount);
+            map = other = map;
+            set = otherSet = set;
+            keys = inBuckets(keys, otherCount);
+            break;
         }
-        std::list<K>& bucket = order[TuHashKey<K>::Compute(key) % bucketCount];
+        case 5:
+            readBack(map);
+            map = Map(map);
+            set = TuSet<K>(set);
+            break;
+        default:
+            if (number % 4 == 0) {
+                map.RemoveAll();
+                set.RemoveAll();
+                model.clear();
+            }
+        }
         if (isNew && model.contains(key)) {
-            bucket.push_front(key);
-        } else if (!isNew && !model.contains(key)) {
-            bucket.remove(key);
+            keys.insert(keys.begin(), key);
         }
-        std::vector<K> keys;
-        for (const std::list<K>& each : order) {
-            keys.insert(keys.end(), each.begin(), each.end());
-        }
+        std::erase_if(keys, [&](const K& each) { return !model.contains(each); });
+        keys = inBuckets(keys, bucketCount);
         RC_ASSERT(std::equal(set.begin(), set.end(), keys.begin(), keys.end()));
         RC_ASSERT(std::equal(map.begin(), map.end(), keys.begin(), keys.end(),
             [&](const auto& entry, const K& expected) {
@@ -216,40 +255,32 @@ template <class K> void compareMap(const Changes& changes, unsigned int bucketCo
 RC_GTEST_PROP(ContainerProperties, MapsAndSetsBehaveAsAMapInTheirOwnOrder, (const Changes& changes))
 {
     const unsigned int bucketCount = *rc::gen::inRange(1u, 40u);
-    compareMap<unsigned int>(changes, bucketCount);
-    compareMap<long long>(changes, bucketCount);
-    compareMap<CString>(changes, bucketCount);
+    const unsigned int otherCount = *rc::gen::inRange(1u, 40u);
+    compareMap<unsigned int>(changes, bucketCount, otherCount);
+    compareMap<long long>(changes, bucketCount, otherCount);
+    compareMap<CString>(changes, bucketCount, otherCount);
 }
 
-bool isModuloExact(std::uint64_t value, std::uint32_t divisor)
+TEST(ContainerProperties, TheModuloByReciprocalIsExact)
 {
-    const std::uint64_t reciprocal = TuHashModulo::GetReciprocal(divisor);
-    const auto low = static_cast<std::uint32_t>(value);
-    return TuHashModulo::Compute(value, divisor, reciprocal) == value % divisor
-        && TuHashModulo::Compute(low, divisor, reciprocal) == low % divisor;
-}
-
-RC_GTEST_PROP(ContainerProperties, TheModuloByReciprocalIsExact, ())
-{
-    const auto divisor = *rc::gen::nonZero<std::uint32_t>();
-    const auto value = *rc::gen::arbitrary<std::uint64_t>();
-    // The multiples and their neighbours are where a quotient tips over.
-    const std::uint64_t multiple = value - value % divisor;
-    for (const std::uint64_t near : { value, multiple, multiple - 1, multiple + divisor - 1 }) {
-        RC_ASSERT(isModuloExact(near, divisor));
-    }
-}
-
-TEST(ContainerProperties, TheModuloByReciprocalIsExactAtTheLimits)
-{
-    constexpr std::uint64_t kMost = ~std::uint64_t{ 0 };
-    for (const std::uint32_t divisor :
-        { 1u, 2u, 3u, 17u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFEu, 0xFFFFFFFFu }) {
-        for (std::uint64_t offset = 0; offset < 1000; ++offset) {
-            for (const std::uint64_t value :
-                { offset, kMost - offset, kMost - kMost % divisor - offset, (kMost >> 1) - offset,
-                    divisor - offset, 0xFFFFFFFFu - 0xFFFFFFFFu % divisor - offset }) {
-                EXPECT_TRUE(isModuloExact(value, divisor)) << value << " % " << divisor;
+    std::vector<std::uint32_t> divisors{ 1, 2, 3, 17, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFE,
+        0xFFFFFFFF };
+    std::mt19937_64 random = MakeTestRandom();
+    std::generate_n(std::back_inserter(divisors), 1000,
+        [&] { return static_cast<std::uint32_t>(random() >> (32 + random() % 31)) | 1; });
+    for (const std::uint32_t divisor : divisors) {
+        const std::uint64_t reciprocal = TuHashModulo::GetReciprocal(divisor);
+        for (std::uint64_t offset = 0; offset < 200; ++offset) {
+            // The multiples and their neighbours are where a quotient tips over.
+            for (const std::uint64_t end : { std::uint64_t{ 0 }, ~std::uint64_t{ 0 } >> 1,
+                     std::uint64_t{ 0xFFFFFFFF }, random() }) {
+                for (const std::uint64_t value :
+                    { end + offset, end - offset, end - end % divisor + 100 - offset }) {
+                    const auto low = static_cast<std::uint32_t>(value);
+                    ASSERT_TRUE(TuHashModulo::Compute(value, divisor, reciprocal) == value % divisor
+                        && TuHashModulo::Compute(low, divisor, reciprocal) == low % divisor)
+                        << value << " % " << divisor;
+                }
             }
         }
     }
