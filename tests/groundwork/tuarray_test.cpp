@@ -122,26 +122,4 @@ TEST(TuArrayTest, SortKeepsAllElementsUnderAComparisonThatIsNoOrder)
     }
 }
 
-TEST(TuArrayTest, ServesStandardAlgorithms)
-{
-    TuArray<int> array;
-    std::ranges::copy(std::vector<int>{ 1, 2, 3 }, std::back_inserter(array));
-    EXPECT_EQ(array.Find(2), 1u);
-    EXPECT_EQ(array.Find(1, 1), TuArray<int>::kNotFound);
-    EXPECT_EQ(*array.Erase(array.begin()), 2);
-}
-
-TEST(TuStackTest, GivesBackTheNewestFirst)
-{
-    TuStack<CString> stack;
-    stack.Push(u"a");
-    stack.Push(u"b");
-    stack.Push(stack.GetTop()); // grows
-    CString popped;
-    while (!stack.IsEmpty()) {
-        popped += stack.Pop();
-    }
-    EXPECT_EQ(popped, u"bba");
-}
-
 } // namespace

@@ -55,8 +55,8 @@ TYPED_TEST(TuBoxedTest, IsMadeByNameWithTheDefaultValueAndReadsBackWhatItWrote)
     const std::unique_ptr<ISerializable> back(stream.ReadChunk());
     EXPECT_TRUE(stream.IsAtEnd());
     EXPECT_EQ(dynamic_cast<const Boxed&>(*back), sample);
-    EXPECT_EQ(WriteToBytes([&](auto& plain) { sample.Serialize(plain); }).size(),
-        4 + TypeParam::kSize);
+    EXPECT_EQ(
+        WriteToBytes([&](auto& plain) { sample.Serialize(plain); }).size(), 4 + TypeParam::kSize);
 
     const std::unique_ptr<IObject> copy(TuRTTI::getClone(name)(sample));
     EXPECT_EQ(dynamic_cast<const Boxed&>(*copy), sample);

@@ -43,19 +43,18 @@ TEST(TuListTest, TakesElementsThatCanOnlyBeMoved)
     EXPECT_EQ(*moved.GetHead() - *moved.GetTail(), 1);
 }
 
-TEST(TuListTest, SortMovesIteratorsAndStopsAfterAPassWithoutASwap)
+TEST(TuListTest, SortKeepsEqualElementsInOrderAndStopsAfterAPassWithoutASwap)
 {
-    Texts list{ u"b", u"c", u"a" };
-    const auto c = list.Find(u"c");
+    Texts list{ u"bb", u"ca", u"ab", u"cb", u"aa", u"ba" };
+    const auto ca = list.Find(u"ca");
     int asked = 0;
-    const auto less = [&](const CString& a, const CString& b) { return ++asked, a < b; };
-    list.Sort(less);
-    EXPECT_EQ(*c, u"c");
-    EXPECT_EQ(*std::prev(c), u"b");
+    const auto byFirst = [&](const CString& a, const CString& b) { return ++asked, a[0] < b[0]; };
+    list.Sort(byFirst);
+    EXPECT_EQ(list, (Texts{ u"ab", u"aa", u"bb", u"ba", u"ca", u"cb" }));
+    EXPECT_EQ(*ca, u"ca"); // iterators move with their elements
     asked = 0;
-    list.Sort(less);
-    EXPECT_EQ(asked, 2);
-    Texts().Sort(less);
+    list.Sort(byFirst);
+    EXPECT_EQ(asked, 5);
 }
 
 TEST(TuListSortedTest, ARecordInTheWrongOrderIsReadIntoOrderInTime)

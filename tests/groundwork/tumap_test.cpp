@@ -87,18 +87,6 @@ TEST(TuMapTest, HasBucketsAndNoMemoryForThemWhileEmpty)
     EXPECT_TRUE(map.IsEmpty());
 }
 
-TEST(TuMapTest, AssignmentKeepsTheBucketsAndMovingTakesThem)
-{
-    const Numbers source{ { 1, 1 }, { 100, 2 }, { 1000, 3 } };
-    Numbers target(5, 1);
-    target = source;
-    EXPECT_EQ(target.GetBucketCount(), 1u);
-    Numbers moved;
-    moved = std::move(target);
-    EXPECT_EQ(moved.GetBucketCount(), 1u);
-    EXPECT_EQ(moved, source);
-}
-
 TEST(TuMapTest, AValueThatGoesWithTheRestFindsNoEntryThatIsGone)
 {
     struct Owner

@@ -1,6 +1,7 @@
 #include "groundwork/tuplexmanager.h"
 
 #include "groundwork/tuexceptions.h"
+#include "groundwork/tusmartpointer.h"
 #include "support/allocationlimit.h"
 #include "support/expectfailure.h"
 #include "support/fragile.h"
