@@ -142,19 +142,17 @@ TYPED_TEST(NodeContainersTest, TakeNothingWithABlockSizeOfZeroOrNoPlexManager)
 
 TEST(ContainersTest, RefuseMoreElementsThanTheirSizeCanCount)
 {
-    const auto fill = [](auto container) {
-        for (int i = 0; i < 255; ++i) {
-            add(container, i);
-        }
-        ExpectFailure<TuExceptionOutOfMemory>([&] { add(container, 255); });
-        if constexpr (requires { container.Append(container); }) {
-            ExpectFailure<TuExceptionOutOfMemory>([&] { container.Append(container); });
-        }
-        EXPECT_EQ(container.GetCount(), 255);
-        EXPECT_FALSE(container.Contains(255));
-    };
-    fill(TuList<int, 17, unsigned char>());
-    fill(TuMap<int, int, 17, unsigned char>());
+    TuList<int, 17, unsigned char> list;
+    TuMap<int, int, 17, unsigned char> map;
+    for (int i = 0; i < 255; ++i) {
+        list.Add(i);
+        map[i] = i;
+    }
+    ExpectFailure<TuExceptionOutOfMemory>([&] { list.Add(255); });
+    ExpectFailure<TuExceptionOutOfMemory>([&] { list.Append(list); });
+    ExpectFailure<TuExceptionOutOfMemory>([&] { map[255] = 255; });
+    EXPECT_TRUE(list.GetCount() == 255 && list.GetTail() == 254);
+    EXPECT_TRUE(map.GetCount() == 255 && !map.Contains(255));
 }
 
 using Bytes = std::vector<unsigned char>;

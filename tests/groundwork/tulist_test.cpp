@@ -38,9 +38,8 @@ TEST(TuListTest, TakesElementsThatCanOnlyBeMoved)
 {
     TuList<TuScopedPointer<int>> list;
     list.Emplace(new int(1));
-    list.AddHead(TuScopedPointer<int>(new int(2)));
-    const TuList<TuScopedPointer<int>> moved(std::move(list));
-    EXPECT_EQ(*moved.GetHead() - *moved.GetTail(), 1);
+    list.AddHead(list.RemoveTail());
+    EXPECT_EQ(*TuList(std::move(list)).GetHead(), 1);
 }
 
 TEST(TuListTest, SortKeepsEqualElementsInOrderAndStopsAfterAPassWithoutASwap)
