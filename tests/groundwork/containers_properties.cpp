@@ -59,33 +59,26 @@ template <class Container> void compareSequence(const Changes& changes)
             model.push_back(value);
             model.push_back(T(model.front()));
             break;
-        case 1: {
-            const unsigned int source = number % size;
+        case 1:
             if constexpr (kIsArray) {
-                container.InsertAt(place, container[source]);
+                container.InsertAt(place, *container.begin());
             } else {
-                const auto inserted
-                    = container.InsertBefore(position, *std::next(container.begin(), source));
-                RC_ASSERT(*inserted == model[source]);
+                container.InsertBefore(position, *container.begin());
             }
-            model.insert(at, T(model[source]));
+            model.insert(at, T(model.front()));
             break;
-        }
         case 2: {
-            unsigned int count = 1;
-            if constexpr (kIsArray) {
-                count = number % (size - place + 1);
-                container.RemoveAt(place, count);
-            } else {
-                const auto next = container.Erase(position);
-                RC_ASSERT(std::distance(next, container.end()) == size - place - 1);
-            }
-            model.erase(at, at + std::ptrdiff_t{ count });
+            const auto next = container.Erase(position);
+            RC_ASSERT(next == std::next(container.begin(), place));
+            model.erase(at);
             break;
         }
         case 3:
             if constexpr (kIsArray) {
+                const unsigned int count = number % (size - place + 1);
+                container.RemoveAt(place, count);
                 container.SetSize(number % 50);
+                model.erase(at, at + std::ptrdiff_t{ count });
                 model.resize(number % 50);
             } else {
                 RC_ASSERT(container.Remove(*position)); // the value may go with its node
