@@ -101,7 +101,6 @@ template <class Container> void compareSequence(const Changes& changes)
             }
             Container moved(std::move(container));
             RC_ASSERT(container.IsEmpty()); // NOLINT(bugprone-use-after-move): what is promised
-            container.Add(value);
             RC_ASSERT(moved == copy);
             container = std::move(moved);
             break;

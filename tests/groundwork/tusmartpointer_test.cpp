@@ -168,7 +168,8 @@ TEST(TuWeakPointerTest, LinksAndReferencesOfSeveralThreadsRaceAndLocksWithTheLas
             together.arrive_and_wait();
             weak[i].Set(target.Get()); // one of them is the first link
             for (int step = 0; step < 10; ++step) {
-                const TuSmartPointer<Shared> copy = target;
+                TuSmartPointer<Shared> copy = target;
+                const TuSmartPointer<Shared> moved = std::move(copy);
             }
             together.arrive_and_wait();
             if (i == 0) {
