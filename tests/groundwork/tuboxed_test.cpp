@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
-#include <type_traits>
 
 namespace {
 
@@ -18,7 +17,7 @@ template <class Boxed> class TuBoxedTest : public testing::Test
 };
 
 /// A boxed class, what it stores, and the size of its record behind the version.
-template <class Class, class Stored, std::size_t Size> struct Case
+template <class Class, class Stored, std::size_t Size = sizeof(Stored)> struct Case
 {
     using Boxed = Class;
     static constexpr std::size_t kSize = Size;
@@ -33,12 +32,11 @@ template <class Class, class Stored, std::size_t Size> struct Case
     }
 };
 
-using Cases = testing::Types<Case<TuBool, bool, 1>, Case<TuChar, char, 1>,
-    Case<TuInt8, std::int8_t, 1>, Case<TuInt16, std::int16_t, 2>, Case<TuInt32, std::int32_t, 4>,
-    Case<TuLong, std::int32_t, 4>, Case<TuInt64, std::int64_t, 8>, Case<TuUInt8, std::uint8_t, 1>,
-    Case<TuUInt16, std::uint16_t, 2>, Case<TuUInt32, std::uint32_t, 4>,
-    Case<TuULong, std::uint32_t, 4>, Case<TuUInt64, std::uint64_t, 8>, Case<TuFloat32, float, 4>,
-    Case<TuFloat64, double, 8>, Case<TuString, CString, 8>>;
+using Cases = testing::Types<Case<TuBool, bool, 1>, Case<TuChar, char>, Case<TuInt8, std::int8_t>,
+    Case<TuInt16, std::int16_t>, Case<TuInt32, std::int32_t>, Case<TuLong, std::int32_t>,
+    Case<TuInt64, std::int64_t>, Case<TuUInt8, std::uint8_t>, Case<TuUInt16, std::uint16_t>,
+    Case<TuUInt32, std::uint32_t>, Case<TuULong, std::uint32_t>, Case<TuUInt64, std::uint64_t>,
+    Case<TuFloat32, float>, Case<TuFloat64, double>, Case<TuString, CString, 8>>;
 TYPED_TEST_SUITE(TuBoxedTest, Cases);
 
 TYPED_TEST(TuBoxedTest, IsMadeByNameWithTheDefaultValueAndReadsBackWhatItWrote)
@@ -48,24 +46,17 @@ TYPED_TEST(TuBoxedTest, IsMadeByNameWithTheDefaultValueAndReadsBackWhatItWrote)
 
     const Boxed sample(static_cast<Value>(TypeParam::GetSample()));
     const CString name = sample.GetClassName();
-    EXPECT_TRUE(sample.Is(Boxed::RTTI));
     ASSERT_NE(TuRTTI::getCreate(name), nullptr) << name.ToUtf8();
-
     const std::unique_ptr<IObject> made(TuRTTI::getCreate(name)());
-    auto& boxed = dynamic_cast<Boxed&>(*made);
-    EXPECT_EQ(boxed.GetValue(), Value());
+    EXPECT_EQ(dynamic_cast<const Boxed&>(*made).GetValue(), Value());
 
-    const std::vector<unsigned char> bytes
-        = WriteToBytes([&](TuStreamWriteBinary& stream) { stream.WriteChunk(sample); });
+    const auto bytes = WriteToBytes([&](auto& stream) { stream.WriteChunk(sample); });
     PlainStreamRead stream(bytes);
     const std::unique_ptr<ISerializable> back(stream.ReadChunk());
     EXPECT_TRUE(stream.IsAtEnd());
     EXPECT_EQ(dynamic_cast<const Boxed&>(*back), sample);
-
-    const std::vector<unsigned char> record = WriteToBytes([&](TuStreamWriteBinary& plain) {
-        static_cast<const ISerializable&>(sample).Serialize(plain);
-    });
-    EXPECT_EQ(record.size(), 4 + TypeParam::kSize);
+    EXPECT_EQ(
+        WriteToBytes([&](auto& plain) { sample.Serialize(plain); }).size(), 4 + TypeParam::kSize);
 
     const std::unique_ptr<IObject> copy(TuRTTI::getClone(name)(sample));
     EXPECT_EQ(dynamic_cast<const Boxed&>(*copy), sample);

@@ -1,30 +1,35 @@
-#include "groundwork/tuboxed.h"
+#include "groundwork/iextendable.h"
+#include "groundwork/iserializable.h"
 #include "groundwork/tuexceptions.h"
 #include "groundwork/tuweakpointer.h"
+#include "support/expectfailure.h"
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
-#include <latch>
+#include <barrier>
 #include <optional>
 #include <thread>
-#include <type_traits>
 #include <vector>
 
 namespace {
 
 std::atomic<int> s_alive{ 0 };
 
-struct Shared : public TuReferenceCounted
+template <class Counting> struct Object : public Counting
 {
-    explicit Shared(int number = 0)
-        : value(number)
-    {
-        ++s_alive;
-    }
-    ~Shared() override { --s_alive; }
+    Object() { ++s_alive; }
+    ~Object() override { --s_alive; }
+};
+using Shared = Object<TuReferenceCounted>;
 
-    int value;
+/// What counts where a class cannot derive from TuReferenceCounted.
+struct OwnCounter : public virtual IReferenceCounted
+{
+    const TuReferenceCounter<unsigned int>& getReferenceCounter() const override { return counter; }
+
+    TuReferenceCounter<unsigned int> counter;
 };
 
 template <class T> unsigned int countOf(const TuSmartPointer<T>& pointer)
@@ -32,23 +37,30 @@ template <class T> unsigned int countOf(const TuSmartPointer<T>& pointer)
     return pointer->getReferenceCounter().GetCount();
 }
 
-TEST(TuSmartPointerTest, CountsItsReferencesAndTheLastDeletesTheObject)
+template <class Counting> class TuSmartPointerTest : public testing::Test
 {
-    static_assert(sizeof(TuSmartPointer<Shared>) == sizeof(void*));
-    static_assert(!std::is_convertible_v<TuSmartPointer<const Shared>, TuSmartPointer<Shared>>);
-    struct Derived : public Shared
+};
+using Countings = testing::Types<TuReferenceCounted, OwnCounter>;
+TYPED_TEST_SUITE(TuSmartPointerTest, Countings);
+
+TYPED_TEST(TuSmartPointerTest, CountsItsReferencesAndTheLastDeletesTheObject)
+{
+    using Base = Object<TypeParam>;
+    static_assert(sizeof(TuSmartPointer<Base>) == sizeof(void*));
+    static_assert(!std::is_convertible_v<TuSmartPointer<const Base>, TuSmartPointer<Base>>);
+    struct Derived : public Base
     {
     };
     TuSmartPointer<Derived> derived = new Derived;
-    TuSmartPointer<Shared> base = std::move(derived);
+    TuSmartPointer<Base> base = std::move(derived);
     EXPECT_TRUE(derived.IsNull()); // NOLINT(bugprone-use-after-move): null after a move is promised
-    TuSmartPointer<Shared>& same = base;
+    TuSmartPointer<Base>& same = base;
     base = same;
     base = std::move(same);
     ASSERT_FALSE(base.IsNull());
     EXPECT_EQ(countOf(base), 1u);
 
-    TuSmartPointer<const Shared> second = base;
+    TuSmartPointer<const Base> second = base;
     EXPECT_EQ(countOf(base), 2u);
     base.Reset();
     EXPECT_EQ(countOf(second), 1u);
@@ -57,7 +69,32 @@ TEST(TuSmartPointerTest, CountsItsReferencesAndTheLastDeletesTheObject)
     EXPECT_EQ(s_alive, 0);
 }
 
-TEST(TuSmartPointerTest, CopiesOfAnObjectHaveCountersOfTheirOwn)
+TYPED_TEST(TuSmartPointerTest, WeakOnesLockWhileTheTargetLivesAndAreClearedWithIt)
+{
+    using Target = Object<TypeParam>;
+    using Weak = TuWeakPointer<Target>;
+    EXPECT_TRUE(Weak().Lock().IsNull());
+    TuSmartPointer<Target> target = new Target;
+    Weak first(target.Get());
+    Weak second = first;
+    std::optional<Weak> third(first); // in the middle of the list, and first to go
+    const Weak fourth(target.Get());
+    third.reset();
+    EXPECT_EQ(first.Lock(), target);
+    EXPECT_EQ(countOf(target), 1u);
+    first.Clear();
+    EXPECT_TRUE(first.Lock().IsNull());
+    EXPECT_EQ(second.Lock(), target);
+    target.Reset();
+    EXPECT_EQ(s_alive, 0);
+    EXPECT_TRUE(second.Lock().IsNull());
+    EXPECT_TRUE(fourth.Lock().IsNull());
+    const TuSmartPointer<Target> next = new Target;
+    second.Set(next.Get());
+    EXPECT_EQ(second.Lock(), next);
+}
+
+TEST(TuReferenceCountedTest, CopiesOfAnObjectHaveCountersOfTheirOwn)
 {
     struct Plain : public TuReferenceCounted
     {
@@ -73,46 +110,20 @@ TEST(TuSmartPointerTest, CopiesOfAnObjectHaveCountersOfTheirOwn)
     EXPECT_EQ(weak.Lock(), original);
 }
 
-TEST(TuSmartPointerTest, ThreadsCountOneObjectTogether)
+#if !defined(NDEBUG)
+TEST(TuReferenceCountedTest, AssertsThatADestroyedObjectIsNotReferredTo)
 {
-    const TuSmartPointer<Shared> object = new Shared;
-    std::latch start(4);
-    std::vector<std::jthread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            start.arrive_and_wait();
-            for (int step = 0; step < 20'000; ++step) {
-                TuSmartPointer<Shared> copy = object;
-                const TuSmartPointer<Shared> moved = std::move(copy);
-            }
-        });
+    static int s_reports = 0;
+    const TuAssertHandler former = TuSetAssertHandler(
+        [](const char*, const char*, const char*, unsigned int) { ++s_reports; });
+    {
+        Shared object;
+        static_cast<void>(TuSmartPointer<Shared>(&object).Detach());
     }
-    threads.clear();
-    EXPECT_EQ(countOf(object), 1u);
+    EXPECT_EQ(s_reports, 1);
+    TuSetAssertHandler(former);
 }
-
-TEST(TuWeakPointerTest, LocksWhileTheTargetLivesAndIsClearedWithIt)
-{
-    EXPECT_TRUE(TuWeakPointer<Shared>().Lock().IsNull());
-    TuSmartPointer<Shared> target = new Shared;
-    TuWeakPointer<Shared> first(target.Get());
-    TuWeakPointer<Shared> second = first;
-    std::optional<TuWeakPointer<Shared>> third(first); // in the middle of the list, and first to go
-    TuWeakPointer<Shared> fourth(target.Get());
-    third.reset();
-    EXPECT_EQ(first.Lock(), target);
-    EXPECT_EQ(countOf(target), 1u);
-    first.Clear();
-    EXPECT_TRUE(first.Lock().IsNull());
-    EXPECT_EQ(second.Lock(), target);
-    target.Reset();
-    EXPECT_EQ(s_alive, 0);
-    EXPECT_TRUE(second.Lock().IsNull());
-    EXPECT_TRUE(fourth.Lock().IsNull());
-    const TuSmartPointer<Shared> next = new Shared;
-    second.Set(next.Get());
-    EXPECT_EQ(second.Lock(), next);
-}
+#endif
 
 TEST(TuWeakPointerTest, ATargetThatNobodyHoldsIsNotRevivedButReachedOnceHeld)
 {
@@ -133,54 +144,79 @@ TEST(TuWeakPointerTest, ATargetThatNobodyHoldsIsNotRevivedButReachedOnceHeld)
 
 TEST(TuWeakPointerTest, LocksInTheTargetsDestructorGiveNothing)
 {
+    static bool s_sawNothing = false;
     struct Observer : public TuReferenceCounted
     {
-        ~Observer() override { *sawNothing = weak->Lock().IsNull(); }
+        ~Observer() override { s_sawNothing = weak->Lock().IsNull(); }
         TuWeakPointer<Observer>* weak = nullptr;
-        bool* sawNothing = nullptr;
     };
-    bool sawNothing = false;
     TuSmartPointer<Observer> target = new Observer;
     TuWeakPointer<Observer> weak(target.Get());
     target->weak = &weak;
-    target->sawNothing = &sawNothing;
     target.Reset();
-    EXPECT_TRUE(sawNothing);
+    EXPECT_TRUE(s_sawNothing);
 }
 
-TEST(TuWeakPointerTest, LockingRacesWithTheLastReleaseAndNeverRevives)
+TEST(TuWeakPointerTest, LinksAndReferencesOfSeveralThreadsRaceAndLocksWithTheLastRelease)
 {
+    constexpr std::size_t kThreads = 4;
     for (int round = 0; round < 2'000; ++round) {
-        TuSmartPointer<Shared> target = new Shared(round);
-        const TuWeakPointer<Shared> weak(target.Get());
-        std::latch start(4);
-        std::atomic<int> wrong{ 0 };
-        {
-            std::vector<std::jthread> lockers;
-            for (int i = 0; i < 3; ++i) {
-                lockers.emplace_back([&] {
-                    start.arrive_and_wait();
-                    const TuSmartPointer<Shared> locked = weak.Lock();
-                    wrong += !locked.IsNull() && locked->value != round;
-                });
+        TuSmartPointer<Shared> target = new Shared;
+        std::array<TuWeakPointer<Shared>, kThreads> weak;
+        std::barrier together(kThreads);
+        const auto run = [&](std::size_t i) {
+            together.arrive_and_wait();
+            weak[i].Set(target.Get()); // one of them is the first link
+            for (int step = 0; step < 10; ++step) {
+                TuSmartPointer<Shared> copy = target;
+                const TuSmartPointer<Shared> moved = std::move(copy);
             }
-            start.arrive_and_wait();
-            target.Reset();
+            together.arrive_and_wait();
+            if (i == 0) {
+                target.Reset();
+            } else {
+                EXPECT_TRUE(weak[0].Lock().IsNull() || s_alive == 1);
+            }
+        };
+        std::vector<std::jthread> threads;
+        for (std::size_t i = 0; i < kThreads; ++i) {
+            threads.emplace_back(run, i);
         }
-        ASSERT_EQ(wrong, 0);
-        ASSERT_TRUE(weak.Lock().IsNull());
+        threads.clear();
+        for (const TuWeakPointer<Shared>& link : weak) {
+            ASSERT_TRUE(link.Lock().IsNull());
+        }
         ASSERT_EQ(s_alive, 0);
     }
 }
 
-TEST(IExtensionInterfaceTest, AnObjectAnswersForTheInterfacesThatItImplements)
+class Document : public IExtendable, public TuReferenceCounted, public ISerializable
 {
-    TuInt32 number(3);
-    const TuInt32& reading = number;
-    EXPECT_NE(dynamic_cast<ISerializable*>(number.GetExtension("Groundwork.Serializable", true)),
-        nullptr);
-    EXPECT_EQ(number.GetExtension("TaBase.Bitmap", false), nullptr);
-    EXPECT_THROW(reading.GetExtension("TaBase.Bitmap", true), TuExceptionUnknownExtension);
+    TU_DECLARE_RTTI
+
+public:
+    void Serialize(TuStreamWriteBinary&) const override { }
+    void Serialize(TuStreamReadBinary&) override { }
+    TU_DECLARE_EXTENSIONS;
+};
+TU_DEFINE_RTTI_ROOT(Document, nullptr, nullptr);
+constexpr unsigned int kLine = __LINE__ + 1;
+TU_DEFINE_EXTENSIONS(Document, ISerializable)
+
+TEST(IExtensionInterfaceTest, AnObjectOfSeveralInterfacesIsOneObjectAndAnswersForThem)
+{
+    const TuSmartPointer<Document> document = new Document;
+    EXPECT_EQ(&document->GetRTTI(), &Document::RTTI);
+    IExtendable& writing = *document;
+    const IExtendable& reading = *document;
+    EXPECT_EQ(&reading.getReferenceCounter(), &document->getReferenceCounter());
+    const char* const name = ISerializable::kExtensionName;
+    EXPECT_EQ(dynamic_cast<ISerializable*>(writing.GetExtension(name, true)), document.Get());
+    EXPECT_EQ(reading.GetExtension("Groundwork.Serializable", true), &reading);
+    EXPECT_EQ(writing.GetExtension("TaBase.Bitmap", false), nullptr);
+    EXPECT_EQ(reading.GetExtension(nullptr, false), nullptr);
+    ExpectFailure<TuExceptionUnknownExtension>([&] { reading.GetExtension("TaBase.Bitmap", true); },
+        u"tests/groundwork/tusmartpointer_test", kLine);
 }
 
 } // namespace

@@ -57,13 +57,13 @@ TEST(TuVariantTest, ConvertsWithDefinedResultsAtTheLimits)
     EXPECT_EQ(TuVariant(-HUGE_VAL).ToInt(), std::numeric_limits<int>::min());
     EXPECT_EQ(TuVariant(std::nan("")).ToInt(), 0);
     EXPECT_EQ(TuVariant(-1.9).ToInt(), -1);
-    EXPECT_EQ(TuVariant(kTwoTo63).ToInt64(), kInt64Max);
     EXPECT_EQ(TuVariant(4294967295u).ToInt(), std::numeric_limits<int>::max());
+    EXPECT_EQ(TuVariant(u"2.5").ToInt(), 2);
+    EXPECT_EQ(TuVariant(kTwoTo63).ToInt64(), kInt64Max);
     EXPECT_EQ(TuVariant(u"9223372036854775807").ToInt64(), kInt64Max);
     EXPECT_EQ(TuVariant("99999999999999999999").ToInt64(), kInt64Max);
     EXPECT_EQ(TuVariant(u"1e400").ToDouble(), HUGE_VAL);
     EXPECT_EQ(TuVariant(u"-1e-400").ToDouble(), 0.0);
-    EXPECT_EQ(TuVariant(u"2.5").ToInt(), 2);
 
     EXPECT_FALSE(TuVariant().ToBool() || TuVariant(0.0).ToBool() || TuVariant(u"false").ToBool());
     EXPECT_TRUE(TuVariant("0.5").ToBool() && TuVariant("nan").ToBool());
@@ -92,12 +92,10 @@ TEST(TuVariantTest, EveryKindReadsBackAndABadRecordChangesNothing)
         EXPECT_EQ(kept, value);
         EXPECT_EQ(kept.GetType(), value.GetType());
     }
-    for (const std::vector<unsigned char>& bytes :
-        { std::vector<unsigned char>{ 0, 0, 0, 0, 9 }, { 1, 0, 0, 0, 0 } }) {
-        TuVariant kept(3);
-        ExpectFailure<TuExceptionWrongFileVersion>([&] { read(bytes, kept); });
-        EXPECT_EQ(kept, TuVariant(3));
-    }
+    TuVariant kept(3);
+    ExpectFailure<TuExceptionWrongFileVersion>([&] { read({ 0, 0, 0, 0, 9 }, kept); });
+    ExpectFailure<TuExceptionWrongFileVersion>([&] { read({ 1, 0, 0, 0, 0 }, kept); });
+    EXPECT_EQ(kept, TuVariant(3));
 }
 
 } // namespace
