@@ -20,20 +20,11 @@ namespace {
 
 constexpr auto kSafe = TaStreamWriteBinaryFile::eWM_Safe;
 
-template <class Action> std::string accountOf(Action&& action)
+/// What a failure's account says behind the class and the place.
+template <class Action> std::string reasonOf(Action&& action)
 {
-    try {
-        action();
-    } catch (const TuExceptionStream& failure) {
-        return failure.GetCauseText().ToUtf8();
-    }
-    return "nothing was thrown";
-}
-
-std::size_t countFiles(const TemporaryFolder& folder)
-{
-    const std::filesystem::directory_iterator entries(folder.GetPath(""));
-    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+    const std::string account = ExpectFailure<TuExceptionStream>(action);
+    return account.substr(account.find(": ") + 2);
 }
 
 TEST(TaStreamFileTest, AFailureToOpenNamesFileAndReason)
@@ -44,14 +35,14 @@ TEST(TaStreamFileTest, AFailureToOpenNamesFileAndReason)
     ASSERT_FALSE(file.Open(missing, platform::eFM_Read));
     const std::string reason = CString(platform::GetLastSystemError().text).ToUtf8();
     const std::string open = "cannot open \"" + missing.ToUtf8() + "\": " + reason;
-    EXPECT_EQ(accountOf([&] { TaStreamReadBinaryFile stream(missing); }), open);
-    EXPECT_EQ(accountOf([&] { TaStreamReadASCIIFile stream(missing); }), open);
-    EXPECT_EQ(accountOf([&] { TaStreamWriteBinaryFile stream(missing); }), open);
-    EXPECT_EQ(accountOf([&] { TaStreamWriteASCIIFile stream(missing); }), open);
-    EXPECT_EQ(accountOf([&] { TaStreamWriteBinaryFile stream(missing, kSafe); }),
+    EXPECT_EQ(reasonOf([&] { TaStreamReadBinaryFile stream(missing); }), open);
+    EXPECT_EQ(reasonOf([&] { TaStreamReadASCIIFile stream(missing); }), open);
+    EXPECT_EQ(reasonOf([&] { TaStreamWriteBinaryFile stream(missing); }), open);
+    EXPECT_EQ(reasonOf([&] { TaStreamWriteASCIIFile stream(missing); }), open);
+    EXPECT_EQ(reasonOf([&] { TaStreamWriteBinaryFile stream(missing, kSafe); }),
         "cannot create a temporary file beside \"" + missing.ToUtf8() + "\": " + reason);
-    EXPECT_TRUE(
-        accountOf([&] { TaStreamReadBinaryFile stream(folder / ""); }).starts_with("cannot open "));
+    const std::string ofFolder = reasonOf([&] { TaStreamReadBinaryFile stream(folder / ""); });
+    EXPECT_TRUE(ofFolder.starts_with("cannot open ")) << ofFolder;
 }
 
 TEST(TaStreamFileTest, SafeModeReplacesTheFileOnCommitOnly)
@@ -60,21 +51,20 @@ TEST(TaStreamFileTest, SafeModeReplacesTheFileOnCommitOnly)
     const CString path = folder / "document";
     folder.WriteAll("document", "old");
     const std::string content(100'000, 'n');
-    {
+    try {
         TaStreamWriteBinaryFile closed(path, kSafe);
         closed.WriteBuffer(content.data(), content.size());
-        EXPECT_EQ(countFiles(folder), 2u);
+        EXPECT_EQ(folder.CountFiles(), 2);
         closed.Close(); // not committed
-        EXPECT_EQ(countFiles(folder), 1u);
-    }
-    try {
+        EXPECT_EQ(folder.CountFiles(), 1);
+
         TaStreamWriteBinaryFile abandoned(path, kSafe);
         abandoned.WriteBuffer(content.data(), content.size());
         throw std::runtime_error("in the middle of saving");
     } catch (const std::runtime_error&) {
     }
     EXPECT_EQ(folder.ReadAll("document"), "old");
-    EXPECT_EQ(countFiles(folder), 1u);
+    EXPECT_EQ(folder.CountFiles(), 1);
 
     TaStreamWriteBinaryFile first(path, kSafe);
     TaStreamWriteBinaryFile second(path, kSafe); // each has a temporary file of its own
@@ -85,7 +75,7 @@ TEST(TaStreamFileTest, SafeModeReplacesTheFileOnCommitOnly)
     EXPECT_EQ(folder.ReadAll("document"), content + '!');
     second.Commit();
     EXPECT_EQ(folder.ReadAll("document"), "");
-    EXPECT_EQ(countFiles(folder), 1u);
+    EXPECT_EQ(folder.CountFiles(), 1);
 
     ExpectFailure<TuExceptionPreconditionViolation>([&] { first.Commit(); });
     ExpectFailure<TuExceptionStream>([&] { first << 1; });
@@ -97,10 +87,9 @@ TEST(TaStreamFileTest, ACommitThatCannotReplaceLeavesNothingBehindAndARefusedOne
     const TemporaryFolder folder;
     std::filesystem::create_directories(folder.GetPath("target/inhabited"));
     TaStreamWriteBinaryFile stream(folder / "target", kSafe);
-    stream << 1;
-    const std::string account = accountOf([&] { stream.Commit(); });
-    EXPECT_TRUE(account.starts_with("cannot replace \"" + (folder / "target").ToUtf8() + "\": "));
-    EXPECT_EQ(countFiles(folder), 1u);
+    const std::string reason = reasonOf([&] { stream.Commit(); });
+    EXPECT_TRUE(reason.starts_with("cannot replace \"" + (folder / "target").ToUtf8() + "\": "));
+    EXPECT_EQ(folder.CountFiles(), 1);
 
     TaStreamWriteBinaryFile direct(folder / "direct");
     direct << 1;
@@ -115,34 +104,28 @@ TEST(TaStreamFileTest, AFullDiskIsReportedAtTheLatestByCloseOrDestruction)
     constexpr std::string_view kReason = "cannot write \"/dev/full\": ";
     TaStreamWriteBinaryFile binary(u"/dev/full");
     binary << 1;
-    EXPECT_TRUE(accountOf([&] { binary.Close(); }).starts_with(kReason));
+    EXPECT_TRUE(reasonOf([&] { binary.Close(); }).starts_with(kReason));
     EXPECT_NO_THROW(binary.Close()); // reported once
 
     // A larger amount fails earlier; then every later step fails with the same reason.
     const std::string large(100'000, 'x');
     TaStreamWriteASCIIFile text(u"/dev/full", false);
-    const std::string reason = accountOf([&] { text << large.c_str(); });
+    const std::string reason = reasonOf([&] { text << large.c_str(); });
     EXPECT_TRUE(reason.starts_with(kReason));
-    EXPECT_EQ(accountOf([&] { text << 1; }), reason);
-    EXPECT_EQ(accountOf([&] { text.Close(); }), reason);
+    EXPECT_EQ(reasonOf([&] { text << 1; }), reason);
+    EXPECT_EQ(reasonOf([&] { text.Close(); }), reason);
 
-    const auto traceOf = [](const auto& destroy) {
-        testing::internal::CaptureStderr();
-        destroy();
-        return testing::internal::GetCapturedStderr();
-    };
-    const std::string trace = traceOf([] {
-        TaStreamWriteBinaryFile lost(u"/dev/full");
-        lost << 1;
-    });
-    EXPECT_NE(trace.find(kReason), std::string::npos) << trace;
-    EXPECT_EQ(trace.back(), '\n');
-    EXPECT_EQ(traceOf([&] {
+    testing::internal::CaptureStderr();
+    {
         TaStreamWriteBinaryFile known(u"/dev/full");
         EXPECT_ANY_THROW(known.WriteBuffer(large.data(), large.size()));
         const TaStreamWriteBinaryFile empty(u"/dev/full");
-    }),
-        "");
+        TaStreamWriteBinaryFile lost(u"/dev/full");
+        lost << 1;
+    }
+    const std::string trace = testing::internal::GetCapturedStderr();
+    EXPECT_NE(trace.find(kReason), std::string::npos) << trace;
+    EXPECT_EQ(trace.find('\n'), trace.size() - 1) << trace; // one line, of the lost byte
 }
 
 TEST(TaStreamFileTest, AClosedReaderFails)
@@ -155,8 +138,8 @@ TEST(TaStreamFileTest, AClosedReaderFails)
     text >> number;
     text.Close();
     binary.Close();
-    EXPECT_TRUE(accountOf([&] { text >> number; }).starts_with("cannot read "));
-    EXPECT_TRUE(accountOf([&] { binary >> number; }).starts_with("cannot read "));
+    EXPECT_TRUE(reasonOf([&] { text >> number; }).starts_with("cannot read "));
+    EXPECT_TRUE(reasonOf([&] { binary >> number; }).starts_with("cannot read "));
 }
 
 TEST(TaStreamFileTest, SafeModeWritesBehindALinkAndUnderLongNames)
@@ -183,11 +166,9 @@ TEST(TaStreamFileTest, ThreadsMaySaveTheSameFileAtOnce)
         for (int i = 0; i < 3; ++i) {
             threads.emplace_back([&] {
                 for (int save = 0; save < 200; ++save) {
-                    EXPECT_NO_THROW({
-                        TaStreamWriteBinaryFile file(folder / "shared.bin", kSafe);
-                        file << save;
-                        file.Commit();
-                    });
+                    TaStreamWriteBinaryFile file(folder / "shared.bin", kSafe);
+                    file << save;
+                    EXPECT_NO_THROW(file.Commit());
                 }
             });
         }
