@@ -48,17 +48,27 @@ bool isOriented(const Mesh& mesh)
     return true;
 }
 
+/// Expects a mesh in one piece, without flaws, that is read back as it was written.
+void expectSound(const Mesh& mesh, std::uint32_t vertices, std::uint32_t faces,
+    std::int64_t eulerCharacteristic, std::uint64_t boundaryEdges)
+{
+    const SMeshFigures figures = AnalyseMesh(mesh);
+    EXPECT_EQ(figures.vertices, vertices);
+    EXPECT_EQ(figures.faces, faces);
+    EXPECT_EQ(figures.eulerCharacteristic, eulerCharacteristic);
+    EXPECT_EQ(figures.boundaryEdges, boundaryEdges);
+    EXPECT_EQ(figures.components, 1u);
+    EXPECT_EQ(figures.nonManifoldEdges + figures.isolatedVertices + figures.degenerateFaces, 0u);
+    EXPECT_TRUE(isOriented(mesh));
+    const std::string text = writeText(mesh);
+    EXPECT_EQ(writeText(ReadMeshText("a.off", text)), text);
+}
+
 TEST(MeshGeneratorTest, TheSphereIsClosedAndRound)
 {
-    for (const std::uint32_t resolution : { 1u, 2u, 3u, 10u }) {
-        const Mesh mesh = MakeSphere(resolution);
-        const SMeshFigures figures = AnalyseMesh(mesh);
-        EXPECT_EQ(figures.vertices, 4u * resolution * resolution + 2);
-        EXPECT_EQ(figures.faces, 8u * resolution * resolution);
-        EXPECT_EQ(figures.eulerCharacteristic, 2);
-        EXPECT_EQ(figures.boundaryEdges + figures.nonManifoldEdges + figures.isolatedVertices, 0u);
-        EXPECT_EQ(figures.components, 1u);
-        EXPECT_TRUE(isOriented(mesh));
+    for (const std::uint32_t n : { 1u, 2u, 3u, 10u }) {
+        const Mesh mesh = MakeSphere(n);
+        expectSound(mesh, 4 * n * n + 2, 8 * n * n, 2, 0);
         for (std::uint32_t i = 0; i < mesh.GetVertexCount(); ++i) {
             const SPoint& p = mesh.GetVertex(i);
             EXPECT_NEAR(p.x * p.x + p.y * p.y + p.z * p.z, 1.0, 1e-5);
@@ -68,14 +78,9 @@ TEST(MeshGeneratorTest, TheSphereIsClosedAndRound)
 
 TEST(MeshGeneratorTest, TheTorusIsClosedWithAHole)
 {
-    for (const std::uint32_t resolution : { 3u, 4u, 9u, 24u }) {
-        const Mesh mesh = MakeTorus(resolution);
-        const SMeshFigures figures = AnalyseMesh(mesh);
-        EXPECT_EQ(figures.vertices, resolution * resolution);
-        EXPECT_EQ(figures.faces, resolution * resolution);
-        EXPECT_EQ(figures.eulerCharacteristic, 0);
-        EXPECT_EQ(figures.boundaryEdges + figures.nonManifoldEdges, 0u);
-        EXPECT_TRUE(isOriented(mesh));
+    for (const std::uint32_t n : { 3u, 4u, 9u, 24u }) {
+        const Mesh mesh = MakeTorus(n);
+        expectSound(mesh, n * n, n * n, 0, 0);
         for (std::uint32_t i = 0; i < mesh.GetVertexCount(); ++i) {
             const SPoint& p = mesh.GetVertex(i);
             const double ring = std::sqrt(p.x * p.x + p.y * p.y) - 1.0;
@@ -87,13 +92,8 @@ TEST(MeshGeneratorTest, TheTorusIsClosedWithAHole)
 TEST(MeshGeneratorTest, TheTerrainIsOneSheet)
 {
     const Mesh mesh = MakeTerrain(20);
+    expectSound(mesh, 21 * 21, 800, 1, 80);
     const SMeshFigures figures = AnalyseMesh(mesh);
-    EXPECT_EQ(figures.vertices, 21u * 21u);
-    EXPECT_EQ(figures.faces, 800u);
-    EXPECT_EQ(figures.boundaryEdges, 80u);
-    EXPECT_EQ(figures.nonManifoldEdges, 0u);
-    EXPECT_EQ(figures.eulerCharacteristic, 1);
-    EXPECT_TRUE(isOriented(mesh));
     EXPECT_GT(figures.upperBound.z - figures.lowerBound.z, 0.05); // hills, not a plain
 }
 
@@ -105,17 +105,6 @@ TEST(MeshGeneratorTest, WritesTheSameBytesOnEverySystem)
     EXPECT_EQ(hashOf(writeText(MakeTerrain(50))), 4026685115u);
     EXPECT_EQ(hashOf(writeText(MakeTorus(50))), 2339437156u);
     EXPECT_EQ(hashOf(writeText(MakeSphere(50))), 3434661186u);
-}
-
-TEST(MeshGeneratorTest, WhatIsWrittenIsReadBack)
-{
-    const Mesh mesh = MakeTorus(7);
-    const Mesh read = ReadMeshText("a.off", writeText(mesh));
-    ASSERT_EQ(read.GetVertexCount(), mesh.GetVertexCount());
-    for (std::uint32_t i = 0; i < mesh.GetVertexCount(); ++i) {
-        EXPECT_EQ(read.GetVertex(i), mesh.GetVertex(i));
-    }
-    EXPECT_TRUE(std::ranges::equal(read.GetCorners(), mesh.GetCorners()));
 }
 
 } // namespace

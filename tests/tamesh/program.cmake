@@ -5,6 +5,8 @@ file(MAKE_DIRECTORY ${FOLDER})
 file(WRITE ${FOLDER}/good.off "OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n")
 file(WRITE ${FOLDER}/bad.off "OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 7\n")
 file(WRITE ${FOLDER}/mesh.ply "ply\n")
+file(WRITE ${FOLDER}/old.tadoc "old")
+file(MAKE_DIRECTORY ${FOLDER}/folder.off)
 
 # expect(CODE OUT_PATTERN ERROR_PATTERN arguments...): a pattern that is empty demands silence.
 function(expect code out_pattern error_pattern)
@@ -31,10 +33,18 @@ expect(0 "good.off \\(OFF\\)\n  vertices +3\n  faces +1\n" "" info good.off)
 expect(1 "good.off \\(OFF\\)\n.*good.off \\(OFF\\)\n" "^bad.off:6: the face names vertex 7[^\n]*\n$"
   info good.off bad.off good.off)
 expect(1 "" "^missing.off: cannot open: [^\n]+\n$" info missing.off)
+expect(1 "" "^missing.tadoc: cannot open: [^\n]+\n$" show missing.tadoc)
+expect(1 "" "^folder.off: is a folder, not a file\n$" info folder.off)
 expect(1 "" "^mesh.ply: unknown format[^\n]+\n$" info mesh.ply)
 
+# Nothing is written then, and nothing is left of the attempt.
+expect(1 "" "^bad.off:6: " pack bad.off -o old.tadoc)
 expect(1 "" "^bad.off:6: " pack bad.off -o bad.tadoc)
-expect_missing(bad.tadoc)
+file(READ ${FOLDER}/old.tadoc old)
+file(GLOB documents RELATIVE ${FOLDER} ${FOLDER}/*tadoc*)
+if(NOT old STREQUAL "old" OR NOT documents STREQUAL "old.tadoc")
+  message(SEND_ERROR "a mesh that is refused has left '${old}' and ${documents}")
+endif()
 expect(1 "" "^nowhere/a.tadoc: cannot create a temporary file beside: "
   pack good.off -o nowhere/a.tadoc)
 expect(0 "" "" pack good.off -o good.tadoc)
