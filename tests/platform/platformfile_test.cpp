@@ -45,12 +45,11 @@ TEST(PlatformFileTest, WritesReadsAndMovesTheHandle)
 TEST(PlatformFileTest, RefusesWhatIsNotThereOrThereAlreadyOrNoFile)
 {
     const TemporaryFolder folder;
+    folder.WriteAll("a", "old");
     File file;
     EXPECT_FALSE(file.Open(folder / "missing", platform::eFM_Read));
-    EXPECT_NE(platform::GetLastSystemError().number, 0u);
     EXPECT_FALSE(file.Open(folder / "", platform::eFM_Read)); // a folder
     EXPECT_FALSE(file.IsOpen());
-    folder.WriteAll("a", "old");
     EXPECT_FALSE(file.Open(folder / "a", platform::eFM_CreateNew));
     // The system would cut the path.
     EXPECT_FALSE(file.Open((folder / "a") + CString(u"\0b", 2), platform::eFM_Read));
@@ -58,20 +57,7 @@ TEST(PlatformFileTest, RefusesWhatIsNotThereOrThereAlreadyOrNoFile)
     EXPECT_EQ(folder.ReadAll("a"), "old");
 }
 
-TEST(PlatformFileTest, ReplacesAFileInOneStep)
-{
-    const TemporaryFolder folder;
-    folder.WriteAll("old", "old content");
-    folder.WriteAll("new", "new content");
-    EXPECT_TRUE(platform::MakeFolder(folder / "sub"));
-    EXPECT_EQ(platform::ReplaceAtomically(folder / "new", folder / "sub"), platform::eRR_Failed);
-    EXPECT_EQ(platform::ReplaceAtomically(folder / "new", folder / "old"), platform::eRR_Durable);
-    EXPECT_FALSE(platform::PathExists(folder / "new"));
-    EXPECT_EQ(platform::ReplaceAtomically(folder / "new", folder / "old"), platform::eRR_Failed);
-    EXPECT_EQ(folder.ReadAll("old"), "new content");
-}
-
-TEST(PlatformFileTest, ListsAFolderInOrder)
+TEST(PlatformFileTest, ListsAndRemovesWhatIsInAFolder)
 {
     const TemporaryFolder folder;
     for (const char* name : { "b", "a", "c" }) {
@@ -88,23 +74,33 @@ TEST(PlatformFileTest, ListsAFolderInOrder)
     EXPECT_TRUE(names.empty());
 }
 
-TEST(PlatformFileTest, AFileThatIsToReplaceAnotherIsNoMoreOpenThanThat)
+TEST(PlatformFileTest, AFileReplacesAnotherInOneStepAndIsNoMoreOpenThanThat)
 {
     using std::filesystem::perms;
     const TemporaryFolder folder;
-    folder.WriteAll("private", "old");
+    const auto permissionsOf = [&folder](const char* name) {
+        return std::filesystem::status(folder.GetPath(name)).permissions();
+    };
     const perms ownerOnly = perms::owner_read | perms::owner_write;
-    std::filesystem::permissions(folder.GetPath("private"), ownerOnly);
+    folder.WriteAll("old", "old content");
+    std::filesystem::permissions(folder.GetPath("old"), ownerOnly);
+    EXPECT_TRUE(platform::MakeFolder(folder / "sub"));
+
     File file;
     bool taken = true;
-    ASSERT_TRUE(file.CreateFor(folder / "new", folder / "private", taken));
+    ASSERT_TRUE(file.CreateFor(folder / "new", folder / "old", taken));
     EXPECT_FALSE(taken);
-    EXPECT_EQ(std::filesystem::status(folder.GetPath("new")).permissions(), ownerOnly);
-    EXPECT_FALSE(file.CreateFor(folder / "new", folder / "private", taken));
+    EXPECT_TRUE(file.Write("new content", 11));
+    EXPECT_EQ(permissionsOf("new"), ownerOnly);
+    EXPECT_FALSE(file.CreateFor(folder / "new", folder / "old", taken));
     EXPECT_TRUE(taken);
-    EXPECT_EQ(
-        platform::ReplaceAtomically(folder / "new", folder / "private"), platform::eRR_Durable);
-    EXPECT_EQ(std::filesystem::status(folder.GetPath("private")).permissions(), ownerOnly);
+
+    EXPECT_EQ(platform::ReplaceAtomically(folder / "new", folder / "sub"), platform::eRR_Failed);
+    EXPECT_EQ(platform::ReplaceAtomically(folder / "new", folder / "old"), platform::eRR_Durable);
+    EXPECT_EQ(platform::ReplaceAtomically(folder / "new", folder / "old"), platform::eRR_Failed);
+    EXPECT_EQ(folder.ReadAll("old"), "new content");
+    EXPECT_EQ(permissionsOf("old"), ownerOnly);
+    EXPECT_FALSE(platform::PathExists(folder / "new"));
 }
 
 } // namespace
