@@ -1,13 +1,17 @@
 #include "platform/platformfile.h"
 
+#include "groundwork/tulatesterror.h"
 #include "platform/platformerror.h"
 #include "support/temporaryfolder.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <system_error>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -48,7 +52,11 @@ TEST(PlatformFileTest, RefusesWhatIsNotThereOrThereAlreadyOrNoFile)
     folder.WriteAll("a", "old");
     File file;
     EXPECT_FALSE(file.Open(folder / "missing", platform::eFM_Read));
+    std::jthread([] { platform::SetLastSystemError(EACCES); }).join(); // each thread has its own
+    const TuLatestError error;
     EXPECT_FALSE(file.Open(folder / "", platform::eFM_Read)); // a folder
+    EXPECT_EQ(error.GetNumber(), static_cast<unsigned int>(ENOENT));
+    EXPECT_EQ(error.GetMessageText().ToUtf8(), std::generic_category().message(ENOENT));
     EXPECT_FALSE(file.IsOpen());
     EXPECT_FALSE(file.Open(folder / "a", platform::eFM_CreateNew));
     // The system would cut the path.

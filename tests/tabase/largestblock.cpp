@@ -1,5 +1,4 @@
-#include "largestblock.h"
-
+#include <atomic>
 #include <cstdlib>
 #include <new>
 

