@@ -124,6 +124,9 @@ TEST(TaStreamBinaryTest, AFileHoldsTheSameBytesAsTheBufferRawOnesAmongThem)
         ExpectFailure<TuExceptionStream>([&] { stream->ReadExactly(&byte, 1); });
         ExpectFailure<TuExceptionStream>([&] { *stream >> byte; });
     }
+    TaStreamReadBinaryFile closed(folder / "many.bin");
+    closed.Close();
+    ExpectFailure<TuExceptionStream>([&] { closed.ReadExactly(raw.data(), 1); });
 }
 
 /// Streams of the coders give some numbers a form of their own, and collect what the others write.

@@ -130,20 +130,6 @@ TEST(TaStreamFileTest, AFullDiskIsReportedAtTheLatestByCloseOrDestruction)
     EXPECT_EQ(trace.find('\n'), trace.size() - 1) << trace; // one line, of the lost byte
 }
 
-TEST(TaStreamFileTest, AClosedReaderFails)
-{
-    const TemporaryFolder folder;
-    folder.WriteAll("a", "1 2 3 ");
-    TaStreamReadASCIIFile text(folder / "a");
-    TaStreamReadBinaryFile binary(folder / "a");
-    int number = 0;
-    text >> number;
-    text.Close();
-    binary.Close();
-    EXPECT_TRUE(reasonOf([&] { text >> number; }).starts_with("cannot read "));
-    EXPECT_TRUE(reasonOf([&] { binary >> number; }).starts_with("cannot read "));
-}
-
 TEST(TaStreamFileTest, SafeModeWritesBehindALinkAndUnderLongNames)
 {
     const TemporaryFolder folder;

@@ -100,13 +100,10 @@ TEST(VersionedRecordTest, AHugeNumberAnywhereTakesNoMemoryBeyondTheBytesPresent)
 
 TEST(VersionedRecordTest, AChunkComesBackAsItsOwnClass)
 {
-    const VersionedRecord record = makeRecord();
-    const std::string bytes = chunkOf(record) + "\x7";
-    TaStreamReadBinaryBuffer stream(bytes.data(), bytes.size());
-    const std::unique_ptr<ISerializable> object(stream.ReadChunk());
+    const std::string bytes = chunkOf(makeRecord()) + "behind it";
+    const std::unique_ptr<ISerializable> object = readChunk(bytes);
     ASSERT_TRUE(object->Is(VersionedRecord::RTTI));
-    EXPECT_TRUE(dynamic_cast<const VersionedRecord&>(*object) == record);
-    EXPECT_EQ(stream.GetRemaining(), 1u);
+    EXPECT_TRUE(dynamic_cast<const VersionedRecord&>(*object) == makeRecord());
 }
 
 TEST(VersionedRecordTest, AChunkThatCannotBeMadeIsRefused)
