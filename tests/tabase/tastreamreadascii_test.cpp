@@ -49,6 +49,8 @@ template <class Target> Target readFrom(std::string_view text)
     return value;
 }
 
+using Words = std::vector<std::string_view>;
+
 template <class Target>
 void expectReads(std::initializer_list<std::pair<std::string_view, Target>> cases)
 {
@@ -59,8 +61,7 @@ void expectReads(std::initializer_list<std::pair<std::string_view, Target>> case
 
 /// Expects that the words are refused as a Target with the stated line; the target stays, the word
 /// is gone.
-template <class Target>
-void expectRefused(unsigned int line, std::initializer_list<std::string_view> words)
+template <class Target> void expectRefused(unsigned int line, const Words& words)
 {
     for (const std::string_view word : words) {
         SCOPED_TRACE(word);
@@ -184,14 +185,12 @@ TEST(TaStreamReadASCIITest, IntegersAreWholeDecimalWordsInRangeIfShort)
     expectRefused<unsigned short>(84, { "65536" });
     expectRefused<signed char>(43, { "300x" }); // not a number comes before the range
     expectRefused<unsigned char>(77, { "300x" });
-    const auto notNumbers = { "a", "-", "+", "--1", "1.0", "0x10", "12abc", "1-", "\v" };
-    for (const std::string_view word : notNumbers) {
-        expectRefused<short>(43, { word });
-        expectRefused<unsigned short>(77, { word });
-        expectRefused<int>(43, { word });
-        expectRefused<unsigned int>(77, { word });
-    }
-    expectRefused<int>(43, { std::string_view("1\0", 2) });
+    const Words notNumbers{ "a", "-", "+", "--1", "1.0", "0x10", "12abc", "1-", "\v",
+        { "1\0", 2 } };
+    expectRefused<short>(43, notNumbers);
+    expectRefused<unsigned short>(77, notNumbers);
+    expectRefused<int>(43, notNumbers);
+    expectRefused<unsigned int>(77, notNumbers);
 
     // Long ones are cut to 32 bits.
     constexpr int kMin = std::numeric_limits<int>::min();
@@ -224,10 +223,9 @@ TEST(TaStreamReadASCIITest, FloatsTakeTheSyntaxOfStrtod)
     // The last is read as a double and narrowed: at once, it would be rounded up.
     expectReads<float>({ { "1e300", std::numeric_limits<float>::infinity() }, { "-1e-300", 0.0f },
         { "1.00000005960464477539062500001", 1.0f } });
-    for (const std::string_view word : { "1,5", "e5", "1e", ".", "0x", "0xinf", "nan(", "1.5f" }) {
-        expectRefused<double>(421, { word });
-        expectRefused<float>(421, { word });
-    }
+    const Words notNumbers{ "1,5", "e5", "1e", ".", "0x", "0xinf", "nan(", "1.5f" };
+    expectRefused<double>(421, notNumbers);
+    expectRefused<float>(421, notNumbers);
 }
 
 TEST(TaStreamReadASCIITest, BoolsAreExactWords)
