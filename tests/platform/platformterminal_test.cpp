@@ -27,6 +27,7 @@ TEST(PlatformTerminalDeathTest, StandardStreamsThatAreClosedAreNobodysFiles)
         },
         testing::ExitedWithCode(0), "");
     EXPECT_EQ(folder.ReadAll("a.off"), "");
+    EXPECT_GT(platform::GetTerminalWidth(platform::eSS_Output), 0u); // wherever output goes
 }
 
 } // namespace
