@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -64,18 +65,18 @@ TEST(TaStreamFileTest, SafeModeReplacesTheFileOnCommitOnly)
     EXPECT_EQ(folder.ReadAll("document"), "old");
     EXPECT_EQ(folder.CountFiles(), 1);
 
-    TaStreamWriteBinaryFile first(path, kSafe);
+    auto first = std::make_unique<TaStreamWriteBinaryFile>(path, kSafe);
     TaStreamWriteBinaryFile second(path, kSafe); // each has a temporary file of its own
-    first.WriteBuffer(content.data(), content.size());
-    first << static_cast<signed char>('!');
+    first->WriteBuffer(content.data(), content.size());
+    *first << static_cast<signed char>('!');
     EXPECT_EQ(folder.ReadAll("document"), "old");
-    first.Commit();
+    first->Commit();
     EXPECT_EQ(folder.ReadAll("document"), content + '!');
-    // Another has the name of its temporary file from now on.
-    TaStreamWriteBinaryFile third(path, kSafe);
-    ExpectFailure<TuExceptionPreconditionViolation>([&] { first.Commit(); });
-    ExpectFailure<TuExceptionStream>([&] { first << 1; });
-    EXPECT_NO_THROW(first.Close());
+    ExpectFailure<TuExceptionPreconditionViolation>([&] { first->Commit(); });
+    ExpectFailure<TuExceptionStream>([&] { *first << 1; });
+    EXPECT_NO_THROW(first->Close());
+    TaStreamWriteBinaryFile third(path, kSafe); // has the name of the first temporary file now
+    first.reset();
     second.Commit();
     EXPECT_EQ(folder.ReadAll("document"), "");
     third << 1;
