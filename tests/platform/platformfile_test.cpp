@@ -87,25 +87,26 @@ TEST(PlatformFileTest, AFileReplacesAnotherInOneStepAndIsNoMoreOpenThanThat)
     const auto permissionsOf = [&folder](const char* name) {
         return std::filesystem::status(folder.GetPath(name)).permissions();
     };
-    const perms ownerOnly = perms::owner_read | perms::owner_write;
+    const perms ofGroup
+        = perms::owner_read | perms::owner_write | perms::group_read | perms::group_write;
     folder.WriteAll("old", "old content");
-    std::filesystem::permissions(folder.GetPath("old"), ownerOnly);
-    EXPECT_TRUE(platform::MakeFolder(folder / "sub"));
+    std::filesystem::permissions(folder.GetPath("old"), ofGroup);
+    std::filesystem::create_symlink("/dev/null", folder.GetPath("device"));
 
     File file;
     bool taken = true;
     ASSERT_TRUE(file.CreateFor(folder / "new", folder / "old", taken));
     EXPECT_FALSE(taken);
     EXPECT_TRUE(file.Write("new content", 11));
-    EXPECT_EQ(permissionsOf("new"), ownerOnly);
+    EXPECT_EQ(permissionsOf("new") & ~ofGroup, perms::none);
     EXPECT_FALSE(file.CreateFor(folder / "new", folder / "old", taken));
     EXPECT_TRUE(taken);
 
-    EXPECT_EQ(platform::ReplaceAtomically(folder / "new", folder / "sub"), platform::eRR_Failed);
+    EXPECT_EQ(platform::ReplaceAtomically(folder / "new", folder / "device"), platform::eRR_Failed);
     EXPECT_EQ(platform::ReplaceAtomically(folder / "new", folder / "old"), platform::eRR_Durable);
     EXPECT_EQ(platform::ReplaceAtomically(folder / "new", folder / "old"), platform::eRR_Failed);
     EXPECT_EQ(folder.ReadAll("old"), "new content");
-    EXPECT_EQ(permissionsOf("old"), ownerOnly);
+    EXPECT_EQ(permissionsOf("old"), ofGroup);
     EXPECT_FALSE(platform::PathExists(folder / "new"));
 }
 

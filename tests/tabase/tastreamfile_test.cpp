@@ -136,7 +136,7 @@ TEST(TaStreamFileTest, SafeModeWritesBehindALinkAndUnderLongNames)
     const TemporaryFolder folder;
     folder.WriteAll("real.bin", "old");
     std::filesystem::create_symlink(folder.GetPath("real.bin"), folder.GetPath("link.bin"));
-    const std::string longest(250, 'n');
+    const std::string longest(255, 'n');
     for (const std::string& name : { std::string("link.bin"), longest }) {
         TaStreamWriteBinaryFile file(folder / name, kSafe);
         file << 1;
