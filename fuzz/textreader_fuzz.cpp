@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstdlib>
 #include <iterator>
+#include <span>
+#include <string_view>
 
 namespace {
 
@@ -23,6 +25,28 @@ template <class Target> bool extract(TaStreamReadASCII& stream)
     return stream.IsEndOfStream();
 }
 
+/// Reports the end together with the last byte, as a source may.
+class EagerSource final : public TaStreamReadASCII
+{
+public:
+    explicit EagerSource(std::string_view text)
+        : m_rest(text)
+    {
+    }
+
+private:
+    bool read(char& c) override
+    {
+        if (!m_rest.empty()) {
+            c = m_rest.front();
+            m_rest.remove_prefix(1);
+        }
+        return m_rest.empty();
+    }
+
+    std::string_view m_rest;
+};
+
 using Extraction = bool (*)(TaStreamReadASCII&);
 
 constexpr Extraction kExtractions[]
@@ -30,31 +54,40 @@ constexpr Extraction kExtractions[]
           extract<signed char>, extract<unsigned char>, extract<short>, extract<unsigned short>,
           extract<int>, extract<unsigned int>, extract<long long>, extract<unsigned long long> };
 
-} // namespace
-
-/// The first byte says how many of the next ones choose what is read, in turn; the rest is the
-/// text. Each extraction takes at least one byte, or the end.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+/// Each extraction takes at least one byte, or the end.
+void extractAll(TaStreamReadASCII& stream, std::span<const std::uint8_t> kinds, std::size_t most)
 {
-    constexpr std::size_t kLargest = 1024; // several work buffers of a line; more takes only time
-    if (size < 2 || size > kLargest) {
-        return 0;
-    }
-    const std::size_t kinds = 1 + data[0] % (size - 1);
-    const char* text = reinterpret_cast<const char*>(data) + 1 + kinds;
-    const CStringA content(text, size - 1 - kinds);
-    TaStreamReadASCIIString stream(content);
     for (std::size_t step = 0;; ++step) {
-        const std::uint8_t kind = data[1 + step % kinds];
+        const std::uint8_t kind = kinds[step % kinds.size()];
         if (kExtractions[kind % std::size(kExtractions)](stream)) {
             break;
         }
-        if (step > content.GetLength()) {
+        if (step > most) {
             std::abort(); // it stands still
         }
     }
     for (const Extraction extraction : kExtractions) {
         extraction(stream);
     }
+}
+
+} // namespace
+
+/// The first byte says how many of the next ones choose what is read, in turn; the rest is the
+/// text.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    constexpr std::size_t kLargest = 1024; // several work buffers of a line; more takes only time
+    if (size < 2 || size > kLargest) {
+        return 0;
+    }
+    const std::size_t count = 1 + data[0] % (size - 1);
+    const std::span<const std::uint8_t> kinds(data + 1, count);
+    const std::string_view text(reinterpret_cast<const char*>(data) + 1 + count, size - 1 - count);
+    const CStringA content(text);
+    TaStreamReadASCIIString stream(content);
+    extractAll(stream, kinds, text.size());
+    EagerSource eager(text);
+    extractAll(eager, kinds, text.size());
     return 0;
 }

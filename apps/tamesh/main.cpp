@@ -94,7 +94,7 @@ int run(int argc, char** argv)
 int main(int argc, char** argv)
 {
     platform::SecureStandardStreams();
-    platform::SurviveClosedPipes();
+    platform::SurviveFailingWrites();
     try {
         return run(argc, argv);
     } catch (const std::exception& failure) {

@@ -16,8 +16,8 @@ struct SMeshFigures
     std::uint64_t faces = 0;
     /// Pairs of different vertices that follow one another around a face; each pair counts once.
     std::uint64_t edges = 0;
-    std::uint64_t boundaryEdges = 0; // on one face only
-    std::uint64_t nonManifoldEdges = 0; // on more than two
+    std::uint64_t boundaryEdges = 0; // one side of a face only
+    std::uint64_t nonManifoldEdges = 0; // more than two sides; a degenerate face may have it twice
     std::uint64_t degenerateFaces = 0; // that name a vertex twice
     /// Sets of vertices that faces join. A vertex of no face is a component of its own.
     std::uint64_t components = 0;

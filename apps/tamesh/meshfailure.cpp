@@ -1,5 +1,7 @@
 #include "tamesh/meshfailure.h"
 
+#include "groundwork/tucheckedcast.h"
+
 #include <utility>
 
 namespace tamesh {
@@ -35,7 +37,7 @@ MeshFailure::MeshFailure(
 
 IObject* MeshFailure::CloneByFactory(const IObject& object)
 {
-    return new MeshFailure(dynamic_cast<const MeshFailure&>(object));
+    return new MeshFailure(TuCheckedCast<MeshFailure>(object));
 }
 
 std::string Quote(std::string_view text)

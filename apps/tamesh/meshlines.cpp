@@ -12,6 +12,9 @@ namespace {
 
     constexpr std::string_view kBlanks = " \t\f\v\r";
 
+    // A line is held as a whole; no mesh has one of this length, but a file of zeros is one line.
+    constexpr std::uint64_t kLongestLine = std::uint64_t{ 64 } << 20;
+
     std::string_view trim(std::string_view text)
     {
         const std::size_t begin = text.find_first_not_of(kBlanks);
@@ -41,6 +44,7 @@ bool MeshLines::Continue(EComments comments)
         m_view = {};
         return false;
     }
+    m_lineBegin = m_taken;
     *this >> m_line;
     m_view = m_line;
     if (m_readNumber == 0) {
@@ -92,6 +96,10 @@ bool MeshLines::read(char& c)
 
 bool MeshLines::fill()
 {
+    if (m_taken - m_lineBegin > kLongestLine) {
+        m_number = m_readNumber + 1;
+        Fail("the line is longer than 64 MiB; this is no text mesh");
+    }
     m_position = 0;
     m_end = static_cast<std::size_t>(m_input.stream.ReadBuffer(m_buffer.data(), m_buffer.size()));
     m_taken += m_end;

@@ -60,6 +60,7 @@ private:
     std::size_t m_position = 0;
     std::size_t m_end = 0;
     std::uint64_t m_taken = 0; // bytes, from the start of the input
+    std::uint64_t m_lineBegin = 0; // what had been taken when the line was begun
     bool m_afterReturn = false; // an LF that comes now belongs to the CR before it
 };
 

@@ -44,6 +44,14 @@ namespace {
         return std::string(what) + " was expected, but " + Quote(word) + " is no number";
     }
 
+    std::string notAnInteger(std::string_view what, std::string_view word)
+    {
+        double value = 0.0;
+        return parse(word, value) == eP_NoNumber
+            ? notANumber(what, word)
+            : std::string(what) + " was expected, but " + Quote(word) + " is no whole number";
+    }
+
 } // namespace
 
 std::string_view MeshWords::TakeWord()
@@ -95,7 +103,7 @@ std::uint64_t MeshWords::TakeCount(std::string_view what)
     if (parse(word, negative) == eP_Number) {
         m_lines->Fail(std::string(what) + " is " + Quote(word) + ", which is negative");
     }
-    m_lines->Fail(notANumber(what, word));
+    m_lines->Fail(notAnInteger(what, word));
 }
 
 SPoint MeshWords::TakePoint()
@@ -129,7 +137,7 @@ std::int64_t MeshWords::ParseInteger(std::string_view word, std::string_view wha
     case eP_NoNumber:
         break;
     }
-    m_lines->Fail(notANumber(what, word));
+    m_lines->Fail(notAnInteger(what, word));
 }
 
 void MeshWords::skipBlanks()

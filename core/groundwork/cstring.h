@@ -11,6 +11,11 @@
 #include <type_traits>
 #include <utility>
 
+/// Wide text that is more than a pointer: strings and views.
+template <class Text>
+concept TuWideString = std::convertible_to<const Text&,
+    std::wstring_view> && !std::convertible_to<const Text&, const wchar_t*>;
+
 /// Text that owns its units: UTF-16 (`CString`, also called `String`) or bytes (`CStringA`).
 ///
 /// Lengths, positions and order count units, not characters: U+1F600 has two UTF-16 units and sorts
@@ -51,6 +56,11 @@ public:
         : m_text(text != nullptr ? platform::FromWide(text) : std::u16string())
     {
     }
+    template <TuWideString Wide>
+    CStringT(const Wide& text) // NOLINT(google-explicit-constructor): so are wide strings
+        requires std::is_same_v<Unit, char16_t> : m_text(platform::FromWide(text))
+    {
+    }
     CStringT(std::nullptr_t) = delete;
 
     static CStringT FromUtf8(std::string_view text) requires std::is_same_v<Unit, char16_t>
@@ -84,13 +94,10 @@ public:
     template <class Text>
     CStringT& operator+=(const Text& text) requires std::convertible_to<const Text&, CStringT>
     {
-        if constexpr (std::convertible_to<const Text&, View>) {
-            return Append(text);
-        } else {
-            return Append(CStringT(text).GetView());
-        }
+        return withView(text, [this](View view) -> CStringT& { return Append(view); });
     }
-    CStringT& operator+=(Unit unit)
+    /// A unit, and nothing that would have to be cut to one.
+    CStringT& operator+=(std::same_as<Unit> auto unit)
     {
         m_text += unit;
         return *this;
@@ -110,7 +117,12 @@ public:
     /// The units, to be changed in place; GetLength() of them.
     Unit* GetBuffer() { return m_text.data(); }
 
-    std::size_t Find(View text, std::size_t start = 0) const { return GetView().find(text, start); }
+    template <class Text>
+    std::size_t Find(const Text& text,
+        std::size_t start = 0) const requires std::convertible_to<const Text&, CStringT>
+    {
+        return withView(text, [&](View view) { return GetView().find(view, start); });
+    }
     /// Up to `length` units from `start`; empty where `start` lies beyond the end.
     CStringT Mid(std::size_t start, std::size_t length = npos) const
     {
@@ -119,7 +131,11 @@ public:
     CStringT Left(std::size_t length) const { return Mid(0, length); }
 
     /// Negative, zero or positive, by unit value.
-    int Compare(View other) const { return GetView().compare(other); }
+    template <class Text>
+    int Compare(const Text& other) const requires std::convertible_to<const Text&, CStringT>
+    {
+        return withView(other, [this](View view) { return GetView().compare(view); });
+    }
 
     const_iterator begin() const { return m_text.data(); }
     const_iterator end() const { return m_text.data() + m_text.size(); }
@@ -148,6 +164,17 @@ public:
 
 private:
     static View toView(const Unit* text) { return text != nullptr ? View(text) : View(); }
+    /// Hands any kind of text to `use` as a view, converted where that is needed.
+    template <class Text, class Use> static decltype(auto) withView(const Text& text, Use use)
+    {
+        if constexpr (std::convertible_to<const Text&, const Unit*>) {
+            return use(toView(text));
+        } else if constexpr (std::convertible_to<const Text&, View>) {
+            return use(View(text));
+        } else {
+            return use(CStringT(text).GetView());
+        }
+    }
 
     std::basic_string<Unit> m_text;
 };

@@ -1,5 +1,6 @@
 #include "groundwork/tuboxed.h"
 
+#include "groundwork/tucheckedcast.h"
 #include "groundwork/tuexceptions.h"
 #include "groundwork/tustreamreadbinary.h"
 #include "groundwork/tustreamwritebinary.h"
@@ -28,13 +29,7 @@ template <class Value, class Stored>
 void TuBoxed<Value, Stored>::Serialize(TuStreamReadBinary& stream)
 {
     stream.ReadAndCompareVersion(0);
-    if constexpr (std::is_same_v<Stored, char>) {
-        signed char value = 0;
-        stream >> value;
-        m_value = static_cast<char>(value);
-    } else {
-        stream >> m_value;
-    }
+    stream >> m_value;
 }
 
 template <class Value, class Stored>
@@ -78,7 +73,7 @@ template class TuBoxed<CString>;
     IObject* Class::CreateByFactory() { return new Class; }                                        \
     IObject* Class::CloneByFactory(const IObject& object)                                          \
     {                                                                                              \
-        return new Class(dynamic_cast<const Class&>(object));                                      \
+        return new Class(TuCheckedCast<Class>(object));                                            \
     }
 
 TU_DEFINE_BOXED(TuBool)

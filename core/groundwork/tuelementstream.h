@@ -31,3 +31,18 @@ template <class T> void TuReadElement(TuStreamReadBinary& stream, T& element)
         stream >> element;
     }
 }
+
+/// The usual stored form, as the policies of lists and sets have it.
+struct TuElementPolicySerializable
+{
+    static constexpr unsigned int kVersion = 0;
+
+    template <class T> static void Write(TuStreamWriteBinary& stream, const T& element)
+    {
+        TuWriteElement(stream, element);
+    }
+    template <class T> static void Read(TuStreamReadBinary& stream, T& element)
+    {
+        TuReadElement(stream, element);
+    }
+};

@@ -1,5 +1,6 @@
 #include "groundwork/tuexception.h"
 
+#include "groundwork/tucheckedcast.h"
 #include "groundwork/tustreamwriteasciistring.h"
 
 #include <string>
@@ -101,7 +102,11 @@ const TuRTTI& TuException::GetExceptionRTTI() const { return *m_contents->record
 
 std::unique_ptr<TuException> TuException::Clone() const
 {
-    if (const TuRTTI::CloneFunction clone = GetRTTI().GetClone()) {
+    const TuRTTI* record = &GetRTTI();
+    while (record->GetClone() == nullptr && record->GetFirstBase() != nullptr) {
+        record = record->GetFirstBase();
+    }
+    if (const TuRTTI::CloneFunction clone = record->GetClone()) {
         std::unique_ptr<IObject> copy(clone(*this));
         if (auto* failure = dynamic_cast<TuException*>(copy.get())) {
             static_cast<void>(copy.release());
@@ -133,5 +138,5 @@ void TuException::dumpException(TuStreamWriteASCII& stream) const
 
 IObject* TuException::CloneByFactory(const IObject& object)
 {
-    return new TuException(dynamic_cast<const TuException&>(object));
+    return new TuException(TuCheckedCast<TuException>(object));
 }

@@ -3,6 +3,7 @@
 #include "groundwork/cstring.h"
 #include "groundwork/iobject.h"
 #include "groundwork/tuidumpable.h"
+#include "groundwork/tureferencecounted.h"
 
 #include <exception>
 #include <memory>
@@ -34,12 +35,13 @@ struct TuSource
 ///     throw TuException(TU_HERE, std::runtime_error("cannot open 'a.off': " + reason));
 ///
 /// Ownership: copies share their immutable contents, so copying never throws. A cause is kept with
-///            its own class (made by the clone function of its record; a class without one is kept
-///            as a TuException that still names the class).
+///            its own class, as Clone() makes it, and still names that class where it is less. A
+///            copy on the heap can be shared through TuSmartPointer; the one that is caught cannot.
 /// Threads:   may be passed between threads.
 /// Failure:   std::bad_alloc where there is no memory left for the contents.
 class GROUNDWORK_API TuException : public std::exception,
                                    public virtual IObject,
+                                   public TuReferenceCounted,
                                    public TuIDumpable<1>
 {
     TU_DECLARE_RTTI
@@ -62,7 +64,8 @@ public:
     /// The record of the class that was thrown; it outlives slicing, which GetRTTI() does not.
     const TuRTTI& GetExceptionRTTI() const;
 
-    /// A copy on the heap of the same class as this, or the nearest that can be copied.
+    /// A copy on the heap, of the same class as this or the nearest of its bases that has a clone
+    /// function.
     std::unique_ptr<TuException> Clone() const;
 
     /// The account, causes included, in UTF-8, as it was made when the exception was; valid as long

@@ -24,7 +24,8 @@
 /// type `Argument`, where look-ups take something cheaper than a key (see TuKeyArgument).
 template <class K> struct TuHashKey;
 
-/// Numbers are made unsigned at their own width, and are never cut.
+/// Numbers are made unsigned at their own width, and are never cut. A negative `long` is another
+/// number where it has another width: maps that are stored have keys of a fixed width.
 template <class K>
 requires std::integral<K> || std::is_enum_v<K>
 struct TuHashKey<K>

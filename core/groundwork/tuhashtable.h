@@ -21,6 +21,8 @@
 template <class K, class Element, class Association, int Flags, class Size, class Hash>
 class TuHashTable : public TuContainer<std::remove_const_t<Element>>
 {
+    static_assert(sizeof(Size) <= sizeof(unsigned int), "a stored count has 32 bits");
+
 public:
     using KeyArgument = typename TuKeyArgument<K, Hash>::Type;
     using PlexManager = TuPlexManager<Association>;
@@ -123,7 +125,7 @@ private:
     struct SPlace
     {
         unsigned int bucket;
-        unsigned char mark; // one bit
+        unsigned char mark; // one bit of a hash; all bits of a bucket that is copied
     };
 
     static unsigned int checkedBucketCount(unsigned int bucketCount)

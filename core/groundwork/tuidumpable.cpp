@@ -9,7 +9,11 @@ template <int N> void TuIDumpable<N>::Dump() const
     dump(trace);
 }
 
-template <int N> void TuIDumpable<N>::Dump(TuStreamWriteASCII& stream) const { dump(stream); }
+template <int N> void TuIDumpable<N>::Dump(TuStreamWriteASCII& stream) const
+{
+    const TuStreamWriteASCII::Passage passage(stream);
+    dump(stream);
+}
 
 template <int N> CString TuIDumpable<N>::ToString() const
 {

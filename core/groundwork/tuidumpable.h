@@ -7,7 +7,8 @@ class TuStreamWriteASCII;
 /// A mix-in for objects that can give a readable account of themselves.
 ///
 /// The text comes from the class's dump(); it is meant for people and logs, not for reading back.
-/// Dump() without a stream writes it to the default log, TuStreamWriteASCIITrace.
+/// Dump() without a stream writes it to the default log, TuStreamWriteASCIITrace. In a separated
+/// stream an account stands on lines of its own.
 template <int N> class GROUNDWORK_TEMPLATE TuIDumpable
 {
 public:

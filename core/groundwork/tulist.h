@@ -89,11 +89,11 @@ public:
     }
     iterator InsertAfter(const_iterator position, const T& element)
     {
-        return InsertBefore(++position, element);
+        return InsertBefore(behind(position), element);
     }
     iterator InsertAfter(const_iterator position, T&& element)
     {
-        return InsertBefore(++position, std::move(element));
+        return InsertBefore(behind(position), std::move(element));
     }
 
     /// A bubble sort that stops after a pass without a swap: stable, and quick where few elements
@@ -108,6 +108,11 @@ public:
     friend void swap(TuList& a, TuList& b) noexcept { a.Swap(b); }
 
 private:
+    static const_iterator behind(const_iterator position)
+    {
+        TU_ASSERT(Base::nodeOf(position) != nullptr, "nothing comes behind the end of a list");
+        return ++position;
+    }
     template <class Value> iterator addHead(Value&& element)
     {
         return Base::iteratorTo(

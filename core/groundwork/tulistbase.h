@@ -18,6 +18,8 @@
 template <class T, int Flags, class Size, class Linking, class Closing>
 class TuListBase : public TuContainer<T>
 {
+    static_assert(sizeof(Size) <= sizeof(unsigned int), "a stored count has 32 bits");
+
 public:
     using Node = typename Linking::template Node<T>;
     using PlexManager = TuPlexManager<Node>;
@@ -224,8 +226,7 @@ void TuListBase<T, F, S, L, C>::takeNodes(TuListBase& other)
         if (other.m_count > std::numeric_limits<S>::max() - m_count) {
             throw TuExceptionOutOfMemory(TU_HERE_IN("core/groundwork/tulistbase"));
         }
-        m_tail->next = other.m_head;
-        other.m_head->previous = m_tail;
+        L::Join(m_tail, other.m_head);
         m_tail = std::exchange(other.m_tail, nullptr);
         other.m_head = nullptr;
         m_count = static_cast<S>(m_count + std::exchange(other.m_count, S(0)));

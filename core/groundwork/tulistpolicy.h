@@ -24,6 +24,12 @@ struct TuListPolicyDoubleLinked
         (node->previous != nullptr ? node->previous->next : head) = node->next;
         (node->next != nullptr ? node->next->previous : tail) = node->previous;
     }
+    /// Makes two lists one: `head` of the one comes behind `tail` of the other.
+    template <class N> static void Join(N* tail, N* head)
+    {
+        tail->next = head;
+        head->previous = tail;
+    }
 };
 
 /// The ends: a list is a line with two ends, never closed to a ring. It demands that nothing comes
@@ -49,16 +55,4 @@ struct TuListPolicyComparable
 };
 
 /// The stored form of an element; the version is that of the list's record.
-struct TuListPolicySerializable
-{
-    static constexpr unsigned int kVersion = 0;
-
-    template <class T> static void Write(TuStreamWriteBinary& stream, const T& element)
-    {
-        TuWriteElement(stream, element);
-    }
-    template <class T> static void Read(TuStreamReadBinary& stream, T& element)
-    {
-        TuReadElement(stream, element);
-    }
-};
+using TuListPolicySerializable = TuElementPolicySerializable;

@@ -1,16 +1,17 @@
 #pragma once
 
+#include "groundwork/tuarray.h"
 #include "groundwork/tulistbaseintermediate.h"
 
 #include <algorithm>
 #include <functional>
 #include <initializer_list>
-#include <vector>
 
 /// A list that keeps its elements in order. Equal elements stay in the order in which they were
 /// added. The search for the place starts at the tail: adding in order costs nothing.
 ///
-/// Whoever changes elements through iterators calls Sort() afterwards. Otherwise as TuList.
+/// Whoever changes elements through iterators calls Sort() afterwards. Assignment and Swap exchange
+/// the comparison, too, and need one that can be assigned. Otherwise as TuList.
 template <class T, int Flags = eI_Iterable + eI_Mutable, class Size = unsigned int,
     class Less = std::less<T>, class Linking = TuListPolicyDoubleLinked,
     class Closing = TuListPolicyNotCloseable, class Comparing = TuListPolicyComparable,
@@ -34,7 +35,7 @@ public:
         , m_less(std::move(less))
     {
     }
-    TuListSorted(TuSmartPointer<PlexManager> plexManager, Less less = Less())
+    explicit TuListSorted(TuSmartPointer<PlexManager> plexManager, Less less = Less())
         : Base(std::move(plexManager))
         , m_less(std::move(less))
     {
@@ -126,14 +127,13 @@ void TuListSorted<T, F, S, O, L, C, P, Z>::Serialize(TuStreamReadBinary& stream)
 {
     TuListSorted read = makeSibling(m_less);
     // Sorted at once: one by one, a record in the wrong order would take the square of its length.
-    std::vector<T> elements;
-    Base::readElements(
-        stream, [&elements](T&& element) { elements.push_back(std::move(element)); });
+    TuArray<T> elements;
+    Base::readElements(stream, [&elements](T&& element) { elements.Add(std::move(element)); });
     if (!std::is_sorted(elements.begin(), elements.end(), m_less)) {
         std::stable_sort(elements.begin(), elements.end(), m_less);
     }
     for (T& element : elements) {
         read.insertBefore(nullptr, std::move(element));
     }
-    Swap(read);
+    Base::swapNodes(read);
 }

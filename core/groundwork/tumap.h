@@ -5,7 +5,8 @@
 
 #include <initializer_list>
 
-/// A hash map whose number of buckets is fixed for good: chains grow, entries never move. Choose
+/// A hash map whose number of buckets is fixed, but for moves and Swap, which exchange it: chains
+/// grow, entries never move. Choose
 /// about as many buckets as there will be entries; 17 serve up to a hundred.
 ///
 /// Iteration goes through the buckets in order, and in each from the entry inserted last to the

@@ -14,12 +14,12 @@ class GROUNDWORK_API TuReferenceCounted : public virtual IReferenceCounted
 public:
     TuReferenceCounted() = default;
     /// A copy is another object: it starts with no references, strong or weak.
-    TuReferenceCounted(const TuReferenceCounted& other)
+    TuReferenceCounted(const TuReferenceCounted& other) noexcept
         : IReferenceCounted(other)
     {
     }
     /// References stay with the objects that they refer to.
-    TuReferenceCounted& operator=(const TuReferenceCounted&) { return *this; }
+    TuReferenceCounted& operator=(const TuReferenceCounted&) noexcept { return *this; }
     ~TuReferenceCounted() override = default;
 
     /// Final, so that a smart pointer counts without a virtual call.

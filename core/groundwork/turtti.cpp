@@ -45,9 +45,10 @@ public:
             return duplicate.first == &record || duplicate.second == &record;
         });
         const auto entry = m_records.find(record.GetClassName());
-        if (entry == m_records.end() || std::erase(entry->second, &record) == 0) {
+        if (entry == m_records.end()) {
             return;
         }
+        std::erase(entry->second, &record);
         // The key is the text of a record that may be the one that leaves.
         auto node = m_records.extract(entry);
         if (!node.mapped().empty()) {
@@ -147,7 +148,7 @@ TuRTTI::TuRTTI(const CString& name, const TuRTTI& firstBase, const TuRTTI& secon
 TuRTTI::~TuRTTI()
 {
     TuRTTITable::GetTable().Remove(*this);
-    delete[] m_ancestors.load(std::memory_order_acquire);
+    delete[] m_ancestors.exchange(nullptr, std::memory_order_acq_rel);
 }
 
 TuRTTI::CreateFunction TuRTTI::getCreate(const CString& name)

@@ -35,6 +35,15 @@ public:
         return stream;
     }
 
+    /// As a signed char. Only here: as text, a char could be a digit or a letter.
+    friend TuStreamReadBinary& operator>>(TuStreamReadBinary& stream, char& value)
+    {
+        signed char byte = 0;
+        stream >> byte;
+        value = static_cast<char>(byte);
+        return stream;
+    }
+
     /// As TuStreamRead's; here it needs no call.
     unsigned int ReadAndCompareVersion(unsigned int highestKnown)
     {

@@ -1,16 +1,25 @@
 #include "groundwork/tustreamwriteascii.h"
 
 #include "groundwork/tuexceptions.h"
+#include "groundwork/tutextnumber.h"
 
 #include <charconv>
+#include <cmath>
+#include <cstddef>
 #include <iterator>
 #include <string>
 
 TU_DEFINE_RTTI(TuStreamWriteASCII, TuStreamWrite, nullptr, nullptr);
 
+namespace {
+
+constexpr std::size_t kLongestNumber = 32; // a double: sign, 17 digits, point, "e-308", zero
+
+} // namespace
+
 template <class Number> TuStreamWrite& TuStreamWriteASCII::writeNumber(Number value)
 {
-    char word[32]; // the longest is a double: sign, 17 digits, point, "e-308"
+    char word[kLongestNumber];
     *std::to_chars(word, word + sizeof(word) - 1, value).ptr = '\0';
     writeValue(word);
     return *this;
@@ -76,7 +85,26 @@ TuStreamWrite& TuStreamWriteASCII::operator<<(unsigned long long value)
     return writeNumber(value);
 }
 
-TuStreamWrite& TuStreamWriteASCII::operator<<(float value) { return writeNumber(value); }
+/// The reader narrows a double. Rounded twice, the shortest form of a few floats would become their
+/// neighbour; nine digits cannot.
+TuStreamWrite& TuStreamWriteASCII::operator<<(float value)
+{
+    char word[kLongestNumber];
+    char* const limit = word + sizeof(word) - 1;
+    char* end = std::to_chars(word, limit, value).ptr;
+    const auto isReadBack = [&] {
+        double read = 0;
+        TuParseDouble(std::string_view(word, static_cast<std::size_t>(end - word)), read);
+        return static_cast<float>(read) == value || std::isnan(value);
+    };
+    constexpr int kNineDigits = 8; // behind the point
+    if (!isReadBack()) {
+        end = std::to_chars(word, limit, value, std::chars_format::scientific, kNineDigits).ptr;
+    }
+    *end = '\0';
+    writeValue(word);
+    return *this;
+}
 
 TuStreamWrite& TuStreamWriteASCII::operator<<(double value) { return writeNumber(value); }
 
@@ -95,3 +123,25 @@ TuStreamWrite& TuStreamWriteASCII::operator<<(const char16_t* text)
 void TuStreamWriteASCII::writeText(std::string_view text) { writeAnyText(text); }
 
 void TuStreamWriteASCII::writeText(std::u16string_view text) { writeAnyText(text); }
+
+TuStreamWriteASCII::Passage::Passage(TuStreamWriteASCII& stream)
+    : m_stream(stream)
+    , m_separated(stream.m_separated)
+{
+    if (stream.m_afterValue) {
+        stream.write("\n");
+    }
+    stream.m_separated = false;
+    stream.m_afterValue = false;
+}
+
+TuStreamWriteASCII::Passage::~Passage()
+{
+    m_stream.m_separated = m_separated;
+    if (m_separated) {
+        try {
+            m_stream.write("\r\n");
+        } catch (...) { // a file stream remembers, and says so at the latest when it is closed
+        }
+    }
+}

@@ -3,7 +3,8 @@
 #include "groundwork/tustreamwrite.h"
 
 /// The readable writer. Numbers and keywords are those of the C locale, whatever the process's is:
-/// `true`, `false`, floats in the shortest form that reads back to the same bits.
+/// `true`, `false`, floats in the shortest form that reads back to the same bits (nine digits where
+/// the reader, which goes by way of double, would miss them).
 ///
 /// A separated stream writes data for TaStreamReadASCII: a blank between values, and each text on a
 /// line of its own, ended by CR LF. (Where a text follows a value, a line feed alone stands between
@@ -32,6 +33,23 @@ public:
     TuStreamWrite& operator<<(double value) override;
     TuStreamWrite& operator<<(const char* text) override;
     TuStreamWrite& operator<<(const char16_t* text) override;
+
+    /// While it lives, a separated stream writes its pieces as they come, on lines of their own:
+    /// free text amid data.
+    ///
+    /// Failure: none from the destructor, which ends the last line where it can.
+    class GROUNDWORK_API Passage
+    {
+    public:
+        explicit Passage(TuStreamWriteASCII& stream);
+        ~Passage();
+        Passage(const Passage&) = delete;
+        Passage& operator=(const Passage&) = delete;
+
+    private:
+        TuStreamWriteASCII& m_stream;
+        const bool m_separated; // outside of the passage
+    };
 
 protected:
     explicit TuStreamWriteASCII(bool separated)

@@ -25,8 +25,9 @@ Number parseNumber(const CString& text)
 {
     const std::string word = text.ToUtf8();
     const char* end = word.data() + word.size();
+    const bool hasPlus = word.size() > 1 && word[0] == '+' && word[1] != '-';
     std::int64_t integer = 0;
-    const auto [behind, failure] = std::from_chars(word.data(), end, integer);
+    const auto [behind, failure] = std::from_chars(word.data() + hasPlus, end, integer);
     if (behind == end && failure == std::errc()) {
         return integer;
     }

@@ -32,8 +32,8 @@ public:
 
     [[nodiscard]] bool Open(std::u16string_view path, EFileMode mode);
     /// Creates `path` to take the place of `target` later: until then nobody may read it who may
-    /// not read `target`, where that exists. `taken` receives whether it failed because there is
-    /// such a path already.
+    /// not read `target`, where that exists and may be replaced. `taken` receives whether it failed
+    /// because there is such a path already.
     [[nodiscard]] bool CreateFor(std::u16string_view path, std::u16string_view target, bool& taken);
     bool IsOpen() const { return m_handle != kNoHandle; }
 
@@ -55,6 +55,10 @@ private:
     std::intptr_t m_handle = kNoHandle;
 };
 
+/// Whether a file could take the place of this path: there is nothing yet, or an ordinary file that
+/// may be written. A device or a folder is no document; a protected file is protected on purpose.
+[[nodiscard]] PLATFORM_API bool MayBeReplaced(std::u16string_view path);
+
 enum EReplaceResult
 {
     eRR_Failed, // nothing has changed
@@ -65,12 +69,14 @@ enum EReplaceResult
 /// Puts the file `from` in the place of `to` in one step, so that a reader, or a crash, finds the
 /// old or the new file, never a part; then makes that step durable. (A folder that cannot be read
 /// cannot be synced; that is not counted as a failure.)
-/// Both in the same folder. An existing `to` must be an ordinary file; the new one takes its mode.
+/// Both in the same folder. `to` may be replaced (see MayBeReplaced); the new file takes the mode
+/// of the old one.
 [[nodiscard]] PLATFORM_API EReplaceResult ReplaceAtomically(
     std::u16string_view from, std::u16string_view to);
 
-/// The path behind symbolic links; `path` itself where it is none, or does not exist.
-PLATFORM_API std::u16string ResolveLinks(std::u16string_view path);
+/// Finds the path behind symbolic links: `path` itself where it is none, or does not exist. False
+/// where there is one that cannot be followed, or has no UTF-16 form.
+[[nodiscard]] PLATFORM_API bool ResolveLinks(std::u16string_view path, std::u16string& target);
 
 PLATFORM_API bool RemovePath(std::u16string_view path);
 PLATFORM_API bool PathExists(std::u16string_view path);

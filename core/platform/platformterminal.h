@@ -17,9 +17,10 @@ enum EStandardStream
 /// closed: reading the one and writing the others fails. To be called before any file is opened.
 PLATFORM_API void SecureStandardStreams();
 
-/// From now on, writing to a pipe that nobody reads any more fails, rather than end the program
-/// where it stands. For the whole process, so it is for a program to call, not for a library.
-PLATFORM_API void SurviveClosedPipes();
+/// From now on, writing to a pipe that nobody reads any more, or beyond the size that a file may
+/// have, fails, rather than end the program where it stands. For the whole process, so it is for a
+/// program to call, not for a library.
+PLATFORM_API void SurviveFailingWrites();
 
 /// Whether a person looks at this stream, not a file or a pipe.
 PLATFORM_API bool IsTerminal(EStandardStream stream);

@@ -17,7 +17,9 @@ TEST(CStringTest, OrdersByUnitSoThatSurrogatesComeBeforeTheLastOfThePlane)
 TEST(CStringTest, WideTextIsTheSameText)
 {
     EXPECT_EQ(CString(L"Gr\u00f6\u00dfe \U0001F600"), u"Gr\u00f6\u00dfe \U0001F600");
-    EXPECT_EQ(CString(u"\U0001F600").ToWide(), L"\U0001F600");
+    const std::wstring wide = CString(u"a\U0001F600").ToWide();
+    EXPECT_EQ(wide, L"a\U0001F600");
+    EXPECT_EQ(CString(wide).Find(L"\U0001F600"), 1u);
     EXPECT_EQ(CString::FromUtf8("\xc3\xa4").ToCodePage(), "\xc3\xa4");
     EXPECT_TRUE(CString(static_cast<const wchar_t*>(nullptr)).IsEmpty());
 }
@@ -44,6 +46,8 @@ TEST(CStringTest, NullIsTheEmptyTextEverywhere)
     EXPECT_FALSE(text == null);
     EXPECT_TRUE(CString() == null);
     EXPECT_GT(text, null);
+    EXPECT_GT(text.Compare(null), 0);
+    EXPECT_EQ(text.Find(null), 0u);
 }
 
 } // namespace

@@ -69,7 +69,8 @@ TYPED_TEST(TuBoxedTest, IsMadeByNameWithTheDefaultValueAndReadsBackWhatItWrote)
 
     const std::unique_ptr<IObject> copy(TuRTTI::getClone(name)(sample));
     EXPECT_EQ(dynamic_cast<const Boxed&>(*copy), sample);
-    EXPECT_THROW(TuRTTI::getClone(name)(TuException(TU_HERE)), std::bad_cast); // and no slice
+    ExpectFailure<TuExceptionPreconditionViolation>(
+        [&] { TuRTTI::getClone(name)(TuException(TU_HERE)); }); // and no slice
 }
 
 TEST(TuBoxedTest, LongsHoldThirtyTwoBitsOnEverySystem)

@@ -1,5 +1,6 @@
 #include "groundwork/tucondition.h"
 #include "groundwork/tuexceptions.h"
+#include "groundwork/tusmartpointer.h"
 #include "groundwork/tustreamwriteasciistring.h"
 #include "support/expectfailure.h"
 
@@ -10,18 +11,18 @@
 namespace {
 
 /// A subclass that forgot its clone function.
-class UncopyableFailure : public TuException
+class UncopyableFailure : public TuExceptionStream
 {
     TU_DECLARE_RTTI
 
 public:
     UncopyableFailure()
-        : TuException(u"test/uncopyable", 7, RTTI)
+        : TuExceptionStream(u"test/uncopyable", 7, RTTI)
     {
     }
 };
 
-TU_DEFINE_RTTI(UncopyableFailure, TuException, nullptr, nullptr);
+TU_DEFINE_RTTI(UncopyableFailure, TuExceptionStream, nullptr, nullptr);
 
 TEST(TuExceptionTest, NamesItsPlaceFromTheSourceRootWithoutExtension)
 {
@@ -60,12 +61,21 @@ TEST(TuExceptionTest, StandardExceptionsBecomeCausesByTheirText)
         "torn");
 }
 
-TEST(TuExceptionTest, ACauseThatCannotBeCopiedStillNamesItsClass)
+TEST(TuExceptionTest, ACauseThatCannotBeCopiedIsKeptAsTheNearestBaseAndStillNamesItsClass)
 {
     const UncopyableFailure inner;
     const TuException outer(u"core/outer", 1, static_cast<const TuException&>(inner));
     EXPECT_STREQ(outer.what(),
         "TuException at core/outer(1); caused by UncopyableFailure at test/uncopyable(7)");
+    EXPECT_EQ(&outer.GetCause()->GetRTTI(), &TuExceptionStream::RTTI);
+}
+
+TEST(TuExceptionTest, ACopyOnTheHeapCanBeShared)
+{
+    const TuExceptionStream caught(u"core/a", 1, u"torn");
+    const TuSmartPointer<const TuException> kept(caught.Clone().release());
+    const TuSmartPointer<const TuException> shared = kept;
+    EXPECT_STREQ(TuException(*shared).what(), caught.what());
 }
 
 TEST(TuExceptionTest, EveryClassIsCopiedByItsOwnCloneFunction)

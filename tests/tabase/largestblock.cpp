@@ -1,18 +1,21 @@
-#include <atomic>
+#include "largestblock.h"
+
 #include <cstdlib>
 #include <new>
 
 std::atomic<std::size_t> s_largestBlock{ 0 };
+thread_local bool s_isMemoryGone = false;
 
 void* operator new(std::size_t size)
 {
     if (size > s_largestBlock) {
         s_largestBlock = size;
     }
-    if (void* block = std::malloc(size)) {
-        return block;
+    void* const block = s_isMemoryGone ? nullptr : std::malloc(size);
+    if (block == nullptr) {
+        throw std::bad_alloc();
     }
-    throw std::bad_alloc();
+    return block;
 }
 
 void operator delete(void* block) noexcept { std::free(block); }

@@ -88,11 +88,30 @@ TEST(TaStreamFileTest, SafeModeReplacesTheFileOnCommitOnly)
 TEST(TaStreamFileTest, ACommitThatCannotReplaceLeavesNothingBehindAndARefusedOneLosesNoBytes)
 {
     const TemporaryFolder folder;
-    std::filesystem::create_directories(folder.GetPath("target/inhabited"));
+    const std::string reason = "cannot replace \"" + (folder / "target").ToUtf8() + "\": ";
     TaStreamWriteBinaryFile stream(folder / "target", kSafe);
-    const std::string reason = reasonOf([&] { stream.Commit(); });
-    EXPECT_TRUE(reason.starts_with("cannot replace \"" + (folder / "target").ToUtf8() + "\": "));
+    std::filesystem::create_directories(folder.GetPath("target/inhabited"));
+    EXPECT_TRUE(reasonOf([&] { stream.Commit(); }).starts_with(reason));
     EXPECT_EQ(folder.CountFiles(), 1);
+    const auto openSafely
+        = [&](const char* name) { TaStreamWriteBinaryFile(folder / name, kSafe); };
+    EXPECT_TRUE(reasonOf([&] { openSafely("target"); }).starts_with(reason));
+
+    // What may not be written is not replaced, either; nor what UTF-16 has no name for.
+    folder.WriteAll("protected", "old");
+    std::filesystem::permissions(folder.GetPath("protected"), std::filesystem::perms::owner_read);
+    const auto isProtected = [&](TaStreamWriteBinaryFile::EMode mode) {
+        try {
+            TaStreamWriteBinaryFile(folder / "protected", mode);
+            return false;
+        } catch (const TuExceptionStream&) {
+            return true;
+        }
+    };
+    EXPECT_EQ(isProtected(kSafe), isProtected(TaStreamWriteBinaryFile::eWM_Direct));
+    folder.WriteAll("b\xff", "old");
+    std::filesystem::create_symlink("b\xff", folder.GetPath("link"));
+    reasonOf([&] { openSafely("link"); });
 
     TaStreamWriteBinaryFile direct(folder / "direct");
     direct << 1;

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <clocale>
 #include <limits>
 #include <locale>
@@ -37,10 +38,20 @@ TEST(TuStreamWriteASCIITest, ASeparatedStreamKeepsShortestNumbersTextsAndLinesAp
     reals << 0.1f << 0.1 << 1.0 / 3.0 << -0.0 << -std::numeric_limits<double>::max()
           << std::numeric_limits<double>::infinity();
     EXPECT_EQ(reals.GetText(), "0.1 0.1 0.3333333333333333 -0 -1.7976931348623157e+308 inf");
+    // By way of double, as the reader goes, the shortest form of this one is its neighbour.
+    StringStream rounded(true);
+    rounded << std::bit_cast<float>(0x95AE43FDu);
+    EXPECT_EQ(rounded.GetText(), "-7.03853069e-26");
 
     StringStream plain;
     plain << 1 << " is " << 2.5 << u"\r\n" << true << reals;
     EXPECT_EQ(plain.GetText().Left(18), "1 is 2.5\r\ntrue0.1 ");
+
+    stream << 4;
+    TuExceptionStream(u"core/a", 5, u"torn").Dump(stream);
+    stream << 6;
+    const std::string behind(stream.GetText().GetView());
+    EXPECT_TRUE(behind.ends_with("3 4\nTuExceptionStream at core/a(5): torn\r\n6")) << behind;
 }
 
 TEST(TuStreamWriteASCIITest, TheProcessLocaleIsIgnoredInBothDirections)

@@ -1,19 +1,15 @@
 #include "support/versionedrecord.h"
 
 #include "groundwork/tuexceptions.h"
+#include "largestblock.h"
 #include "support/bufferbytes.h"
 #include "support/expectfailure.h"
 #include "tabase/tastreamreadbinarybuffer.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <memory>
 #include <string>
-
-/// The largest block that operator new has been asked for in this program since the test set it to
-/// 0: what a hostile count makes the library take.
-extern std::atomic<std::size_t> s_largestBlock;
 
 namespace {
 

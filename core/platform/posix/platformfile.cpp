@@ -56,15 +56,20 @@ namespace {
         return handle;
     }
 
-    /// The rights of an ordinary file; false where there is none.
+    /// The rights of a file that may be replaced, unchanged where there is none; false for what may
+    /// not.
     bool findRights(const std::string& path, mode_t& rights)
     {
         struct stat status;
-        if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        if (stat(path.c_str(), &status) != 0) {
+            return true;
+        }
+        if (!S_ISREG(status.st_mode)) {
+            errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
             return false;
         }
         rights = status.st_mode & 0777;
-        return true;
+        return access(path.c_str(), W_OK) == 0;
     }
 
     std::string folderOf(const std::string& path)
@@ -120,7 +125,9 @@ bool File::CreateFor(std::u16string_view path, std::u16string_view target, bool&
         return false;
     }
     mode_t rights = kUsualRights;
-    findRights(nativeTarget, rights);
+    if (!findRights(nativeTarget, rights)) {
+        return false;
+    }
     m_handle = openFile(native, openFlags(eFM_CreateNew), rights);
     taken = !IsOpen() && errno == EEXIST;
     return IsOpen();
@@ -193,6 +200,13 @@ bool File::Close()
     return result == 0 || errno == EINTR;
 }
 
+bool MayBeReplaced(std::u16string_view path)
+{
+    std::string native;
+    mode_t rights = kUsualRights;
+    return toNative(path, native) && findRights(native, rights);
+}
+
 EReplaceResult ReplaceAtomically(std::u16string_view from, std::u16string_view to)
 {
     std::string source;
@@ -201,15 +215,10 @@ EReplaceResult ReplaceAtomically(std::u16string_view from, std::u16string_view t
         return eRR_Failed;
     }
     // Asked once: another program may put its file there between two looks.
-    struct stat old;
-    if (stat(target.c_str(), &old) == 0) {
-        if (!S_ISREG(old.st_mode)) {
-            errno = EEXIST; // a device or a folder is no document, and stays
-            return eRR_Failed;
-        }
-        if (chmod(source.c_str(), old.st_mode & 0777) != 0) {
-            return eRR_Failed;
-        }
+    constexpr mode_t kNoFile = static_cast<mode_t>(-1);
+    mode_t rights = kNoFile;
+    if (!findRights(target, rights) || (rights != kNoFile && chmod(source.c_str(), rights) != 0)) {
+        return eRR_Failed;
     }
     // Opened first, so that a folder which cannot be found leaves the old file.
     const int folder = openFile(folderOf(target), O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0);
@@ -230,20 +239,28 @@ EReplaceResult ReplaceAtomically(std::u16string_view from, std::u16string_view t
     return result;
 }
 
-std::u16string ResolveLinks(std::u16string_view path)
+bool ResolveLinks(std::u16string_view path, std::u16string& target)
 {
-    const std::string name = ToUtf8(path);
+    std::string name;
+    if (!toNative(path, name)) {
+        return false;
+    }
+    target = path;
     struct stat status;
     if (lstat(name.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) {
-        return std::u16string(path);
+        return true;
     }
-    char* resolved = realpath(name.c_str(), nullptr);
+    const std::unique_ptr<char, void (*)(void*)> resolved(
+        realpath(name.c_str(), nullptr), std::free);
     if (resolved == nullptr) {
-        return std::u16string(path);
+        return errno == ENOENT; // the file behind the link is to be made
     }
-    std::u16string result = FromUtf8(resolved);
-    std::free(resolved);
-    return result;
+    target = FromUtf8(resolved.get());
+    if (ToUtf8(target) != resolved.get()) {
+        errno = EILSEQ; // the name of another file stands in UTF-16 for one that is no UTF-8
+        return false;
+    }
+    return true;
 }
 
 bool RemovePath(std::u16string_view path)

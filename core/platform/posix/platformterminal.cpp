@@ -2,6 +2,7 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -19,7 +20,11 @@ void SecureStandardStreams()
     }
 }
 
-void SurviveClosedPipes() { signal(SIGPIPE, SIG_IGN); }
+void SurviveFailingWrites()
+{
+    signal(SIGPIPE, SIG_IGN);
+    signal(SIGXFSZ, SIG_IGN);
+}
 
 bool IsTerminal(EStandardStream stream) { return isatty(stream) == 1; }
 
@@ -37,6 +42,10 @@ bool WriteStandard(EStandardStream stream, std::string_view text)
         const ssize_t put = write(stream, text.data(), text.size());
         if (put > 0) {
             text.remove_prefix(static_cast<std::size_t>(put));
+        } else if (put < 0 && errno == EAGAIN) {
+            // Whoever started the program may have made the stream one that does not wait.
+            pollfd room{ stream, POLLOUT, 0 };
+            (void)poll(&room, 1, -1);
         } else if (put == 0 || errno != EINTR) {
             return false;
         }

@@ -29,7 +29,11 @@ void TaStreamFileBase::openTemporary()
 {
     constexpr std::size_t kMostOfName = 40;
 
-    m_target = platform::ResolveLinks(m_path);
+    std::u16string target;
+    if (!platform::ResolveLinks(m_path, target) || !platform::MayBeReplaced(target)) {
+        throw TuExceptionStream(TU_HERE, describeFailure(u"replace"));
+    }
+    m_target = target;
     const std::size_t slash = m_target.GetView().find_last_of(u"/\\");
     const std::size_t name = slash == CString::npos ? 0 : slash + 1;
     const CString stem = m_target.Left(name + kMostOfName) + u".tmp";
@@ -116,7 +120,7 @@ void TaStreamFileBase::closeFileAtDestruction(std::size_t used) noexcept
         closeFile(used);
     } catch (const std::exception& failure) {
         try {
-            TuStreamWriteASCIITraceDiagnostic() << failure.what() << "\n";
+            TuStreamWriteASCIITraceDiagnostic() << CString::FromUtf8(failure.what()) << u"\n";
         } catch (...) { // out of memory: there is no way left to report
         }
     }

@@ -25,7 +25,8 @@
 ///
 /// Threads: one thread at a time.
 /// Failure: TuExceptionStream, whose line says what was wrong. The target is unchanged (a line's is
-///          empty), the bad word has been read. Nothing can be read after the end.
+///          empty, or what came before its source failed), the bad word has been read. Nothing can
+///          be read after the end.
 class TABASE_API TaStreamReadASCII : public TuStreamRead
 {
     TU_DECLARE_RTTI

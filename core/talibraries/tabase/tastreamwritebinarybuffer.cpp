@@ -35,9 +35,13 @@ void TaStreamWriteBinaryBuffer::write(const void* data, unsigned long long size)
     const std::ptrdiff_t offset = isOwn ? bytes - m_bytes : 0;
     const std::size_t wanted = used + static_cast<std::size_t>(size);
     if (wanted > capacity) {
-        // Doubling makes the cost of growing linear in the bytes written.
+        // Doubling makes the cost of growing linear in the bytes written. Where there is no room
+        // for twice as much there may be for what is needed.
         constexpr std::size_t kFirstCapacity = 256;
-        reserve(std::max({ wanted, capacity * 2, kFirstCapacity }));
+        const std::size_t doubled = std::max({ wanted, capacity * 2, kFirstCapacity });
+        if (!tryReserve(doubled)) {
+            reserve(wanted);
+        }
     }
     if (size != 0) {
         std::memcpy(getWindow(), isOwn ? m_bytes + offset : bytes, static_cast<std::size_t>(size));
@@ -47,11 +51,18 @@ void TaStreamWriteBinaryBuffer::write(const void* data, unsigned long long size)
 
 void TaStreamWriteBinaryBuffer::reserve(std::size_t capacity)
 {
-    const std::size_t used = GetSize();
-    auto* bytes = static_cast<unsigned char*>(TuReallocateBlock(m_bytes, capacity));
-    if (bytes == nullptr) {
+    if (!tryReserve(capacity)) {
         throw TuExceptionOutOfMemory(TU_HERE);
     }
-    m_bytes = bytes;
-    setWindow(m_bytes + used, m_bytes + capacity);
+}
+
+bool TaStreamWriteBinaryBuffer::tryReserve(std::size_t capacity) noexcept
+{
+    const std::size_t used = GetSize();
+    auto* bytes = static_cast<unsigned char*>(TuReallocateBlock(m_bytes, capacity));
+    if (bytes != nullptr) {
+        m_bytes = bytes;
+        setWindow(m_bytes + used, m_bytes + capacity);
+    }
+    return bytes != nullptr;
 }

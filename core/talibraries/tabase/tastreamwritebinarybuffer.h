@@ -30,6 +30,7 @@ public:
 private:
     void write(const void* data, unsigned long long size) override;
     void reserve(std::size_t capacity);
+    bool tryReserve(std::size_t capacity) noexcept;
 
     unsigned char* m_bytes = nullptr;
 };
