@@ -1,13 +1,17 @@
 #include "platform/platformfile.h"
 
+#include "groundwork/tulatesterror.h"
 #include "platform/platformerror.h"
 #include "support/temporaryfolder.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <system_error>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -38,19 +42,20 @@ TEST(PlatformFileTest, WritesReadsAndMovesTheHandle)
     std::size_t count = 0;
     ASSERT_TRUE(reader.Read(text, sizeof(text), count));
     EXPECT_EQ(std::string(text, count), "world");
-    ASSERT_TRUE(reader.Read(text, sizeof(text), count));
-    EXPECT_EQ(count, 0u);
 }
 
 TEST(PlatformFileTest, RefusesWhatIsNotThereOrThereAlreadyOrNoFile)
 {
     const TemporaryFolder folder;
+    folder.WriteAll("a", "old");
     File file;
     EXPECT_FALSE(file.Open(folder / "missing", platform::eFM_Read));
-    EXPECT_NE(platform::GetLastSystemError().number, 0u);
+    std::jthread([] { platform::SetLastSystemError(EACCES); }).join(); // each thread has its own
+    const TuLatestError error;
     EXPECT_FALSE(file.Open(folder / "", platform::eFM_Read)); // a folder
+    EXPECT_EQ(error.GetNumber(), static_cast<unsigned int>(ENOENT));
+    EXPECT_EQ(error.GetMessageText().ToUtf8(), std::generic_category().message(ENOENT));
     EXPECT_FALSE(file.IsOpen());
-    folder.WriteAll("a", "old");
     EXPECT_FALSE(file.Open(folder / "a", platform::eFM_CreateNew));
     // The system would cut the path.
     EXPECT_FALSE(file.Open((folder / "a") + CString(u"\0b", 2), platform::eFM_Read));
@@ -58,20 +63,7 @@ TEST(PlatformFileTest, RefusesWhatIsNotThereOrThereAlreadyOrNoFile)
     EXPECT_EQ(folder.ReadAll("a"), "old");
 }
 
-TEST(PlatformFileTest, ReplacesAFileInOneStep)
-{
-    const TemporaryFolder folder;
-    folder.WriteAll("old", "old content");
-    folder.WriteAll("new", "new content");
-    EXPECT_TRUE(platform::MakeFolder(folder / "sub"));
-    EXPECT_EQ(platform::ReplaceAtomically(folder / "new", folder / "sub"), platform::eRR_Failed);
-    EXPECT_EQ(platform::ReplaceAtomically(folder / "new", folder / "old"), platform::eRR_Durable);
-    EXPECT_FALSE(platform::PathExists(folder / "new"));
-    EXPECT_EQ(platform::ReplaceAtomically(folder / "new", folder / "old"), platform::eRR_Failed);
-    EXPECT_EQ(folder.ReadAll("old"), "new content");
-}
-
-TEST(PlatformFileTest, ListsAFolderInOrder)
+TEST(PlatformFileTest, ListsAndRemovesWhatIsInAFolder)
 {
     const TemporaryFolder folder;
     for (const char* name : { "b", "a", "c" }) {
@@ -88,23 +80,34 @@ TEST(PlatformFileTest, ListsAFolderInOrder)
     EXPECT_TRUE(names.empty());
 }
 
-TEST(PlatformFileTest, AFileThatIsToReplaceAnotherIsNoMoreOpenThanThat)
+TEST(PlatformFileTest, AFileReplacesAnotherInOneStepAndIsNoMoreOpenThanThat)
 {
     using std::filesystem::perms;
     const TemporaryFolder folder;
-    folder.WriteAll("private", "old");
-    const perms ownerOnly = perms::owner_read | perms::owner_write;
-    std::filesystem::permissions(folder.GetPath("private"), ownerOnly);
+    const auto permissionsOf = [&folder](const char* name) {
+        return std::filesystem::status(folder.GetPath(name)).permissions();
+    };
+    const perms ofGroup
+        = perms::owner_read | perms::owner_write | perms::group_read | perms::group_write;
+    folder.WriteAll("old", "old content");
+    std::filesystem::permissions(folder.GetPath("old"), ofGroup);
+    std::filesystem::create_symlink("/dev/null", folder.GetPath("device"));
+
     File file;
     bool taken = true;
-    ASSERT_TRUE(file.CreateFor(folder / "new", folder / "private", taken));
+    ASSERT_TRUE(file.CreateFor(folder / "new", folder / "old", taken));
     EXPECT_FALSE(taken);
-    EXPECT_EQ(std::filesystem::status(folder.GetPath("new")).permissions(), ownerOnly);
-    EXPECT_FALSE(file.CreateFor(folder / "new", folder / "private", taken));
+    EXPECT_TRUE(file.Write("new content", 11));
+    EXPECT_EQ(permissionsOf("new") & ~ofGroup, perms::none);
+    EXPECT_FALSE(file.CreateFor(folder / "new", folder / "old", taken));
     EXPECT_TRUE(taken);
-    EXPECT_EQ(
-        platform::ReplaceAtomically(folder / "new", folder / "private"), platform::eRR_Durable);
-    EXPECT_EQ(std::filesystem::status(folder.GetPath("private")).permissions(), ownerOnly);
+
+    EXPECT_EQ(platform::ReplaceAtomically(folder / "new", folder / "device"), platform::eRR_Failed);
+    EXPECT_EQ(platform::ReplaceAtomically(folder / "new", folder / "old"), platform::eRR_Durable);
+    EXPECT_EQ(platform::ReplaceAtomically(folder / "new", folder / "old"), platform::eRR_Failed);
+    EXPECT_EQ(folder.ReadAll("old"), "new content");
+    EXPECT_EQ(permissionsOf("old"), ofGroup);
+    EXPECT_FALSE(platform::PathExists(folder / "new"));
 }
 
 } // namespace

@@ -8,7 +8,7 @@
 
 namespace {
 
-TEST(PlatformFoldersTest, FollowsTheEnvironmentWhereItNamesAnAbsolutePath)
+TEST(PlatformFoldersTest, FollowTheEnvironmentWhereItNamesAnAbsolutePath)
 {
     setenv("HOME", "/home/somebody", 1);
     setenv("XDG_CONFIG_HOME", "/settings/", 1);
@@ -21,10 +21,7 @@ TEST(PlatformFoldersTest, FollowsTheEnvironmentWhereItNamesAnAbsolutePath)
     setenv("TMPDIR", "/scratch", 1);
     EXPECT_EQ(platform::GetTemporaryFolder(), u"/scratch");
     setenv("TMPDIR", former.c_str(), 1);
-}
 
-TEST(PlatformFoldersTest, KnowsTheRunningProgram)
-{
     const std::filesystem::path program = platform::GetProgramPath();
     EXPECT_TRUE(program.is_absolute());
     EXPECT_EQ(program.stem(), "platform_tests");

@@ -12,8 +12,8 @@ namespace {
 
 TEST(PlatformTerminalDeathTest, StandardStreamsThatAreClosedAreNobodysFiles)
 {
-    TemporaryFolder folder;
-    const std::u16string path = folder.GetPath("a.off").u16string();
+    const TemporaryFolder folder;
+    const CString path = folder / "a.off";
     EXPECT_EXIT(
         {
             std::fclose(stdout);
@@ -27,12 +27,7 @@ TEST(PlatformTerminalDeathTest, StandardStreamsThatAreClosedAreNobodysFiles)
         },
         testing::ExitedWithCode(0), "");
     EXPECT_EQ(folder.ReadAll("a.off"), "");
-}
-
-TEST(PlatformTerminalTest, HasAWidthWhereverOutputGoes)
-{
-    EXPECT_GT(platform::GetTerminalWidth(platform::eSS_Output), 0u);
-    EXPECT_TRUE(platform::WriteStandard(platform::eSS_Output, ""));
+    EXPECT_GT(platform::GetTerminalWidth(platform::eSS_Output), 0u); // wherever output goes
 }
 
 } // namespace

@@ -4,19 +4,23 @@
 
 #include <gtest/gtest.h>
 
-/// Expects that `action` throws exactly an `Exception`, not a class derived from it.
-/// `file` and `line`, where given, are the place that the contract states.
+#include <string>
+
+/// Expects that `action` throws exactly an `Exception`, not a class derived from it, and returns
+/// its account. `file` and `line`, where given, are the place that the contract states.
 template <class Exception, class Action>
-void ExpectFailure(Action&& action, const CString& file = CString(), unsigned int line = 0)
+std::string ExpectFailure(Action&& action, const CString& file = CString(), unsigned int line = 0)
 {
     try {
         action();
-        ADD_FAILURE() << "nothing was thrown";
     } catch (const TuException& failure) {
         EXPECT_TRUE(failure.Is(Exception::RTTI)) << failure.what();
         if (!file.IsEmpty()) {
             EXPECT_EQ(failure.GetFile().ToUtf8(), file.ToUtf8());
             EXPECT_EQ(failure.GetLine(), line);
         }
+        return failure.what();
     }
+    ADD_FAILURE() << "nothing was thrown";
+    return {};
 }

@@ -8,7 +8,7 @@
 
 /// The plainest binary streams that can be written: over a vector, without a window. Tests of
 /// records use them, so that they depend on no other stream.
-class PlainStreamWrite final : public TuStreamWriteBinary
+class PlainStreamWrite : public TuStreamWriteBinary
 {
 public:
     std::vector<unsigned char> bytes;
@@ -21,7 +21,7 @@ private:
     }
 };
 
-class PlainStreamRead final : public TuStreamReadBinary
+class PlainStreamRead : public TuStreamReadBinary
 {
 public:
     explicit PlainStreamRead(const std::vector<unsigned char>& bytes)

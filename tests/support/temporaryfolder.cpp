@@ -1,10 +1,16 @@
 #include "support/temporaryfolder.h"
 
 #include <fstream>
+#include <iterator>
 #include <random>
-#include <sstream>
 #include <stdexcept>
 #include <system_error>
+
+std::string ReadFile(const std::filesystem::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
 
 TemporaryFolder::TemporaryFolder()
 {
@@ -23,15 +29,12 @@ TemporaryFolder::~TemporaryFolder()
     std::filesystem::remove_all(m_folder, ignored);
 }
 
-std::string TemporaryFolder::ReadAll(std::string_view name) const
-{
-    std::ifstream file(GetPath(name), std::ios::binary);
-    std::ostringstream content;
-    content << file.rdbuf();
-    return content.str();
-}
-
 void TemporaryFolder::WriteAll(std::string_view name, std::string_view content) const
 {
     std::ofstream(GetPath(name), std::ios::binary) << content;
+}
+
+std::ptrdiff_t TemporaryFolder::CountFiles() const
+{
+    return std::distance(std::filesystem::directory_iterator(m_folder), {});
 }

@@ -30,19 +30,17 @@ void VersionedRecord::SerializeAs(TuStreamWriteBinary& stream, unsigned int vers
 void VersionedRecord::Serialize(TuStreamReadBinary& stream)
 {
     const unsigned int version = stream.ReadAndCompareVersion(kVersion);
-    VersionedRecord read;
-    stream >> read.title;
+    stream >> title;
+    weights.clear();
     if (version >= 1) {
         unsigned int count = 0;
         stream >> count;
         for (; count != 0; --count) {
-            stream >> read.weights.emplace_back();
+            stream >> weights.emplace_back();
         }
     }
+    visible = true;
     if (version >= 2) {
-        stream >> read.visible;
+        stream >> visible;
     }
-    title = read.title;
-    weights = read.weights;
-    visible = read.visible;
 }

@@ -10,15 +10,8 @@ using namespace tamesh;
 
 TEST(MeshAnalysisTest, CountsWhatATetrahedronHas)
 {
-    Mesh mesh;
-    mesh.AddVertex({ 0, 0, 0 });
-    mesh.AddVertex({ 2, 0, 0 });
-    mesh.AddVertex({ 0, -3, 0 });
-    mesh.AddVertex({ 0, 0, 4 });
-    for (const auto& face : { std::array{ 0u, 1u, 2u }, std::array{ 0u, 3u, 1u },
-             std::array{ 1u, 3u, 2u }, std::array{ 2u, 3u, 0u } }) {
-        mesh.AddFace(face);
-    }
+    const Mesh mesh = ReadMeshText(
+        "a.off", "OFF\n4 4 6\n0 0 0\n2 0 0\n0 -3 0\n0 0 4\n3 0 1 2\n3 0 3 1\n3 1 3 2\n3 2 3 0\n");
     EXPECT_EQ(FormatFigures(AnalyseMesh(mesh)),
         "  vertices             4\n"
         "  faces                4\n"
@@ -33,35 +26,21 @@ TEST(MeshAnalysisTest, CountsWhatATetrahedronHas)
         "  upper bound          2 0 4\n");
 }
 
-TEST(MeshAnalysisTest, TellsBoundaryFromNonManifoldEdges)
+TEST(MeshAnalysisTest, TellsEdgesFacesAndVerticesThatAreNotSound)
 {
-    // Three sheets that share the edge 0-1, and a polygon on its own.
     const SMeshFigures figures = AnalyseMesh(ReadMeshText("a.off",
-        "OFF\n9 4 0\n0 0 0\n1 0 0\n0 1 0\n0 0 1\n0 -1 0\n5 0 0\n6 0 0\n6 1 0\n5 1 0\n"
-        "3 0 1 2\n3 0 1 3\n3 1 0 4\n4 5 6 7 8\n"));
-    EXPECT_EQ(figures.edges, 11u);
-    EXPECT_EQ(figures.nonManifoldEdges, 1u);
-    EXPECT_EQ(figures.boundaryEdges, 10u);
-    EXPECT_EQ(figures.components, 2u);
-    EXPECT_EQ(figures.eulerCharacteristic, 2);
-}
-
-TEST(MeshAnalysisTest, AVertexOfNoFaceIsAComponentOfItsOwn)
-{
-    const SMeshFigures figures = AnalyseMesh(
-        ReadMeshText("a.off", "OFF\n5 1 0\n0 0 0\n1 0 0\n9 9 9\n0 1 0\n8 8 8\n3 0 1 3\n"));
-    EXPECT_EQ(figures.isolatedVertices, 2u);
-    EXPECT_EQ(figures.components, 3u);
-    EXPECT_EQ(figures.eulerCharacteristic, 3); // one for each
-    EXPECT_EQ(figures.upperBound, (SPoint{ 9, 9, 9 }));
-}
-
-TEST(MeshAnalysisTest, AFaceThatNamesAVertexTwiceIsDegenerate)
-{
-    const SMeshFigures figures = AnalyseMesh(ReadMeshText(
-        "a.off", "OFF\n4 3 0\n0 0 0\n1 0 0\n0 1 0\n1 1 0\n3 0 0 1\n4 0 1 2 1\n3 0 1 3\n"));
+        "OFF\n11 6 0\n0 0 0\n1 0 0\n0 1 0\n0 0 1\n0 -1 0\n5 0 0\n6 0 0\n6 1 0\n5 1 0\n"
+        "9 9 9\n8 8 8\n" // of no face: components of their own
+        "3 0 1 2\n3 0 1 3\n3 1 0 4\n" // three sheets that share the edge 0-1
+        "4 5 6 7 8\n3 5 5 6\n4 5 6 7 6\n")); // a polygon, and degenerate faces along its sides
+    EXPECT_EQ(figures.edges, 11u); // none from a vertex to itself
+    EXPECT_EQ(figures.nonManifoldEdges, 3u);
+    EXPECT_EQ(figures.boundaryEdges, 8u);
     EXPECT_EQ(figures.degenerateFaces, 2u);
-    EXPECT_EQ(figures.edges, 5u - 1u); // 0-1, 1-2, 2.. : none from a vertex to itself
+    EXPECT_EQ(figures.components, 4u);
+    EXPECT_EQ(figures.isolatedVertices, 2u);
+    EXPECT_EQ(figures.eulerCharacteristic, 6);
+    EXPECT_EQ(figures.upperBound, (SPoint{ 9, 9, 9 }));
 }
 
 TEST(MeshAnalysisTest, AnEmptyMeshHasNoBounds)

@@ -5,6 +5,8 @@ file(MAKE_DIRECTORY ${FOLDER})
 file(WRITE ${FOLDER}/good.off "OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n")
 file(WRITE ${FOLDER}/bad.off "OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 7\n")
 file(WRITE ${FOLDER}/mesh.ply "ply\n")
+file(WRITE ${FOLDER}/old.tadoc "old")
+file(MAKE_DIRECTORY ${FOLDER}/folder.off)
 
 # expect(CODE OUT_PATTERN ERROR_PATTERN arguments...): a pattern that is empty demands silence.
 function(expect code out_pattern error_pattern)
@@ -21,22 +23,19 @@ function(expect code out_pattern error_pattern)
   endforeach()
 endfunction()
 
-function(expect_missing name)
-  if(EXISTS ${FOLDER}/${name})
-    message(SEND_ERROR "${name} was written")
-  endif()
-endfunction()
-
 expect(0 "good.off \\(OFF\\)\n  vertices +3\n  faces +1\n" "" info good.off)
 expect(1 "good.off \\(OFF\\)\n.*good.off \\(OFF\\)\n" "^bad.off:6: the face names vertex 7[^\n]*\n$"
   info good.off bad.off good.off)
 expect(1 "" "^missing.off: cannot open: [^\n]+\n$" info missing.off)
+expect(1 "" "^missing.tadoc: cannot open: [^\n]+\n$" show missing.tadoc)
+expect(1 "" "^folder.off: is a folder, not a file\n$" info folder.off)
 expect(1 "" "^mesh.ply: unknown format[^\n]+\n$" info mesh.ply)
 
+expect(1 "" "^bad.off:6: " pack bad.off -o old.tadoc)
 expect(1 "" "^bad.off:6: " pack bad.off -o bad.tadoc)
-expect_missing(bad.tadoc)
-expect(1 "" "^nowhere/a.tadoc: cannot create a temporary file beside: "
-  pack good.off -o nowhere/a.tadoc)
+set(not_there ": cannot create a temporary file beside: ")
+expect(1 "" "^nowhere/a.tadoc${not_there}" pack good.off -o nowhere/a.tadoc)
+expect(1 "" "^nowhere/a.off${not_there}" make torus 8 -o nowhere/a.off)
 expect(0 "" "" pack good.off -o good.tadoc)
 expect(0 "good.tadoc \\(document\\)\n  vertices +3\n" "" show good.tadoc)
 expect(1 "" "^good.off: TuExceptionWrongFileVersion at apps/tamesh/document\\([0-9]+\\): "
@@ -56,9 +55,16 @@ expect(2 "" "${usage} pack" pack good.off -o good.off)
 expect(2 "" "${usage} make" make cube 5 -o cube.off)
 expect(2 "" "${usage} make" make torus 2 -o torus2.off)
 expect(2 "" "${usage} make" make torus many -o torus2.off)
-expect_missing(torus2.off)
 expect(0 "${usage}|Usage: tamesh" "" --help)
 expect(0 "^tamesh [0-9.]+\n$" "" --version)
+
+# What failed wrote nothing, and nothing is left of the attempts.
+file(READ ${FOLDER}/old.tadoc old)
+file(GLOB names RELATIVE ${FOLDER} ${FOLDER}/*)
+list(SORT names)
+if(NOT "${old};${names}" STREQUAL "old;bad.off;folder.off;good.off;good.tadoc;mesh.ply;old.tadoc;sphere.off;terrain.off;torus.off")
+  message(SEND_ERROR "in the folder are now: ${names}; old.tadoc holds ${old}")
+endif()
 
 # Words that do not arrive are a failure: a pipe that nobody reads, a full disk.
 function(expect_lost command)
