@@ -142,21 +142,6 @@ TEST(TuWeakPointerTest, ATargetThatNobodyHoldsIsNotRevivedButReachedOnceHeld)
     EXPECT_EQ(assigned.Lock(), held);
 }
 
-TEST(TuWeakPointerTest, LocksInTheTargetsDestructorGiveNothing)
-{
-    static bool s_sawNothing = false;
-    struct Observer : public TuReferenceCounted
-    {
-        ~Observer() override { s_sawNothing = weak->Lock().IsNull(); }
-        TuWeakPointer<Observer>* weak = nullptr;
-    };
-    TuSmartPointer<Observer> target = new Observer;
-    TuWeakPointer<Observer> weak(target.Get());
-    target->weak = &weak;
-    target.Reset();
-    EXPECT_TRUE(s_sawNothing);
-}
-
 TEST(TuWeakPointerTest, LinksAndReferencesOfSeveralThreadsRaceAndLocksWithTheLastRelease)
 {
     constexpr std::size_t kThreads = 4;

@@ -30,6 +30,9 @@ expect(1 "" "^missing.off: cannot open: [^\n]+\n$" info missing.off)
 expect(1 "" "^missing.tadoc: cannot open: [^\n]+\n$" show missing.tadoc)
 expect(1 "" "^folder.off: is a folder, not a file\n$" info folder.off)
 expect(1 "" "^mesh.ply: unknown format[^\n]+\n$" info mesh.ply)
+execute_process(COMMAND truncate -s 80M endless.off WORKING_DIRECTORY ${FOLDER})
+expect(1 "" "^endless.off:1: the line is longer than 64 MiB" info endless.off)
+file(REMOVE ${FOLDER}/endless.off)
 
 expect(1 "" "^bad.off:6: " pack bad.off -o old.tadoc)
 expect(1 "" "^bad.off:6: " pack bad.off -o bad.tadoc)
@@ -58,25 +61,28 @@ expect(2 "" "${usage} make" make torus many -o torus2.off)
 expect(0 "${usage}|Usage: tamesh" "" --help)
 expect(0 "^tamesh [0-9.]+\n$" "" --version)
 
+# What does not fit is a failure: in a pipe that nobody reads, on a full disk.
+function(expect_lost error_pattern command)
+  execute_process(COMMAND sh -c "${command}" tamesh ${TAMESH} WORKING_DIRECTORY ${FOLDER}
+    RESULT_VARIABLE result ERROR_VARIABLE error)
+  if(NOT result EQUAL 1 OR NOT error MATCHES "^${error_pattern}\n$")
+    message(SEND_ERROR "${command}: exit code ${result}\n${error}")
+  endif()
+endfunction()
+
+set(output "standard output: cannot be written")
+expect_lost("${output}" "mkfifo pipe && exec 3<>pipe 4>pipe 3>&- && \"$1\" info good.off >&4")
+file(REMOVE ${FOLDER}/pipe)
+if(EXISTS /dev/full)
+  expect_lost("${output}" "\"$1\" --version >/dev/full")
+  expect_lost("${output}" "\"$1\" make --help >/dev/full")
+endif()
+expect_lost("old.tadoc: cannot write: [^\n]+" "ulimit -f 1 && \"$1\" pack sphere.off -o old.tadoc")
+
 # What failed wrote nothing, and nothing is left of the attempts.
 file(READ ${FOLDER}/old.tadoc old)
 file(GLOB names RELATIVE ${FOLDER} ${FOLDER}/*)
 list(SORT names)
 if(NOT "${old};${names}" STREQUAL "old;bad.off;folder.off;good.off;good.tadoc;mesh.ply;old.tadoc;sphere.off;terrain.off;torus.off")
   message(SEND_ERROR "in the folder are now: ${names}; old.tadoc holds ${old}")
-endif()
-
-# Words that do not arrive are a failure: a pipe that nobody reads, a full disk.
-function(expect_lost command)
-  execute_process(COMMAND sh -c "${command}" tamesh ${TAMESH} WORKING_DIRECTORY ${FOLDER}
-    RESULT_VARIABLE result ERROR_VARIABLE error)
-  if(NOT result EQUAL 1 OR NOT error MATCHES "^standard output: cannot be written\n$")
-    message(SEND_ERROR "${command}: exit code ${result}\n${error}")
-  endif()
-endfunction()
-
-expect_lost("mkfifo pipe && exec 3<>pipe 4>pipe 3>&- && \"$1\" info good.off >&4")
-if(EXISTS /dev/full)
-  expect_lost("\"$1\" --version >/dev/full")
-  expect_lost("\"$1\" make --help >/dev/full")
 endif()
