@@ -155,8 +155,10 @@ template <class Test> void testKinds(benchmark::State& state, bool mixed, Test t
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(objects.size()));
 }
 
-bool isKindOfLevel3(const Level0& object) { return object.IsKindOf(Level3::RTTI); }
-bool castsToLevel3(const Level0& object) { return dynamic_cast<const Level3*>(&object) != nullptr; }
+// Objects of a type, so that the loops hold the questions themselves.
+constexpr auto isKindOfLevel3 = [](const Level0& object) { return object.IsKindOf(Level3::RTTI); };
+constexpr auto castsToLevel3
+    = [](const Level0& object) { return dynamic_cast<const Level3*>(&object) != nullptr; };
 
 void BM_IsKindOf_FourClasses(benchmark::State& state) { testKinds(state, true, isKindOfLevel3); }
 BENCHMARK(BM_IsKindOf_FourClasses);
