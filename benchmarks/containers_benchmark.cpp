@@ -49,7 +49,7 @@ template <class Array> void appendToArray(benchmark::State& state)
 
 void arraySizes(benchmark::internal::Benchmark* benchmark)
 {
-    benchmark->Arg(1'000'000)->Arg(10'000'000)->Unit(benchmark::kMillisecond);
+    benchmark->RangeMultiplier(10)->Range(1'000'000, 100'000'000)->Unit(benchmark::kMillisecond);
 }
 
 void BM_TuArray_Append(benchmark::State& state) { appendToArray<TuArray<int>>(state); }
@@ -280,7 +280,7 @@ template <class Holder, class Key> void insertIntoMap(benchmark::State& state)
 
 void mapSizes(benchmark::internal::Benchmark* benchmark)
 {
-    benchmark->RangeMultiplier(10)->Range(10'000, 1'000'000)->Unit(benchmark::kMicrosecond);
+    benchmark->RangeMultiplier(10)->Range(1'000, 10'000'000)->Unit(benchmark::kMicrosecond);
 }
 
 using Number = std::uint32_t;

@@ -360,7 +360,7 @@ template <class Library, class Content> struct Measures
         for (const auto& [name, function] : kMeasures) {
             const std::string base = "BM_" + library + "_" + content + name;
             benchmark::RegisterBenchmark((base + "/quick").c_str(), function)->Arg(full / 1000);
-            for (const int size : { full / 10, full }) {
+            for (const int size : { full / 10, full, full * 10 }) {
                 benchmark::RegisterBenchmark((base + "/full").c_str(), function)
                     ->Arg(size)
                     ->Unit(benchmark::kMillisecond);

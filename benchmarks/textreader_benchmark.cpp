@@ -180,6 +180,7 @@ void BM_FastFloat_Memory(benchmark::State& state)
         ->Name(#function "/full")                                                                  \
         ->Arg(5'000'000)                                                                           \
         ->Arg(50'000'000)                                                                          \
+        ->Arg(500'000'000)                                                                         \
         ->Unit(benchmark::kMillisecond)
 
 TA_READER_BENCHMARK(BM_TaStreamReadASCII_File);

@@ -158,7 +158,8 @@ template <class Sets, MakeInput make> void BM_CreateSetNumbers(benchmark::State&
         ->Name("BM_" #name)                                                                        \
         ->Unit(benchmark::kMillisecond)                                                            \
         ->Arg(3163 * 3163)                                                                         \
-        ->Arg(1000 * 1000);                                                                        \
+        ->Arg(1000 * 1000)                                                                         \
+        ->Arg(10000 * 10000);                                                                      \
     BENCHMARK_TEMPLATE(run, Sets, make)->Name("BM_" #name "/quick")->Arg(100 * 100)
 
 UNION_FIND_BENCHMARK(TaUnionFind_RandomPairs, BM_AddPairs, TaUnionFind, makeRandomPairs);

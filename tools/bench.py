@@ -4,9 +4,10 @@
 usage: bench.py PROGRAMS_FOLDER RESULTS_FOLDER OUTPUT [NAME...]
 
 Each row of the table is a process of its own, in which the runs of ours and of its peers alternate:
-what other cases leave behind in the allocator and in the caches must not decide a comparison. The
-raw results stay in RESULTS_FOLDER, a file per row. With NAMEs (without "_benchmark") only the rows
-of these programs are measured; the others stay as last measured.
+what other cases leave behind in the allocator and in the caches must not decide a comparison. Then
+each job that has a goal is run at all its sizes. The raw results stay in RESULTS_FOLDER, a file per
+process. With NAMEs (without "_benchmark") only these programs are run; the rest stays as last
+measured.
 TABASE_BENCH_REPETITIONS (5) says how often each case is repeated.
 """
 
@@ -26,8 +27,14 @@ ROOT = Path(__file__).resolve().parent.parent
 PAIRS = json.loads((ROOT / "benchmarks/pairs.json").read_text())
 
 
-def result_path(pair, results):
-    return results / (re.sub(r"\W+", "_", "-".join([pair["ours"], *pair["peers"]]))[:200] + ".json")
+def result_path(results, *names):
+    return results / (re.sub(r"\W+", "_", "-".join(names))[:200] + ".json")
+
+
+def growth_stems():
+    """The jobs with a goal, without their size: "BM_TuList_Walk/" of "BM_TuList_Walk/1000000"."""
+    sized = [pair["ours"] for pair in PAIRS if pair.get("goal") and "/" in pair["ours"]]
+    return list(dict.fromkeys(re.sub(r"\d+$", "", name) for name in sized))
 
 
 def cases(program):
@@ -36,14 +43,22 @@ def cases(program):
     return set(listed.stdout.split())
 
 
-def measure(program, pair, present, results):
-    names = [name for name in [pair["ours"], *pair["peers"]] if name in present]
+def measure(program, names, path):
     subprocess.run(
         [program, f"--benchmark_filter=^({'|'.join(names)})$",
          f"--benchmark_repetitions={os.environ.get('TABASE_BENCH_REPETITIONS', '5')}",
          "--benchmark_enable_random_interleaving=true", "--benchmark_report_aggregates_only=true",
-         f"--benchmark_out={result_path(pair, results)}", "--benchmark_out_format=json"],
+         f"--benchmark_out={path}", "--benchmark_out_format=json"],
         check=True, stdout=subprocess.DEVNULL)
+
+
+def sizes_of(stem, present):
+    return sorted((name for name in present if re.fullmatch(re.escape(stem) + r"\d+", name)),
+                  key=size_of)
+
+
+def size_of(name):
+    return int(name.rsplit("/", 1)[1])
 
 
 def measure_all(programs, results, wanted):
@@ -55,7 +70,12 @@ def measure_all(programs, results, wanted):
             present = cases(program)
             for pair in PAIRS:
                 if pair["ours"] in present:
-                    measure(program, pair, present, results)
+                    names = [pair["ours"], *pair["peers"]]
+                    measure(program, [name for name in names if name in present],
+                            result_path(results, *names))
+            for stem in growth_stems():
+                if names := sizes_of(stem, present):
+                    measure(program, names, result_path(results, "growth", stem))
 
 
 def medians(path):
@@ -100,11 +120,21 @@ def row(pair, times):
     return "| " + " | ".join(cells) + " |"
 
 
+def growth_rows(results):
+    for stem in growth_stems():
+        path = result_path(results, "growth", stem)
+        if path.exists():
+            times, _ = medians(path)
+            cells = [f"{size_of(name):,}: {readable(times[name] / size_of(name))}"
+                     for name in sorted(times, key=size_of)]
+            yield f"| `{stem.removeprefix('BM_').removesuffix('/')}` | {'; '.join(cells)} |"
+
+
 def write_table(results, output):
     compiler = subprocess.run(["g++", "--version"], capture_output=True, text=True, check=True)
     lines, context = [], {}
     for pair in PAIRS:
-        path = result_path(pair, results)
+        path = result_path(results, pair["ours"], *pair["peers"])
         if not path.exists():
             print(f"no result yet: {pair['subject']}, {pair['workload']}")
             continue
@@ -128,8 +158,21 @@ def write_table(results, output):
         "| subject | workload | ours | peer | which | ratio | goal |",
         "|---|---|---|---|---|---|---|",
     ]
+    growth = [
+        "",
+        "## How the cost grows",
+        "",
+        "Ours alone, time per item (an element, a key, a record, a byte of text) at each size. A "
+        "linear job stays level as long as its data fit the same cache; what misses the cache at "
+        "each item (finding keys, joining random sets) rises where they no longer do, and so does what writes into "
+        "memory that is fresh from the system.",
+        "",
+        "| job | time per item at a size |",
+        "|---|---|",
+        *growth_rows(results),
+    ]
     notes = (ROOT / "benchmarks/notes.md").read_text().strip()
-    output.write_text("\n".join([*head, *lines, "", notes]) + "\n")
+    output.write_text("\n".join([*head, *lines, *growth, "", notes]) + "\n")
     print(f"wrote {output}")
 
 
