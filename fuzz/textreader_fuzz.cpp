@@ -1,4 +1,5 @@
 #include "groundwork/tuexceptions.h"
+#include "support/eagersource.h"
 #include "tabase/tastreamreadasciistring.h"
 
 #include <cstdint>
@@ -24,28 +25,6 @@ template <class Target> bool extract(TaStreamReadASCII& stream)
     }
     return stream.IsEndOfStream();
 }
-
-/// Reports the end together with the last byte, as a source may.
-class EagerSource final : public TaStreamReadASCII
-{
-public:
-    explicit EagerSource(std::string_view text)
-        : m_rest(text)
-    {
-    }
-
-private:
-    bool read(char& c) override
-    {
-        if (!m_rest.empty()) {
-            c = m_rest.front();
-            m_rest.remove_prefix(1);
-        }
-        return m_rest.empty();
-    }
-
-    std::string_view m_rest;
-};
 
 using Extraction = bool (*)(TaStreamReadASCII&);
 

@@ -21,7 +21,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
 
-# What is compared: (program, subject, workload, ours, peers, kind, goal).
+# What is compared: objects of subject, workload, ours, peers, kind and, where there is one, goal.
 # Of several peers the best counts. The ratio is ours to the peer: of times for "time", where it is
 # to be at most the goal, of throughputs for "rate", where it is to be at least the goal.
 PAIRS = json.loads((ROOT / "benchmarks/pairs.json").read_text())
@@ -164,8 +164,8 @@ def write_table(results, output):
         "",
         "Ours alone, time per item (an element, a key, a record, a byte of text) at each size. A "
         "linear job stays level as long as its data fit the same cache; what misses the cache at "
-        "each item (finding keys, joining random sets) rises where they no longer do, and so does what writes into "
-        "memory that is fresh from the system.",
+        "each item (finding keys, joining random sets) rises where they no longer do, and so does "
+        "what writes into memory that is fresh from the system.",
         "",
         "| job | time per item at a size |",
         "|---|---|",

@@ -23,8 +23,7 @@ EMeshFormat GetMeshFormat(std::string_view fileName);
 /// least three corners, which name vertices that are there.
 ///
 /// Failure: MeshFailure with the line (for binary formats without) for input that is not sound or
-/// of
-///          no format that is known; what the stream throws passes on. Memory grows as data
+///          of no format that is known; what the stream throws passes on. Memory grows as data
 ///          arrives, whatever the input claims.
 Mesh ReadMesh(const SMeshInput& input);
 

@@ -10,8 +10,7 @@
 /// interface holds its own as `kExtensionName`.
 ///
 /// Failure: TuExceptionUnknownExtension, with the place of the class asked, when the object does
-/// not
-///          implement the interface and `mustExist` is true; otherwise the answer is then null.
+///          not implement the interface and `mustExist` is true; otherwise the answer is then null.
 class GROUNDWORK_API IExtensionInterface
 {
 public:

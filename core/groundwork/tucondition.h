@@ -22,8 +22,7 @@ template <int Level> constexpr bool TuIsConditionChecked()
 ///     TuPreCondition<2>(u"the index lies in the array", TU_HERE, [&] { return i < size; });
 ///
 /// Failure: TuExceptionPreconditionViolation with the given place and description when the
-/// predicate
-///          answers false. What the predicate throws passes unchanged.
+///          predicate answers false. What the predicate throws passes unchanged.
 template <int Level> class TuPreCondition
 {
 public:

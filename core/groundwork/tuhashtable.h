@@ -120,12 +120,12 @@ private:
 
         Association** GetChains() { return reinterpret_cast<Association**>(this + 1); }
     };
-    /// Where a hash belongs. The filter of a bucket holds the marks of all keys that came into it:
-    /// a key whose mark is missing is new, which is known without a look at a node.
+    /// Where a key belongs. The filter of a bucket holds the marks of all keys that came into it: a
+    /// key whose mark is missing is new, which is known without a look at a node.
     struct SPlace
     {
         unsigned int bucket;
-        unsigned char mark; // one bit of a hash; all bits of a bucket that is copied
+        unsigned char mark; // a bit of the hash; of a bucket that is copied, all of its marks
     };
 
     static unsigned int checkedBucketCount(unsigned int bucketCount)
@@ -149,7 +149,7 @@ private:
     }
     SPlace placeOf(KeyArgument key) const;
     Association* firstNodeFrom(unsigned int bucket) const;
-    template <class... Args> Association* makeNode(unsigned int bucket, Args&&... args);
+    template <class... Args> Association* makeNode(SPlace place, Args&&... args);
     void prepareBuckets();
     void preparePlexManager();
     void removeAt(Association** link);
@@ -192,8 +192,8 @@ inline typename TuHashTable<K, E, A, F, S, H>::SPlace TuHashTable<K, E, A, F, S,
     KeyArgument key) const
 {
     const auto hash = hashOf(key);
-    // The upper bits of a product with 2^64 over the golden ratio: the remainder does not tell
-    // them.
+    // Multiplied by 2^64 over the golden ratio; the upper bits depend on all others, and so tell
+    // keys of one bucket apart.
     const std::uint64_t mixed = hash * 0x9E37'79B9'7F4A'7C15u;
     return { bucketOf(hash), static_cast<unsigned char>(1u << (mixed >> 61)) };
 }
@@ -231,16 +231,14 @@ inline std::pair<A*, bool> TuHashTable<K, E, A, F, S, H>::findOrInsert(
     }
     const SPlace place = placeOf(key);
     A** const chain = chainOf(place.bucket);
-    unsigned char& filter = filters()[place.bucket];
-    if ((filter & place.mark) != 0) {
+    if ((filters()[place.bucket] & place.mark) != 0) {
         for (A* node = *chain; node != nullptr; node = node->m_next) {
             if (areEqual(node, key)) {
                 return { node, false };
             }
         }
     }
-    A* const node = makeNode(place.bucket, key, std::forward<Args>(args)...);
-    filter |= place.mark;
+    A* const node = makeNode(place, key, std::forward<Args>(args)...);
     node->m_next = *chain;
     *chain = node;
     return { node, true };
@@ -260,19 +258,18 @@ A* TuHashTable<K, E, A, F, S, H>::append(KeyArgument key, Args&&... args)
             return nullptr;
         }
     }
-    *link = makeNode(place.bucket, key, std::forward<Args>(args)...);
-    filters()[place.bucket] |= place.mark;
-    return *link;
+    return *link = makeNode(place, key, std::forward<Args>(args)...);
 }
 
 template <class K, class E, class A, int F, class S, class H>
 template <class... Args>
-inline A* TuHashTable<K, E, A, F, S, H>::makeNode(unsigned int bucket, Args&&... args)
+inline A* TuHashTable<K, E, A, F, S, H>::makeNode(SPlace place, Args&&... args)
 {
     if (m_plexManager.IsNull() || m_count == std::numeric_limits<S>::max()) {
         preparePlexManager();
     }
-    A* const node = m_plexManager->Make(bucket, std::forward<Args>(args)...);
+    A* const node = m_plexManager->Make(place.bucket, std::forward<Args>(args)...);
+    filters()[place.bucket] |= place.mark;
     ++m_count;
     return node;
 }
@@ -387,8 +384,7 @@ void TuHashTable<K, E, A, F, S, H>::copyFrom(const TuHashTable& other)
         while (*link != nullptr) {
             link = &(*link)->m_next;
         }
-        *link = makeNode(place.bucket, *node);
-        filters()[place.bucket] |= place.mark;
+        *link = makeNode(place, *node);
     }
 }
 

@@ -6,8 +6,8 @@
 #include <initializer_list>
 
 /// A hash map whose number of buckets is fixed, but for moves and Swap, which exchange it: chains
-/// grow, entries never move. Choose
-/// about as many buckets as there will be entries; 17 serve up to a hundred.
+/// grow, entries never move. Choose about as many buckets as there will be entries; 17 serve up to
+/// a hundred.
 ///
 /// Iteration goes through the buckets in order, and in each from the entry inserted last to the
 /// first. A value replaced keeps its place; removed and inserted again, it comes first. Keys hash

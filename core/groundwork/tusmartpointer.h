@@ -12,8 +12,7 @@
 /// that implements IReferenceCounted). The size of one pointer.
 ///
 /// Ownership: each non-null pointer is one strong reference; the last one deletes the object
-/// through
-///            its virtual destructor.
+///            through its virtual destructor.
 /// Threads:   pointers to one object may be copied and dropped on any thread; one pointer object is
 ///            used by one thread at a time, like a raw pointer.
 /// Failure:   none.

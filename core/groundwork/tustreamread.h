@@ -9,8 +9,7 @@
 ///
 /// Threads: one thread at a time.
 /// Failure: TuExceptionStream when the stream ends early or holds something else than was asked
-/// for;
-///          the target is then unchanged.
+///          for; the target is then unchanged.
 class GROUNDWORK_API TuStreamRead : public virtual IObject
 {
     TU_DECLARE_RTTI

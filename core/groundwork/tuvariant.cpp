@@ -6,6 +6,7 @@
 #include "groundwork/tustreamwritebinary.h"
 #include "groundwork/tutextnumber.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -20,14 +21,20 @@ constexpr double kTwoTo63 = 9223372036854775808.0;
 /// A number of any kind: integers as such, so that none is rounded.
 using Number = std::variant<std::int64_t, double>;
 
+bool isBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
 /// Decimal integers of up to 64 bits, and what the text reader takes as a double.
 Number parseNumber(const CString& text)
 {
     const std::string word = text.ToUtf8();
     const char* end = word.data() + word.size();
-    const bool hasPlus = word.size() > 1 && word[0] == '+' && word[1] != '-';
+    // The standard parser takes neither blanks nor a plus, which TuParseDouble below does.
+    const char* begin = std::find_if_not(word.data(), end, isBlank);
+    if (end - begin > 1 && begin[0] == '+' && begin[1] != '-') {
+        ++begin;
+    }
     std::int64_t integer = 0;
-    const auto [behind, failure] = std::from_chars(word.data() + hasPlus, end, integer);
+    const auto [behind, failure] = std::from_chars(begin, end, integer);
     if (behind == end && failure == std::errc()) {
         return integer;
     }

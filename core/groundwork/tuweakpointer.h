@@ -7,8 +7,7 @@
 /// Ownership: none. When the last strong reference goes, or the target is destroyed, the link is
 ///            cleared.
 /// Threads:   Lock may run on several threads, and against the release of the target. Set, Clear
-/// and
-///            destruction change the link itself: keep other users of the same link away meanwhile.
+///            and destruction change the link itself: keep other users of it away meanwhile.
 /// Failure:   the first link to a target takes memory and may throw std::bad_alloc.
 template <class T> class GROUNDWORK_TEMPLATE TuWeakPointer
 {

@@ -1,4 +1,5 @@
 #include "groundwork/tuexceptions.h"
+#include "support/eagersource.h"
 #include "support/expectfailure.h"
 #include "support/temporaryfolder.h"
 #include "tabase/tastreamreadasciifile.h"
@@ -17,28 +18,6 @@
 namespace {
 
 constexpr char16_t kSource[] = u"core/talibraries/tabase/tastreamreadascii";
-
-/// A source that reports its end together with its last byte, as a response of a server does.
-class EagerSource final : public TaStreamReadASCII
-{
-public:
-    explicit EagerSource(std::string text)
-        : m_text(std::move(text))
-    {
-    }
-
-private:
-    bool read(char& c) override
-    {
-        if (m_position < m_text.size()) {
-            c = m_text[m_position++];
-        }
-        return m_position >= m_text.size();
-    }
-
-    std::string m_text;
-    std::size_t m_position = 0;
-};
 
 template <class Target> Target readFrom(std::string_view text)
 {
@@ -158,8 +137,8 @@ TEST(TaStreamReadASCIITest, AnEndWithTheLastByteBelongsToALineButNotToAWord)
     EXPECT_EQ(linesOf(EagerSource("ab\r\n")), Lines{ "ab" }); // the byte that the CR swallows
     EXPECT_EQ(linesOf(EagerSource("cd\r")), Lines{ "cd\r" }); // the end is looked at first
     EXPECT_EQ(linesOf(EagerSource("")), Lines{ "" });
-    const std::string full(127, 'x');
-    EXPECT_EQ(linesOf(EagerSource(full + "y")), Lines{ full + "y" });
+    const std::string longer = std::string(127, 'x') + 'y';
+    EXPECT_EQ(linesOf(EagerSource(longer)), Lines{ longer });
 
     int number = 0;
     EagerSource("12 345") >> number >> number;

@@ -152,6 +152,7 @@ const std::vector<SFault> kFaultsOfOFF{
     { kThree + "2 0 1\n", ":6: a face has at least 3 corners, not 2" },
     { kThree + "18446744073709551615 0 1 2\n",
         ":6: the face has 18446744073709551615 corners, but only 3 follow" },
+    { kThree + "3 0 1 2.0\n", ":6: a vertex index was expected, but \"2.0\" is no whole number" },
     { kThree + "3 0 1 3\n", ":6: the face names vertex 3, but the 3 vertices count from 0" },
     { kThree + "\n3 0 1 2\n\n3 0 1 2\n",
         ":9: the header announces 3 vertices and 1 faces, but here is one more line" },

@@ -79,6 +79,23 @@ if(EXISTS /dev/full)
 endif()
 expect_lost("old.tadoc: cannot write: [^\n]+" "ulimit -f 1 && \"$1\" pack sphere.off -o old.tadoc")
 
+# A pipe that does not wait is full for a moment, not for good.
+string(REPEAT "good.off;" 1000 many)
+execute_process(WORKING_DIRECTORY ${FOLDER} RESULT_VARIABLE result
+  COMMAND python3 -c "
+import os, subprocess, sys, time
+reader, writer = os.pipe()
+os.set_blocking(writer, False)
+program = subprocess.Popen(sys.argv[1:], stdout=writer)
+os.close(writer)
+time.sleep(0.2)
+with open(reader) as output:
+    sys.exit(output.read().count('good.off') != 1000 or program.wait())"
+  ${TAMESH} info ${many})
+if(NOT result EQUAL 0)
+  message(SEND_ERROR "words were lost in a pipe that does not wait")
+endif()
+
 # What failed wrote nothing, and nothing is left of the attempts.
 file(READ ${FOLDER}/old.tadoc old)
 file(GLOB names RELATIVE ${FOLDER} ${FOLDER}/*)
