@@ -1,0 +1,84 @@
+#pragma once
+
+#include "platform/platformlock.h"
+#include "platform/platformthread.h"
+
+#include <pthread.h>
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+class EventWaiter;
+
+/// What the handle of a thread and the thread itself share.
+///
+/// A new thread stands at a gate before it runs anything. Suspending and killing is done by a
+/// signal: its handler runs on the thread, answers, and stands at the same gate until that is
+/// opened; or it leaves the thread by the exit system call, which runs no destructors.
+///
+/// Ownership: counted; the thread has one use until it has ended.
+class ThreadState
+{
+public:
+    ThreadState(Thread::Procedure procedure, void* argument, std::u16string_view name);
+
+    [[nodiscard]] bool Create();
+    void ReleaseUse();
+    /// The handle is given up: the thread, or what is left of it, ends by itself.
+    void Close();
+
+    [[nodiscard]] bool Suspend();
+    [[nodiscard]] bool Resume();
+    [[nodiscard]] bool Kill(unsigned int exitCode);
+    bool IsActive() const { return m_ended.load(std::memory_order_acquire) == 0; }
+    bool IsCurrent() const { return IsActive() && pthread_equal(m_thread, pthread_self()) != 0; }
+    unsigned int GetExitCode() const;
+    EWait WaitForEnd(std::uint64_t deadline) const;
+    bool SetPriority(int priority);
+    int GetPriority() const { return m_priority.load(std::memory_order_relaxed); }
+    std::uint32_t GetId() const { return m_id; }
+    pthread_t GetThread() const { return m_thread; }
+
+    /// These two are called on the thread itself.
+    void StandAtGate();
+    void End();
+
+private:
+    enum EGate : std::uint32_t
+    {
+        eG_Closed,
+        eG_Open,
+        eG_Kill,
+    };
+
+    ~ThreadState() = default;
+    static void* run(void* state);
+    void runHere();
+    [[noreturn]] void leave();
+    bool interrupt(EGate gate);
+    void tell(std::atomic<std::uint32_t>& word);
+    void buryKilled();
+
+    const Thread::Procedure m_procedure;
+    void* const m_argument;
+    const std::string m_name;
+    pthread_t m_thread{}; // these two are set before the gate opens
+    std::uint32_t m_id = 0;
+    CriticalSection m_lock; // one at a time moves the gate
+    std::atomic<std::uint32_t> m_uses{ 2 };
+    std::atomic<std::uint32_t> m_gate{ eG_Closed };
+    std::atomic<std::uint32_t> m_answered{ 0 };
+    std::atomic<std::uint32_t> m_ended{ 0 };
+    std::atomic<unsigned int> m_exitCode{ Thread::kActive };
+    std::atomic<unsigned int> m_killCode{ 0 };
+    std::atomic<bool> m_left{ false }; // was killed, so the thread has not given its use back
+    std::atomic<bool> m_joined{ false };
+    std::atomic<int> m_priority{ 0 };
+    std::atomic<EventWaiter*> m_waiter{ nullptr };
+};
+
+} // namespace platform
