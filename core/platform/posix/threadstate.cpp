@@ -83,6 +83,19 @@ namespace {
 
 } // namespace
 
+constinit thread_local std::uint32_t t_threadId __attribute__((tls_model("initial-exec"))) = 0;
+
+std::uint32_t FindCurrentThreadId() noexcept
+{
+    // The only thread of a forked child has a new number.
+    [[maybe_unused]] static const int s_atFork
+        = pthread_atfork(nullptr, nullptr, [] { t_threadId = 0; });
+    t_threadId = static_cast<std::uint32_t>(syscall(SYS_gettid));
+    return t_threadId;
+}
+
+std::uint32_t GetCurrentThreadId() noexcept { return CurrentThreadId(); }
+
 ThreadState::ThreadState(Thread::Procedure procedure, void* argument, std::u16string_view name)
     : m_procedure(procedure)
     , m_argument(argument)
@@ -132,7 +145,7 @@ void ThreadState::buryKilled()
     }
     m_joined = true;
     pthread_join(m_thread, nullptr);
-    if (EventWaiter* waiter = m_waiter.load(std::memory_order_acquire)) {
+    if (EventWaiter* waiter = m_waiter.exchange(nullptr)) {
         EventWaiter::Abandon(*waiter);
     }
     ReleaseUse();
@@ -272,8 +285,7 @@ bool ThreadState::Kill(unsigned int exitCode)
     if (ofItself) {
         leave();
     }
-    const EWait end = WaitForEnd(GetDeadline(kPatienceMs));
-    if (end != eW_Signaled) {
+    if (WaitForEnd(kPatienceMs) != eW_Signaled) {
         errno = ETIMEDOUT;
         return false;
     }
@@ -286,8 +298,9 @@ unsigned int ThreadState::GetExitCode() const
     return IsActive() ? Thread::kActive : m_exitCode.load();
 }
 
-EWait ThreadState::WaitForEnd(std::uint64_t deadline) const
+EWait ThreadState::WaitForEnd(unsigned int milliseconds) const
 {
+    const std::uint64_t deadline = GetDeadline(milliseconds);
     while (IsActive()) {
         const EWordWait wait = IsCurrent() ? eWW_TimedOut : WaitOnWord(m_ended, 0, deadline);
         if (wait != eWW_Woken && IsActive()) {

@@ -37,11 +37,12 @@ public:
     bool IsActive() const { return m_ended.load(std::memory_order_acquire) == 0; }
     bool IsCurrent() const { return IsActive() && pthread_equal(m_thread, pthread_self()) != 0; }
     unsigned int GetExitCode() const;
-    EWait WaitForEnd(std::uint64_t deadline) const;
+    EWait WaitForEnd(unsigned int milliseconds) const;
     bool SetPriority(int priority);
     int GetPriority() const { return m_priority.load(std::memory_order_relaxed); }
     std::uint32_t GetId() const { return m_id; }
-    pthread_t GetThread() const { return m_thread; }
+    /// The pthread_t, which is an address in the C libraries that we know.
+    void* GetHandle() const { return reinterpret_cast<void*>(m_thread); }
 
     /// These two are called on the thread itself.
     void StandAtGate();

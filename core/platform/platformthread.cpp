@@ -1,31 +1,15 @@
 #include "platform/platformthread.h"
 
-#include "platform/platformclock.h"
-#include "platform/posix/currentthread.h"
+#if defined(_WIN32)
+#include "platform/win32/threadstate.h"
+#else
 #include "platform/posix/threadstate.h"
-
-#include <errno.h>
-#include <pthread.h>
-#include <sys/syscall.h>
-#include <unistd.h>
+#endif
 
 #include <new>
 #include <utility>
 
 namespace platform {
-
-constinit thread_local std::uint32_t t_threadId __attribute__((tls_model("initial-exec"))) = 0;
-
-std::uint32_t FindCurrentThreadId() noexcept
-{
-    // The only thread of a forked child has a new number.
-    [[maybe_unused]] static const int s_atFork
-        = pthread_atfork(nullptr, nullptr, [] { t_threadId = 0; });
-    t_threadId = static_cast<std::uint32_t>(syscall(SYS_gettid));
-    return t_threadId;
-}
-
-std::uint32_t GetCurrentThreadId() noexcept { return CurrentThreadId(); }
 
 Thread::~Thread()
 {
@@ -54,7 +38,6 @@ bool Thread::Create(Procedure procedure, void* argument, std::u16string_view nam
     try {
         state = new ThreadState(procedure, argument, name);
     } catch (const std::bad_alloc&) {
-        errno = ENOMEM;
         return false;
     }
     if (!state->Create()) {
@@ -79,7 +62,7 @@ unsigned int Thread::GetExitCode() const { return m_state->GetExitCode(); }
 
 EWait Thread::WaitForEnd(unsigned int milliseconds) const
 {
-    return m_state->WaitForEnd(GetDeadline(milliseconds));
+    return m_state->WaitForEnd(milliseconds);
 }
 
 bool Thread::SetPriority(int priority) { return m_state->SetPriority(priority); }
@@ -90,9 +73,6 @@ bool Thread::IsCurrent() const { return m_state->IsCurrent(); }
 
 std::uint32_t Thread::GetId() const { return m_state->GetId(); }
 
-void* Thread::GetNativeHandle() const
-{
-    return reinterpret_cast<void*>(m_state->GetThread()); // an address, where threads are POSIX's
-}
+void* Thread::GetNativeHandle() const { return m_state->GetHandle(); }
 
 } // namespace platform
