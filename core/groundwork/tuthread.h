@@ -135,7 +135,18 @@ private:
 
     static unsigned int threadProcedure(void* thread);
     unsigned int run();
-    template <class Work> void attempt(Work work);
+    void attempt(bool (TuThread::*work)());
+    bool runBefore()
+    {
+        onBeforeRun();
+        return true;
+    }
+    bool runMethod() { return (m_owner->*m_method)(); }
+    bool runAfter()
+    {
+        onAfterRun(0);
+        return true;
+    }
     void signalStart();
     bool step(bool (*next)(EThreadPriority&));
     void endThread(const TuThreadHandle::Shared& thread);

@@ -80,19 +80,13 @@ template <class T, class Policy> unsigned int TuThread<T, Policy>::threadProcedu
 template <class T, class Policy> unsigned int TuThread<T, Policy>::run()
 {
     m_status |= eStatusRunning;
-    attempt([this] {
-        onBeforeRun();
-        return true;
-    });
+    attempt(&TuThread::runBefore);
     signalStart();
     if (IsSuccessful()) {
-        attempt([this]() -> bool { return (m_owner->*m_method)(); });
+        attempt(&TuThread::runMethod);
     }
     if (IsSuccessful()) {
-        attempt([this] {
-            onAfterRun(0);
-            return true;
-        });
+        attempt(&TuThread::runAfter);
     }
     m_status |= eStatusFinished;
     m_status &= ~static_cast<unsigned int>(eStatusRunning);
@@ -106,11 +100,11 @@ template <class T, class Policy> unsigned int TuThread<T, Policy>::run()
     return exitCode;
 }
 
-template <class T, class Policy> template <class Work> void TuThread<T, Policy>::attempt(Work work)
+template <class T, class Policy> void TuThread<T, Policy>::attempt(bool (TuThread::*work)())
 {
     bool succeeded = false;
     try {
-        succeeded = work();
+        succeeded = (this->*work)();
     } catch (...) { // the status says that there was one
     }
     if (!succeeded) {

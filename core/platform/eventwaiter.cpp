@@ -19,16 +19,11 @@ namespace {
         }
     }
 
-    /// Deletes the thread's waiter when the thread ends. One that other objects of the thread make
-    /// while they are destroyed even later is lost.
+    /// Deletes the waiter of a thread that somebody else has started. One that other objects of the
+    /// thread make while they are destroyed even later is lost.
     struct SWaiterOfThread
     {
-        ~SWaiterOfThread()
-        {
-            EventWaiter* waiter = t_waiter;
-            note(nullptr);
-            delete waiter;
-        }
+        ~SWaiterOfThread() { EventWaiter::EndOfThread(); }
     };
 
     /// Kept where leak checkers find them.
@@ -40,7 +35,9 @@ EventWaiter* EventWaiter::GetCurrent() noexcept
 {
     if (t_waiter == nullptr) {
         note(new (std::nothrow) EventWaiter);
-        [[maybe_unused]] static thread_local const SWaiterOfThread ofThread;
+        if (t_place == nullptr) {
+            [[maybe_unused]] static thread_local const SWaiterOfThread ofThread;
+        }
     }
     return t_waiter;
 }
@@ -49,6 +46,13 @@ void EventWaiter::NoteIn(std::atomic<EventWaiter*>& place) noexcept
 {
     t_place = &place;
     place.store(t_waiter, std::memory_order_release);
+}
+
+void EventWaiter::EndOfThread() noexcept
+{
+    EventWaiter* waiter = t_waiter;
+    note(nullptr);
+    delete waiter;
 }
 
 void EventWaiter::Abandon(EventWaiter& waiter) noexcept

@@ -20,8 +20,10 @@ class EventWaiter
 public:
     /// The calling thread's; null without memory.
     static EventWaiter* GetCurrent() noexcept;
-    /// Tells the calling thread where to note its waiter, for whoever may kill it.
+    /// Tells the calling thread where to note its waiter, for whoever may kill it; such a thread
+    /// says itself when it ends.
     static void NoteIn(std::atomic<EventWaiter*>& place) noexcept;
+    static void EndOfThread() noexcept;
     static void Abandon(EventWaiter& waiter) noexcept;
 
     [[nodiscard]] EWait Wait(const Event* const* events, std::size_t count, std::uint64_t deadline,

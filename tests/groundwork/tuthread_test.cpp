@@ -1,6 +1,6 @@
 #include "groundwork/tuthread.h"
 
-#include "support/skips.h"
+#include "support/killedthreads.h"
 
 #include <gtest/gtest.h>
 
@@ -169,6 +169,7 @@ TEST(TuThreadTest, AnAutomaticallyDeletedThreadIsGoneAtTheEndOfItsRun)
 TEST(TuThreadTest, TerminateEndsTheRunWhereItIsAndTheObjectCanStartAgain)
 {
     SKIP_IF_SIGNALS_ARE_DELAYED();
+    const MayLoseMemory expected;
     Worker worker;
     worker.work = Worker::eW_WaitForGo;
     NotedThread thread(worker);
@@ -191,6 +192,7 @@ TEST(TuThreadTest, TerminateEndsTheRunWhereItIsAndTheObjectCanStartAgain)
 TEST(TuThreadTest, WhoWaitsForTheStartIsLetGoWhenTheThreadIsKilledBefore)
 {
     SKIP_IF_SIGNALS_ARE_DELAYED();
+    const MayLoseMemory expected;
     Worker worker;
     NotedThread thread(worker);
     thread.waitsBefore = true;
@@ -207,6 +209,7 @@ TEST(TuThreadTest, WhoWaitsForTheStartIsLetGoWhenTheThreadIsKilledBefore)
 TEST(TuThreadTest, TheStartedObjectEndsItsRunAndACopyDoesNot)
 {
     SKIP_IF_SIGNALS_ARE_DELAYED();
+    const MayLoseMemory expected;
     Worker worker;
     worker.work = Worker::eW_WaitForGo;
     std::optional<TuThread<Worker>> thread(

@@ -1,7 +1,7 @@
 #include "platform/platformthread.h"
 
 #include "platform/platformclock.h"
-#include "support/skips.h"
+#include "support/killedthreads.h"
 
 #include <gtest/gtest.h>
 

@@ -21,11 +21,26 @@ namespace {
     constinit thread_local ThreadState* t_state __attribute__((tls_model("initial-exec")))
     = nullptr;
 
-    /// The first object of each thread, and so the last that is destroyed.
-    struct SEndOfThread
+    /// Calls End() when the thread's own objects are destroyed. Not an object of the thread itself:
+    /// the C library would note its destructor in memory that is lost when the thread is killed.
+    struct SEndOfThreads
     {
-        ~SEndOfThread() { t_state->End(); }
+        SEndOfThreads()
+        {
+            isMade = pthread_key_create(&key, [](void* state) {
+                static_cast<ThreadState*>(state)->End();
+            }) == 0;
+        }
+
+        pthread_key_t key{};
+        bool isMade;
     };
+
+    const SEndOfThreads& endOfThreads()
+    {
+        static const SEndOfThreads s_end;
+        return s_end;
+    }
 
     int stopSignal() { return SIGRTMIN + 5; }
 
@@ -107,7 +122,9 @@ bool ThreadState::Create()
 {
     // The new thread inherits what the system has given to this one.
     m_priority = t_state != nullptr ? t_state->GetPriority() : 0;
-    const int failure = installHandler() ? pthread_create(&m_thread, nullptr, run, this) : errno;
+    const int failure = installHandler() && endOfThreads().isMade
+        ? pthread_create(&m_thread, nullptr, run, this)
+        : EAGAIN;
     if (failure != 0) {
         errno = failure;
         return false;
@@ -136,15 +153,15 @@ void ThreadState::Close()
     ReleaseUse();
 }
 
-/// Frees what a killed thread would have freed when it ended. Its waiter stays: events may still
-/// have it in their lists.
+/// Gives back the use that a killed thread had. Its waiter stays: events may have it in their
+/// lists. So does its stack: were the thread joined, the C library would give the next thread that
+/// stack, and with it the values that the dead one has left under its pthread keys.
 void ThreadState::buryKilled()
 {
     if (!m_left.exchange(false)) {
         return;
     }
     m_joined = true;
-    pthread_join(m_thread, nullptr);
     if (EventWaiter* waiter = m_waiter.exchange(nullptr)) {
         EventWaiter::Abandon(*waiter);
     }
@@ -154,7 +171,7 @@ void ThreadState::buryKilled()
 void* ThreadState::run(void* state)
 {
     t_state = static_cast<ThreadState*>(state);
-    [[maybe_unused]] static thread_local const SEndOfThread end;
+    pthread_setspecific(endOfThreads().key, state);
     t_state->runHere();
     return nullptr;
 }
@@ -174,7 +191,8 @@ void ThreadState::StandAtGate()
     if (!IsActive()) {
         return; // the signal came when all was done
     }
-    tell(m_answered);
+    m_answered.store(1, std::memory_order_release);
+    WakeAll(m_answered);
     std::uint32_t gate = eG_Closed;
     while ((gate = m_gate.load(std::memory_order_acquire)) == eG_Closed) {
         (void)WaitOnWord(m_gate, eG_Closed, kNever);
@@ -184,29 +202,28 @@ void ThreadState::StandAtGate()
     }
 }
 
-void ThreadState::tell(std::atomic<std::uint32_t>& word)
-{
-    word.store(1, std::memory_order_release);
-    WakeAll(word);
-}
-
 void ThreadState::End()
 {
     // The procedure may have been left by pthread_exit().
     unsigned int active = Thread::kActive;
     m_exitCode.compare_exchange_strong(active, 1);
-    tell(m_ended);
-    tell(m_answered);
+    EventWaiter::EndOfThread();
+    m_ended.store(1, std::memory_order_release);
+    WakeAll(m_ended);
+    m_answered.store(1, std::memory_order_release);
+    WakeAll(m_answered);
     t_state = nullptr;
     ReleaseUse();
 }
 
-/// Whoever killed the thread joins it, and only then gives back the thread's use of this object.
+/// Somebody else gives back the thread's use of this object.
 void ThreadState::leave()
 {
     m_exitCode = m_killCode.load();
     m_left = true;
-    tell(m_ended);
+    m_ended.store(1, std::memory_order_release);
+    // Nothing of this object may be used any more but the address of the word.
+    WakeAll(m_ended);
     for (;;) {
         syscall(SYS_exit, 0);
     }

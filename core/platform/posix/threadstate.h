@@ -61,7 +61,6 @@ private:
     void runHere();
     [[noreturn]] void leave();
     bool interrupt(EGate gate);
-    void tell(std::atomic<std::uint32_t>& word);
     void buryKilled();
 
     const Thread::Procedure m_procedure;

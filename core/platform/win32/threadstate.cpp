@@ -20,7 +20,11 @@ namespace {
     /// The first object of each thread, and so the last that is destroyed.
     struct SEndOfThread
     {
-        ~SEndOfThread() { t_state->End(); }
+        ~SEndOfThread()
+        {
+            EventWaiter::EndOfThread();
+            t_state->End();
+        }
     };
 
     /// Debuggers of later systems show it; the earlier ones do not have the function.
