@@ -1,10 +1,12 @@
 #include "groundwork/tuthread.h"
 
 #include "support/killedthreads.h"
+#include "support/userrights.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -319,5 +321,48 @@ TEST(TuThreadTest, PrioritiesMoveAlongTheLadder)
     EXPECT_TRUE(thread.SlowDown());
     EXPECT_EQ(thread.GetPriority(), eTP_Idle);
 }
+
+TEST(TuThreadTest, PrioritiesGoUpWhereTheUserMayRaiseThem)
+{
+    if (!MayRaisePriorities()) {
+        GTEST_SKIP() << "this user may not raise priorities";
+    }
+    Worker worker;
+    worker.work = Worker::eW_WaitForGo;
+    NotedThread thread(worker, eTP_Idle);
+    ASSERT_TRUE(thread.StartAndWait());
+    for (const int priority : { -2, -1, 0, 1, 2, 15 }) {
+        EXPECT_EQ(thread.SpeedUp(), true) << priority;
+        EXPECT_EQ(thread.GetPriority(), priority);
+    }
+    for (const int priority : { 2, 1, 0, -1, -2, -15 }) {
+        EXPECT_EQ(thread.SlowDown(), true) << priority;
+        EXPECT_EQ(thread.GetPriority(), priority);
+    }
+}
+
+#if !defined(_WIN32) // there, everybody may raise priorities
+TEST(TuThreadDeathTest, APriorityThatIsRefusedIsLoggedInOneLine)
+{
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            if (!BecomeOrdinaryUser()) {
+                std::_Exit(7);
+            }
+            Worker worker;
+            worker.work = Worker::eW_WaitForGo;
+            NotedThread thread(worker, eTP_AboveNormal);
+            const bool isStarted = thread.StartAndWait(); // it logs, and starts all the same
+            const bool isAsBefore = thread.GetPriority() == eTP_Normal;
+            const bool isLowered = thread.SlowDown();
+            const bool isRefused = !thread.SpeedUp() && thread.GetPriority() == eTP_BelowNormal;
+            worker.go.Set();
+            std::_Exit(isStarted && isAsBefore && isLowered && isRefused ? 0 : 1);
+        },
+        testing::ExitedWithCode(0),
+        "^(core/groundwork/tuthread\\(679\\): error: \\(noted\\) 13 - Permission denied\n){2}$");
+}
+#endif
 
 } // namespace

@@ -4,6 +4,10 @@
 #include "support/killedthreads.h"
 
 #include <gtest/gtest.h>
+#if !defined(_WIN32)
+#include <sched.h>
+#include <sys/resource.h>
+#endif
 
 #include <atomic>
 #include <thread>
@@ -220,6 +224,11 @@ TEST(PlatformThreadTest, PrioritiesGoDownTheLadder)
         EXPECT_TRUE(thread.SetPriority(priority));
         EXPECT_EQ(thread.GetPriority(), priority);
     }
+#if !defined(_WIN32)
+    const auto id = static_cast<pid_t>(thread.GetId());
+    EXPECT_EQ(sched_getscheduler(id), SCHED_IDLE);
+    EXPECT_GT(getpriority(PRIO_PROCESS, thread.GetId()), getpriority(PRIO_PROCESS, 0));
+#endif
     EXPECT_FALSE(thread.SetPriority(4));
     EXPECT_EQ(thread.GetPriority(), -15);
     counter.stop = true;
