@@ -30,7 +30,9 @@ TuThreadHandle::TuThreadHandle(const TuThreadHandle& other)
 
 TuThreadHandle& TuThreadHandle::operator=(const TuThreadHandle& other)
 {
-    Set(other.Get());
+    if (this != &other) {
+        Set(other.Get());
+    }
     return *this;
 }
 

@@ -18,35 +18,28 @@ Thread::~Thread()
     }
 }
 
-Thread::Thread(Thread&& other) noexcept
-    : m_state(std::exchange(other.m_state, nullptr))
-{
-}
-
 Thread& Thread::operator=(Thread&& other) noexcept
 {
     if (this != &other) {
-        Thread former(std::move(*this));
-        m_state = std::exchange(other.m_state, nullptr);
+        const Thread former(std::move(*this));
+        m_state = std::move(other.m_state);
     }
     return *this;
 }
 
 bool Thread::Create(Procedure procedure, void* argument, std::u16string_view name)
 {
-    ThreadState* state = nullptr;
+    std::shared_ptr<ThreadState> state;
     try {
-        state = new ThreadState(procedure, argument, name);
+        state = std::make_shared<ThreadState>(procedure, argument, name);
     } catch (const std::bad_alloc&) {
         return false;
     }
     if (!state->Create()) {
-        state->ReleaseUse(); // the thread's, which there is none of
-        state->ReleaseUse();
         return false;
     }
-    Thread former(std::move(*this));
-    m_state = state;
+    const Thread former(std::move(*this));
+    m_state = std::move(state);
     return true;
 }
 

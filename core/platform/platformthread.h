@@ -4,6 +4,7 @@
 #include "platform/platformevent.h"
 
 #include <cstdint>
+#include <memory>
 #include <string_view>
 
 namespace platform {
@@ -39,7 +40,7 @@ public:
 
     Thread() = default;
     ~Thread();
-    Thread(Thread&& other) noexcept;
+    Thread(Thread&& other) noexcept = default;
     Thread& operator=(Thread&& other) noexcept;
 
     /// Starts a thread that is suspended and has run nothing yet. Debuggers show its name, or the
@@ -73,7 +74,7 @@ public:
     void* GetNativeHandle() const;
 
 private:
-    ThreadState* m_state = nullptr;
+    std::shared_ptr<ThreadState> m_state;
 };
 
 } // namespace platform

@@ -13,6 +13,8 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <utility>
+
 namespace platform {
 namespace {
 
@@ -122,22 +124,17 @@ bool ThreadState::Create()
 {
     // The new thread inherits what the system has given to this one.
     m_priority = t_state != nullptr ? t_state->GetPriority() : 0;
+    m_ofThread = shared_from_this();
     const int failure = installHandler() && endOfThreads().isMade
         ? pthread_create(&m_thread, nullptr, run, this)
         : EAGAIN;
     if (failure != 0) {
+        m_ofThread = nullptr;
         errno = failure;
         return false;
     }
     m_id = idOf(m_thread);
     return true;
-}
-
-void ThreadState::ReleaseUse()
-{
-    if (m_uses.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-        delete this;
-    }
 }
 
 void ThreadState::Close()
@@ -150,10 +147,9 @@ void ThreadState::Close()
             pthread_join(m_thread, nullptr);
         }
     }
-    ReleaseUse();
 }
 
-/// Gives back the use that a killed thread had. Its waiter stays: events may have it in their
+/// Gives back the share that a killed thread had. Its waiter stays: events may have it in their
 /// lists. So does its stack: were the thread joined, the C library would give the next thread that
 /// stack, and with it the values that the dead one has left under its pthread keys.
 void ThreadState::buryKilled()
@@ -165,7 +161,7 @@ void ThreadState::buryKilled()
     if (EventWaiter* waiter = m_waiter.exchange(nullptr)) {
         EventWaiter::Abandon(*waiter);
     }
-    ReleaseUse();
+    m_ofThread = nullptr;
 }
 
 void* ThreadState::run(void* state)
@@ -213,10 +209,10 @@ void ThreadState::End()
     m_answered.store(1, std::memory_order_release);
     WakeAll(m_answered);
     t_state = nullptr;
-    ReleaseUse();
+    const std::shared_ptr<ThreadState> last = std::move(m_ofThread);
 }
 
-/// Somebody else gives back the thread's use of this object.
+/// Somebody else gives back the thread's share of this object.
 void ThreadState::leave()
 {
     m_exitCode = m_killCode.load();

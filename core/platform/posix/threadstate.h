@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -20,14 +21,13 @@ class EventWaiter;
 /// signal: its handler runs on the thread, answers, and stands at the same gate until that is
 /// opened; or it leaves the thread by the exit system call, which runs no destructors.
 ///
-/// Ownership: counted; the thread has one use until it has ended.
-class ThreadState
+/// Ownership: shared by the handle and, until it has ended, the thread.
+class ThreadState : public std::enable_shared_from_this<ThreadState>
 {
 public:
     ThreadState(Thread::Procedure procedure, void* argument, std::u16string_view name);
 
     [[nodiscard]] bool Create();
-    void ReleaseUse();
     /// The handle is given up: the thread, or what is left of it, ends by itself.
     void Close();
 
@@ -56,7 +56,6 @@ private:
         eG_Kill,
     };
 
-    ~ThreadState() = default;
     static void* run(void* state);
     void runHere();
     [[noreturn]] void leave();
@@ -69,13 +68,13 @@ private:
     pthread_t m_thread{}; // these two are set before the gate opens
     std::uint32_t m_id = 0;
     CriticalSection m_lock; // one at a time moves the gate
-    std::atomic<std::uint32_t> m_uses{ 2 };
     std::atomic<std::uint32_t> m_gate{ eG_Closed };
     std::atomic<std::uint32_t> m_answered{ 0 };
     std::atomic<std::uint32_t> m_ended{ 0 };
     std::atomic<unsigned int> m_exitCode{ Thread::kActive };
     std::atomic<unsigned int> m_killCode{ 0 };
-    std::atomic<bool> m_left{ false }; // was killed, so the thread has not given its use back
+    std::shared_ptr<ThreadState> m_ofThread; // the thread's own share
+    std::atomic<bool> m_left{ false }; // was killed, so the thread has not given its share back
     std::atomic<bool> m_joined{ false };
     std::atomic<int> m_priority{ 0 };
     std::atomic<EventWaiter*> m_waiter{ nullptr };

@@ -7,6 +7,8 @@
 #include <process.h>
 #include <windows.h>
 
+#include <utility>
+
 namespace platform {
 namespace {
 
@@ -58,19 +60,16 @@ ThreadState::~ThreadState()
 
 bool ThreadState::Create()
 {
+    m_ofThread = shared_from_this();
     const std::uintptr_t handle = _beginthreadex(nullptr, 0, run, this, CREATE_SUSPENDED, &m_id);
-    m_handle = reinterpret_cast<void*>(handle); // 0 is a failure
+    m_handle = reinterpret_cast<void*>(handle);
+    if (m_handle == nullptr) {
+        m_ofThread = nullptr;
+    }
     return m_handle != nullptr;
 }
 
-void ThreadState::ReleaseUse()
-{
-    if (m_uses.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-        delete this;
-    }
-}
-
-void ThreadState::Close() { ReleaseUse(); }
+void ThreadState::Close() { }
 
 unsigned int __stdcall ThreadState::run(void* state)
 {
@@ -172,7 +171,7 @@ bool ThreadState::Kill(unsigned int exitCode)
 void ThreadState::End()
 {
     if (!m_isGone.exchange(true)) {
-        ReleaseUse();
+        const std::shared_ptr<ThreadState> last = std::move(m_ofThread);
     }
 }
 

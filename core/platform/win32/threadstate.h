@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -14,14 +15,16 @@ class EventWaiter;
 
 /// What the handle of a thread and the thread itself share.
 ///
-/// Ownership: counted; the thread has one use until it has ended.
-class ThreadState
+/// Ownership: shared by the handle and, until it has ended, the thread.
+class ThreadState : public std::enable_shared_from_this<ThreadState>
 {
 public:
     ThreadState(Thread::Procedure procedure, void* argument, std::u16string_view name);
+    ~ThreadState();
+    ThreadState(const ThreadState&) = delete;
+    ThreadState& operator=(const ThreadState&) = delete;
 
     [[nodiscard]] bool Create();
-    void ReleaseUse();
     /// The handle is given up: the thread, or what is left of it, ends by itself.
     void Close();
 
@@ -41,7 +44,6 @@ public:
     void End();
 
 private:
-    ~ThreadState();
     static unsigned int __stdcall run(void* state);
     unsigned int runHere();
 
@@ -52,8 +54,8 @@ private:
     std::uint32_t m_id = 0;
     CriticalSection m_lock; // one at a time suspends and resumes
     bool m_isSuspended TU_GUARDED_BY(m_lock) = true;
-    std::atomic<std::uint32_t> m_uses{ 2 };
-    std::atomic<bool> m_isGone{ false }; // the thread's own use has been given back
+    std::shared_ptr<ThreadState> m_ofThread; // the thread's own share
+    std::atomic<bool> m_isGone{ false }; // that one has been given back
     std::atomic<int> m_priority{ 0 };
     std::atomic<EventWaiter*> m_waiter{ nullptr };
 };
