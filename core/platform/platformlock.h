@@ -23,9 +23,13 @@ public:
     void Leave() noexcept TU_RELEASE();
 
 private:
+#if defined(_WIN32)
+    alignas(void*) unsigned char m_native[40]; // a CRITICAL_SECTION
+#else
     static constexpr std::size_t kNativeSize = 64; // the largest pthread_mutex_t known
 
     alignas(std::max_align_t) unsigned char m_native[kNativeSize];
+#endif
 };
 
 } // namespace platform
