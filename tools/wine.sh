@@ -23,19 +23,25 @@ if [ "${1:-}" = --stop ]; then
     exit 0
 fi
 
-# Of several first runs at once, one makes the prefix and the others wait for it.
-ready=$WINEPREFIX/.ready
-if [ ! -e "$ready" ]; then
-    mkdir -p "$root/build"
-    exec 9>"$root/build/wine.lock"
-    flock 9
-    if [ ! -e "$ready" ]; then
-        rm -rf "$WINEPREFIX" # of a run that was interrupted
-        "$WINELOADER" wineboot --init >/dev/null 2>&1 9>&-
-        "$WINELOADER" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null 2>&1 9>&-
-        "$WINESERVER" -k >/dev/null 2>&1 9>&- || true # writes the registry
-        touch "$ready"
-    fi
-    exec 9>&-
+quietly() { "$@" </dev/null >/dev/null 2>&1 9>&-; }
+
+# All processes share a server and some services. Of several runs at once, one starts them, and the
+# others wait for it. The program itself must not: they would keep its output open, and end with it
+# while the next program starts. They end by themselves a minute after the last program.
+mkdir -p "$root/build"
+exec 9>"$root/build/wine.lock"
+flock 9
+if [ ! -e "$WINEPREFIX/.ready" ]; then
+    rm -rf "$WINEPREFIX" # of a run that was interrupted
+    quietly "$WINELOADER" wineboot --init
+    quietly "$WINELOADER" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f
+    quietly "$WINESERVER" -k || true # writes the registry
+    quietly "$WINESERVER" -w || true
+    touch "$WINEPREFIX/.ready"
 fi
+if quietly "$WINESERVER" -p60; then # fails where one is there already
+    quietly "$WINELOADER" cmd /c exit
+fi
+exec 9>&-
+
 exec "$WINELOADER" "$@"

@@ -50,11 +50,13 @@ TEST(PlatformFileTest, RefusesWhatIsNotThereOrThereAlreadyOrNoFile)
     folder.WriteAll("a", "old");
     File file;
     EXPECT_FALSE(file.Open(folder / "missing", platform::eFM_Read));
-    std::jthread([] { platform::SetLastSystemError(13); }).join(); // each thread has its own
     const TuLatestError error;
     EXPECT_FALSE(file.Open(folder / "", platform::eFM_Read)); // a folder
     EXPECT_EQ(error.GetNumber(), 2u); // on every system
-    EXPECT_EQ(error.GetMessageText().ToUtf8(), std::system_category().message(2));
+    EXPECT_TRUE(error.GetMessageText().ToUtf8().starts_with(std::system_category().message(2)));
+    // Each thread has its own.
+    platform::SetLastSystemError(13);
+    std::jthread([] { EXPECT_NE(TuLatestError().GetNumber(), 13u); }).join();
     EXPECT_FALSE(file.IsOpen());
     EXPECT_FALSE(file.Open(folder / "a", platform::eFM_CreateNew));
     // The system would cut the path.
@@ -125,7 +127,7 @@ TEST(PlatformFileTest, ADeviceIsNeverReplaced)
 TEST(PlatformFileTest, ANewFileIsNoMoreOpenThanTheOneItReplaces)
 {
 #if defined(_WIN32)
-    GTEST_SKIP() << "rights are lists here: see PlatformWindowsTest";
+    GTEST_SKIP() << "rights are lists here: see WindowsPlatformTest";
 #else
     using std::filesystem::perms;
     const TemporaryFolder folder;
