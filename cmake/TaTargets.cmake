@@ -32,6 +32,9 @@ function(ta_library name)
     SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
+  if(WIN32)
+    set_target_properties(${name} PROPERTIES PREFIX "") # groundwork.dll, as is usual there
+  endif()
   target_compile_features(${name} PUBLIC cxx_std_20)
   # The same file must come out on every processor: no fused multiply-add, here or in a user's
   # code that instantiates our templates.

@@ -8,8 +8,8 @@
 
 namespace tamesh {
 
-/// What the program was asked to do, and what it answers with: its exit code. File names are in the
-/// system code page, as the user gave them.
+/// What the program was asked to do, and what it answers with: its exit code. File names are
+/// UTF-8, as the user gave them.
 ///
 /// Failure: none is thrown. A file that cannot be read, understood or written is reported on the
 ///          console as "FILE:LINE: what is wrong", or without line, and makes the exit code 1.

@@ -5,7 +5,7 @@
 
 namespace tamesh {
 
-/// Where a command's words go. Text is in the system code page.
+/// Where a command's words go. Text is UTF-8.
 class IConsole
 {
 public:

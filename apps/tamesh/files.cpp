@@ -17,9 +17,9 @@ namespace {
     /// Paths are texts to the library. A name that is none would come back as that of another file.
     CString pathOf(const std::string& name)
     {
-        CString path = CString::FromCodePage(name);
-        if (path.ToCodePage() != name) {
-            throw MeshFailure(TU_HERE, name, 0, "the name is not valid in the system's code page");
+        CString path = CString::FromUtf8(name);
+        if (path.ToUtf8() != name) {
+            throw MeshFailure(TU_HERE, name, 0, "the name is not valid UTF-8");
         }
         return path;
     }
@@ -78,7 +78,7 @@ std::string ReportFailure(const std::string& name, const std::exception& failure
     }
     const auto* ours = dynamic_cast<const TuException*>(&failure);
     if (ours != nullptr && ours->GetFile() == u"core/talibraries/tabase/tastreamfilebase") {
-        return name + ": " + withoutPath(ours->GetCauseText().ToCodePage(), name);
+        return name + ": " + withoutPath(ours->GetCauseText().ToUtf8(), name);
     }
     // A document decides on parts of it: the name of the class it claims to hold, for example.
     return name + ": " + MakeDisplayText(failure.what());

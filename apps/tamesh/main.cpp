@@ -1,10 +1,15 @@
+#include "platform/platformarguments.h"
 #include "platform/platformterminal.h"
 #include "tamesh/commands.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <map>
 #include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -32,7 +37,7 @@ int answer(tamesh::IConsole& console, const CLI::App& app, const CLI::ParseError
     return tamesh::eEC_Failed;
 }
 
-int run(int argc, char** argv)
+int run(std::vector<std::string> arguments)
 {
     using namespace tamesh;
 
@@ -73,7 +78,8 @@ int run(int argc, char** argv)
     make->callback([&] { code = MakeMesh(console, shapes.at(shape), resolution, output); });
 
     try {
-        app.parse(argc, argv);
+        std::ranges::reverse(arguments); // the parser takes them from the end
+        app.parse(std::move(arguments));
         return code;
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) {
@@ -96,7 +102,7 @@ int main(int argc, char** argv)
     platform::SecureStandardStreams();
     platform::SurviveFailingWrites();
     try {
-        return run(argc, argv);
+        return run(platform::GetArguments(argc, argv));
     } catch (const std::exception& failure) {
         tamesh::StandardConsole().WriteError("tamesh: " + std::string(failure.what()) + "\n");
         return tamesh::eEC_Failed;

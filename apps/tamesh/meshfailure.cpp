@@ -29,7 +29,7 @@ MeshFailure::MeshFailure(const CString& source, unsigned int sourceLine, std::st
 
 MeshFailure::MeshFailure(
     const CString& source, unsigned int sourceLine, std::uint64_t line, std::string report)
-    : TuException(source, sourceLine, CString::FromCodePage(report), RTTI)
+    : TuException(source, sourceLine, CString::FromUtf8(report), RTTI)
     , m_line(line)
     , m_report(std::move(report))
 {

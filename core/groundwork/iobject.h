@@ -2,6 +2,8 @@
 
 #include "groundwork/turtti.h"
 
+#include "platform/platformmacrospush.h"
+
 /// The root interface of every class with a type record.
 ///
 /// Interfaces derive from it virtually, so that a class which implements several of them is still
@@ -23,9 +25,12 @@ public:
     bool Is(const TuRTTI& record) const { return &GetRTTI() == &record; }
     bool IsKindOf(const TuRTTI& record) const { return GetRTTI().IsKindOf(record); }
     const char16_t* GetClassName() const { return GetRTTI().GetClassName(); }
+    PLATFORM_RENAMED(const char16_t*, GetClassName, (), const, ())
 
 protected:
     IObject() = default;
     IObject(const IObject&) = default;
     IObject& operator=(const IObject&) = default;
 };
+
+#include "platform/platformmacrospop.h"

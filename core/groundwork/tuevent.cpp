@@ -5,6 +5,9 @@
 #include <memory>
 #include <new>
 
+// Windows exports the constants of a class where a source repeats them.
+constexpr unsigned int TuEvent::kInfinite;
+
 TuEvent::EWaitResult TuEvent::WaitForMultipleEvents(
     const TuArray<const TuEvent*>& events, unsigned int milliseconds, unsigned int* index)
 {

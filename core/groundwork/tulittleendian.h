@@ -11,9 +11,9 @@
 template <class T> inline void TuReverseBytes(unsigned char* bytes)
 {
     for (std::size_t i = 0; i < sizeof(T) / 2; ++i) {
-        const unsigned char byte = bytes[i];
+        const unsigned char low = bytes[i];
         bytes[i] = bytes[sizeof(T) - 1 - i];
-        bytes[sizeof(T) - 1 - i] = byte;
+        bytes[sizeof(T) - 1 - i] = low;
     }
 }
 

@@ -6,6 +6,8 @@
 #include <atomic>
 #include <type_traits>
 
+#include "platform/platformmacrospush.h"
+
 class IObject;
 
 /// The type record of a class: its name, its registered bases, and how to make and copy an object.
@@ -56,6 +58,7 @@ public:
 
     /// Zero-terminated; lives as long as the record.
     const char16_t* GetClassName() const { return m_name.GetString(); }
+    PLATFORM_RENAMED(const char16_t*, GetClassName, (), const, ())
     const TuRTTI* GetFirstBase() const { return m_firstBase; }
     const TuRTTI* GetSecondBase() const { return m_secondBase; }
     /// Null for a class that is never made by name, or never copied.
@@ -114,3 +117,5 @@ private:
     static_assert(std::is_base_of_v<FirstBase, Class> && std::is_base_of_v<SecondBase, Class>,     \
         "a named base is no base of this class");                                                  \
     const TuRTTI Class::RTTI(u"" #Class, FirstBase::RTTI, SecondBase::RTTI, create, clone)
+
+#include "platform/platformmacrospop.h"

@@ -38,9 +38,9 @@ public:
     /// As a signed char. Only here: as text, a char could be a digit or a letter.
     friend TuStreamReadBinary& operator>>(TuStreamReadBinary& stream, char& value)
     {
-        signed char byte = 0;
-        stream >> byte;
-        value = static_cast<char>(byte);
+        signed char number = 0;
+        stream >> number;
+        value = static_cast<char>(number);
         return stream;
     }
 

@@ -23,9 +23,11 @@ protected:
     void flush() noexcept;
 
 private:
+    /// `text` is UTF-8.
     virtual void show(std::string_view text) const = 0;
+    void append(const CString& text);
 
-    std::string m_pending;
+    std::string m_pending; // UTF-8
 };
 
 /// Writes traces for developers: to the debugger where the system has one listening, else to

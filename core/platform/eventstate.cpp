@@ -1,25 +1,24 @@
 #include "platform/eventstate.h"
 
 #include "platform/eventwaiter.h"
-#include "platform/platformwait.h"
 
 #include <cstddef>
 
 namespace platform {
 namespace {
 
-    /// The words of waiters that have been let through, to be woken when no lock is held any more,
-    /// so that they do not run into it; without memory of its own, a few at a time.
+    /// Waiters that have been let through, to be woken when no lock is held any more, so that they
+    /// do not run into it; without memory of its own, a few at a time.
     class WakeList
     {
     public:
         ~WakeList() { wakeAll(); }
-        void Add(const EventWaiter& waiter)
+        void Add(EventWaiter& waiter)
         {
             if (m_count == kRoom) {
                 wakeAll();
             }
-            m_words[m_count++] = &waiter.GetWord();
+            m_waiters[m_count++] = &waiter;
         }
 
     private:
@@ -28,11 +27,11 @@ namespace {
         void wakeAll()
         {
             for (; m_count > 0; --m_count) {
-                WakeOne(*m_words[m_count - 1]);
+                m_waiters[m_count - 1]->Wake();
             }
         }
 
-        const std::atomic<std::uint32_t>* m_words[kRoom];
+        EventWaiter* m_waiters[kRoom];
         std::size_t m_count = 0;
     };
 
@@ -108,21 +107,22 @@ bool EventState::TryTake() noexcept
     return taken;
 }
 
-bool EventState::Enter(SEventWait& place) noexcept
+EEnter EventState::Enter(SEventWait& place) noexcept
 {
     const LockGuard guard(m_lock);
     if (m_set.load(std::memory_order_acquire)) {
-        if (place.waiter->Release(place.index) && !m_manual) {
-            m_set.store(false, std::memory_order_relaxed);
+        if (!place.waiter->Release(place.index)) {
+            return eE_Late;
         }
-        return true;
+        m_set.store(m_manual, std::memory_order_relaxed);
+        return eE_Taken;
     }
     place.previous = m_last;
     place.next = nullptr;
     (m_last != nullptr ? m_last->next : m_first) = &place;
     m_last = &place;
     place.listed = true;
-    return false;
+    return eE_Listed;
 }
 
 void EventState::Leave(SEventWait& place) noexcept

@@ -21,6 +21,13 @@ struct SEventWait
     SEventWait* next = nullptr;
 };
 
+enum EEnter
+{
+    eE_Listed,
+    eE_Taken, // the flag was set, and is the waiter's
+    eE_Late, // it was set, but another event has let the waiter through before
+};
+
 /// What the copies of an event, and those who sleep on it, share.
 ///
 /// Ownership: counted; made with one use.
@@ -40,9 +47,9 @@ public:
     void Reset() noexcept;
     bool TryTake() noexcept;
 
-    /// Takes the flag for the waiter of `place` where it is set, else puts the place into the list.
-    /// Returns whether the waiter need not sleep (any more: another event may have let it through).
-    [[nodiscard]] bool Enter(SEventWait& place) noexcept;
+    /// Takes the flag for the waiter of `place`, which is the calling thread's, where it is set;
+    /// else puts the place into the list.
+    EEnter Enter(SEventWait& place) noexcept;
     /// Takes the place out of the list, where it is still there.
     void Leave(SEventWait& place) noexcept;
 

@@ -1,95 +1,92 @@
 #include "platform/eventwaiter.h"
 
 #include "platform/platformclock.h"
-#include "platform/platformwait.h"
 
 #include <new>
 
 namespace platform {
 namespace {
 
-    constinit thread_local EventWaiter* t_waiter = nullptr;
+    /// Where to note the thread's waiter, for whoever may kill the thread.
     constinit thread_local std::atomic<EventWaiter*>* t_place = nullptr;
-
-    void note(EventWaiter* waiter)
-    {
-        t_waiter = waiter;
-        if (t_place != nullptr) {
-            t_place->store(waiter, std::memory_order_release);
-        }
-    }
-
-    /// Deletes the waiter of a thread that somebody else has started. One that other objects of the
-    /// thread make while they are destroyed even later is lost.
-    struct SWaiterOfThread
-    {
-        ~SWaiterOfThread() { EventWaiter::EndOfThread(); }
-    };
 
     /// Kept where leak checkers find them.
     constinit std::atomic<EventWaiter*> s_abandoned{ nullptr };
 
 } // namespace
 
-EventWaiter* EventWaiter::GetCurrent() noexcept
+const ThreadValue& EventWaiter::ofThread() noexcept
 {
-    if (t_waiter == nullptr) {
-        note(new (std::nothrow) EventWaiter);
-        if (t_place == nullptr) {
-            [[maybe_unused]] static thread_local const SWaiterOfThread ofThread;
-        }
-    }
-    return t_waiter;
+    static const ThreadValue s_waiter(
+        [](void* waiter) { delete static_cast<EventWaiter*>(waiter); });
+    return s_waiter;
 }
 
-void EventWaiter::NoteIn(std::atomic<EventWaiter*>& place) noexcept
+EventWaiter* EventWaiter::GetCurrent() noexcept
 {
-    t_place = &place;
-    place.store(t_waiter, std::memory_order_release);
+    auto* waiter = static_cast<EventWaiter*>(ofThread().Get());
+    if (waiter == nullptr) {
+        waiter = new (std::nothrow) EventWaiter(t_place);
+        if (waiter != nullptr && !ofThread().Set(waiter)) {
+            delete waiter;
+            return nullptr;
+        }
+    }
+    return waiter;
 }
+
+EventWaiter::EventWaiter(std::atomic<EventWaiter*>* place) noexcept
+    : m_place(place)
+{
+    if (m_place != nullptr) {
+        m_place->store(this, std::memory_order_release);
+    }
+}
+
+EventWaiter::~EventWaiter()
+{
+    if (m_place != nullptr) {
+        m_place->store(nullptr, std::memory_order_release);
+    }
+}
+
+void EventWaiter::NoteIn(std::atomic<EventWaiter*>& place) noexcept { t_place = &place; }
 
 void EventWaiter::EndOfThread() noexcept
 {
-    EventWaiter* waiter = t_waiter;
-    note(nullptr);
-    delete waiter;
+    auto* waiter = static_cast<EventWaiter*>(ofThread().Get());
+    if (waiter != nullptr && ofThread().Set(nullptr)) {
+        delete waiter;
+    }
+    t_place = nullptr;
 }
 
 void EventWaiter::Abandon(EventWaiter& waiter) noexcept
 {
-    waiter.m_word.store(kGone, std::memory_order_release);
+    waiter.m_sleeper.Abandon();
     waiter.m_nextAbandoned = s_abandoned.load(std::memory_order_relaxed);
     while (!s_abandoned.compare_exchange_weak(
         waiter.m_nextAbandoned, &waiter, std::memory_order_release, std::memory_order_relaxed)) { }
 }
 
-bool EventWaiter::Release(std::uint32_t index) noexcept
-{
-    std::uint32_t state = kAsleep;
-    return m_word.compare_exchange_strong(
-        state, index + 1, std::memory_order_acq_rel, std::memory_order_acquire);
-}
-
 EWait EventWaiter::Wait(const Event* const* events, std::size_t count, std::uint64_t deadline,
     std::size_t& index) noexcept
 {
-    if (!makePlaces(count)) {
+    if (!m_sleeper.IsUsable() || !makePlaces(count)) {
         return eW_Failed;
     }
-    m_word.store(kAsleep, std::memory_order_relaxed);
-    const EWait result = enterAll(events, count) ? sleep(deadline) : eW_Failed;
+    m_sleeper.Begin();
+    const EWait result = waitIn(events, count, deadline);
     leaveAll();
-    const std::uint32_t state = m_word.load(std::memory_order_relaxed);
-    if (state == kGone) {
-        return result;
+    if (result == eW_Signaled) {
+        index = m_sleeper.GetNumber() - 1;
     }
-    index = state - 1;
-    return eW_Signaled;
+    return result;
 }
 
 bool EventWaiter::makePlaces(std::size_t count) noexcept
 {
-    if (count >= kGone) {
+    if (count >= ThreadSleeper::kGone) {
         return false; // an index of each must fit the word
     }
     m_places = m_ownPlaces;
@@ -108,15 +105,16 @@ bool EventWaiter::makePlaces(std::size_t count) noexcept
     return true;
 }
 
-/// Stops early where an event lets the waiter through. False without memory, unless one has done so
-/// meanwhile.
-bool EventWaiter::enterAll(const Event* const* events, std::size_t count) noexcept
+EWait EventWaiter::waitIn(
+    const Event* const* events, std::size_t count, std::uint64_t deadline) noexcept
 {
     for (m_entered = 0; m_entered < count;) {
         EventState* event = events[m_entered]->share();
         if (event == nullptr) {
-            std::uint32_t state = kAsleep;
-            return !m_word.compare_exchange_strong(state, kGone, std::memory_order_acquire);
+            if (m_sleeper.Release(ThreadSleeper::kGone)) {
+                return eW_Failed; // no memory
+            }
+            break; // but an event has let it through meanwhile
         }
         SEventWait& place = m_places[m_entered];
         place.waiter = this;
@@ -124,11 +122,15 @@ bool EventWaiter::enterAll(const Event* const* events, std::size_t count) noexce
         place.event = event;
         event->AddUse();
         ++m_entered;
-        if (event->Enter(place)) {
-            return true;
+        const EEnter enter = event->Enter(place);
+        if (enter == eE_Taken) {
+            return eW_Signaled;
+        }
+        if (enter == eE_Late) {
+            break;
         }
     }
-    return true;
+    return m_sleeper.Sleep(deadline);
 }
 
 void EventWaiter::leaveAll() noexcept
@@ -138,20 +140,6 @@ void EventWaiter::leaveAll() noexcept
         place.event->Leave(place);
         place.event->ReleaseUse();
     }
-}
-
-/// Answers what ended the wait where no event did.
-EWait EventWaiter::sleep(std::uint64_t deadline) noexcept
-{
-    while (m_word.load(std::memory_order_acquire) == kAsleep) {
-        const EWordWait wait = WaitOnWord(m_word, kAsleep, deadline);
-        std::uint32_t state = kAsleep;
-        if (wait != eWW_Woken
-            && m_word.compare_exchange_strong(state, kGone, std::memory_order_acquire)) {
-            return wait == eWW_TimedOut ? eW_TimedOut : eW_Failed;
-        }
-    }
-    return eW_Signaled;
 }
 
 } // namespace platform

@@ -2,6 +2,8 @@
 
 #include "platform/eventstate.h"
 #include "platform/platformevent.h"
+#include "platform/threadsleeper.h"
+#include "platform/threadvalue.h"
 
 #include <atomic>
 #include <cstddef>
@@ -20,8 +22,8 @@ class EventWaiter
 public:
     /// The calling thread's; null without memory.
     static EventWaiter* GetCurrent() noexcept;
-    /// Tells the calling thread where to note its waiter, for whoever may kill it; such a thread
-    /// says itself when it ends.
+    /// Tells the calling thread where to note its waiter, for whoever may kill it. Before that
+    /// place goes, the thread calls EndOfThread.
     static void NoteIn(std::atomic<EventWaiter*>& place) noexcept;
     static void EndOfThread() noexcept;
     static void Abandon(EventWaiter& waiter) noexcept;
@@ -31,26 +33,32 @@ public:
 
     /// Lets the waiter through for event `index` of its call, unless it is through already. From
     /// then on the waiter is not to be touched, but for waking it.
-    [[nodiscard]] bool Release(std::uint32_t index) noexcept;
-    const std::atomic<std::uint32_t>& GetWord() const { return m_word; }
+    [[nodiscard]] bool Release(std::uint32_t index) noexcept
+    {
+        return m_sleeper.Release(index + 1); // 0 is sleep
+    }
+    void Wake() noexcept { m_sleeper.Wake(); }
 
 private:
-    static constexpr std::uint32_t kAsleep = 0;
-    static constexpr std::uint32_t kGone = 0xFFFFFFFFu; // has given up, or was killed
     static constexpr std::size_t kOwnPlaces = 4;
 
-    [[nodiscard]] bool makePlaces(std::size_t count) noexcept;
-    [[nodiscard]] bool enterAll(const Event* const* events, std::size_t count) noexcept;
-    void leaveAll() noexcept;
-    EWait sleep(std::uint64_t deadline) noexcept;
+    explicit EventWaiter(std::atomic<EventWaiter*>* place) noexcept;
+    ~EventWaiter();
+    EventWaiter(const EventWaiter&) = delete;
+    EventWaiter& operator=(const EventWaiter&) = delete;
 
-    /// kAsleep, kGone, or one more than the index of the event that let the waiter through.
-    std::atomic<std::uint32_t> m_word{ kGone };
+    static const ThreadValue& ofThread() noexcept;
+    [[nodiscard]] bool makePlaces(std::size_t count) noexcept;
+    EWait waitIn(const Event* const* events, std::size_t count, std::uint64_t deadline) noexcept;
+    void leaveAll() noexcept;
+
+    ThreadSleeper m_sleeper;
     SEventWait m_ownPlaces[kOwnPlaces];
     std::unique_ptr<SEventWait[]> m_morePlaces; // kept for the next wait
     std::size_t m_moreCount = 0;
     SEventWait* m_places = m_ownPlaces; // of the wait at hand
     std::size_t m_entered = 0; // how many of them are in use
+    std::atomic<EventWaiter*>* m_place; // where it is noted, or null
     EventWaiter* m_nextAbandoned = nullptr;
 };
 

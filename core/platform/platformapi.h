@@ -14,3 +14,17 @@
 #define PLATFORM_API __attribute__((visibility("default")))
 #define PLATFORM_TEMPLATE __attribute__((visibility("default")))
 #endif
+
+/// Stands beside the member `name`, where windows.h has a macro of that name (see
+/// platformmacrospush.h): in code that includes windows.h a call arrives under the name that the
+/// macro gives it, with A or W at its end. `arguments` are those of the call that passes it on:
+/// PLATFORM_RENAMED(int, GetMessage, (int number), const, (number))
+/// A macro with parameters of its own, as CreateWindow has, only lets itself be avoided: users then
+/// write (object.CreateWindow)(...).
+#if defined(_WIN32)
+#define PLATFORM_RENAMED(result, name, parameters, qualifiers, arguments)                          \
+    result name##A parameters qualifiers { return name arguments; }                                \
+    result name##W parameters qualifiers { return name arguments; }
+#else
+#define PLATFORM_RENAMED(result, name, parameters, qualifiers, arguments)
+#endif

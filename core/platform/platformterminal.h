@@ -13,7 +13,7 @@ enum EStandardStream
 };
 
 /// Opens standard input, output and error where the program was started without them: the next file
-/// it opens would take their place, and get all that is written to them. They stay as good as
+/// it opens may take their place, and get all that is written to them. They stay as good as
 /// closed: reading the one and writing the others fails. To be called before any file is opened.
 PLATFORM_API void SecureStandardStreams();
 
@@ -28,11 +28,12 @@ PLATFORM_API bool IsTerminal(EStandardStream stream);
 /// The width in columns of the terminal behind `stream`; 80 where there is none.
 PLATFORM_API unsigned int GetTerminalWidth(EStandardStream stream);
 
-/// Writes text (in the system code page) to a standard stream, unbuffered, in one piece.
+/// Writes UTF-8 text to a standard stream, unbuffered, in one piece. A file or a pipe gets the
+/// bytes as they are; a Windows console gets the characters, whatever its code page.
 PLATFORM_API bool WriteStandard(EStandardStream stream, std::string_view text);
 
-/// Writes text to where the system shows a program's traces: the debugger on Windows, standard
-/// error elsewhere.
+/// Writes UTF-8 text to where the system shows a program's traces: the debugger on Windows,
+/// standard error elsewhere.
 PLATFORM_API void WriteTrace(std::string_view text);
 
 } // namespace platform

@@ -11,6 +11,9 @@
 
 namespace platform {
 
+// Windows exports the constants of a class where a source repeats them.
+constexpr unsigned int Thread::kActive;
+
 Thread::~Thread()
 {
     if (m_state != nullptr) {

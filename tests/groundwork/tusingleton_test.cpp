@@ -6,12 +6,12 @@
 #include "platform/platformlibrary.h"
 #include "platform/platformterminal.h"
 #include "platform/platformtext.h"
+#include "support/testlatch.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <cstdlib>
-#include <latch>
 #include <set>
 #include <thread>
 #include <vector>
@@ -34,7 +34,7 @@ TEST(TuSingletonTest, SixteenThreadsAtOnceGetOneObject)
 {
     EXPECT_FALSE(Raced::HasInstance());
     constexpr int kThreads = 16;
-    std::latch start(kThreads);
+    TestLatch start(kThreads);
     std::vector<Raced*> found(kThreads);
     std::vector<std::jthread> threads;
     for (Raced*& instance : found) {

@@ -3,12 +3,12 @@
 #include "groundwork/tuexceptions.h"
 #include "groundwork/tuweakpointer.h"
 #include "support/expectfailure.h"
+#include "support/testlatch.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
 #include <atomic>
-#include <barrier>
 #include <optional>
 #include <thread>
 #include <vector>
@@ -148,15 +148,16 @@ TEST(TuWeakPointerTest, LinksAndReferencesOfSeveralThreadsRaceAndLocksWithTheLas
     for (int round = 0; round < 2'000; ++round) {
         TuSmartPointer<Shared> target = new Shared;
         std::array<TuWeakPointer<Shared>, kThreads> weak;
-        std::barrier together(kThreads);
+        TestLatch started(kThreads);
+        TestLatch released(kThreads);
         const auto run = [&](std::size_t i) {
-            together.arrive_and_wait();
+            started.arrive_and_wait();
             weak[i].Set(target.Get()); // one of them is the first link
             for (int step = 0; step < 10; ++step) {
                 TuSmartPointer<Shared> copy = target;
                 const TuSmartPointer<Shared> moved = std::move(copy);
             }
-            together.arrive_and_wait();
+            released.arrive_and_wait();
             if (i == 0) {
                 target.Reset();
             } else {

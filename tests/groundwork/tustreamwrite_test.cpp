@@ -31,21 +31,30 @@ TEST(TuStreamWriteTest, TakesTextOfEveryKindAsText)
 
     TuStreamWriteASCIIStringT<CStringA> outer;
     outer << 1 << stream << true;
-    EXPECT_EQ(outer.GetText(),
-        "1a\xc3\xa4"
-        "bcdetrue");
+    EXPECT_EQ(outer.GetText(), "1" + stream.GetText().ToCodePage() + "true");
 }
 
-TEST(TuStreamWriteASCIITraceTest, PassesWholeLinesOnAndTheRestAtItsEnd)
+TEST(TuStreamWriteASCIITraceDiagnosticTest, PassesWholeLinesOnAndTheRestAtItsEnd)
 {
     testing::internal::CaptureStderr();
     {
         TuStreamWriteASCIITraceDiagnostic diagnostic;
         diagnostic << u"handler " << 7 << u"\nnext";
-        TuStreamWriteASCIITrace trace;
+        TuStreamWriteASCIITraceDiagnostic trace;
         trace << "between\n";
     }
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "handler 7\nbetween\nnext");
+}
+
+TEST(TuStreamWriteASCIITraceTest, GoesToStandardErrorWhereNoDebuggerListens)
+{
+#if defined(_WIN32)
+    GTEST_SKIP() << "the system always has one: see WindowsPlatformTest";
+#else
+    testing::internal::CaptureStderr();
+    TuStreamWriteASCIITrace() << u"\u00e4 " << 7;
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "\xc3\xa4 7");
+#endif
 }
 
 } // namespace

@@ -3,11 +3,11 @@
 #include "platform/platformclock.h"
 #include "platform/platformthread.h"
 #include "support/killedthreads.h"
+#include "support/testlatch.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <latch>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -69,7 +69,7 @@ TEST_P(PlatformEventTest, OneSetLetsAllThroughOrOne)
     constexpr int kWaiters = 40; // more than are woken in one go
     Event gate(IsManual());
     Event passed(false);
-    std::latch ready(kWaiters + 1);
+    TestLatch ready(kWaiters + 1);
     std::atomic<int> count = 0;
     std::vector<std::jthread> waiters;
     for (int i = 0; i < kWaiters; ++i) {

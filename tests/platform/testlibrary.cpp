@@ -1,9 +1,7 @@
 // What the shared-library test loads.
 
-#include "platform/platformapi.h"
-
-extern "C" PLATFORM_API int TellSeven();
-extern "C" PLATFORM_API int ordinal_3();
+extern "C" int TellSeven();
+extern "C" int ordinal_3();
 
 int TellSeven() { return 7; }
 

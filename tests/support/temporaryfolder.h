@@ -19,7 +19,11 @@ public:
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
-    std::filesystem::path GetPath(std::string_view name) const { return m_folder / name; }
+    /// `name` is UTF-8.
+    std::filesystem::path GetPath(std::string_view name) const
+    {
+        return m_folder / std::u8string(name.begin(), name.end());
+    }
     /// The path as the library takes it.
     CString operator/(std::string_view name) const { return CString(GetPath(name).u16string()); }
 

@@ -1,15 +1,17 @@
+#include "support/environment.h"
 #include "support/testrandom.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <string>
 
 int main(int argc, char** argv)
 {
-#if !defined(_WIN32)
     // Property tests start from the same seed, unless the user has told RapidCheck another.
-    setenv("RC_PARAMS", ("seed=" + std::to_string(GetTestSeed())).c_str(), 0);
-#endif
+    if (std::getenv("RC_PARAMS") == nullptr) {
+        SetEnvironment("RC_PARAMS", "seed=" + std::to_string(GetTestSeed()));
+    }
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

@@ -16,7 +16,7 @@ using namespace tamesh;
 class CommandsTest : public testing::Test
 {
 protected:
-    std::string name(std::string_view file) const { return m_folder.GetPath(file).string(); }
+    std::string name(std::string_view file) const { return (m_folder / file).ToUtf8(); }
 
     const TemporaryFolder m_folder;
     const std::string m_mesh = name("a.off");
@@ -40,7 +40,7 @@ TEST_F(CommandsTest, ADocumentShowsTheFiguresOfItsMesh)
 TEST_F(CommandsTest, ANameThatIsNoTextIsNotTakenForAnother)
 {
     ASSERT_EQ(MakeMesh(m_console, eS_Sphere, 3, m_mesh), eEC_Done);
-    const std::string report = ": the name is not valid in the system's code page\n";
+    const std::string report = ": the name is not valid UTF-8\n";
     EXPECT_EQ(PackMesh(m_console, m_mesh, name("") + "\xFF.tadoc"), eEC_Failed);
     EXPECT_EQ(m_console.error, name("") + "\xFF.tadoc" + report);
     EXPECT_EQ(ShowMeshes(m_console, { "\xFF.off" }), eEC_Failed);

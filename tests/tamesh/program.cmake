@@ -1,4 +1,5 @@
-# Runs tamesh as a user does, and looks at its exit code and at what it prints where.
+# Runs tamesh as a user does, and looks at its exit code and at what it prints where. TAMESH is the
+# program, behind what starts it where it is one for another system.
 
 file(REMOVE_RECURSE ${FOLDER})
 file(MAKE_DIRECTORY ${FOLDER})
@@ -71,13 +72,17 @@ function(expect_lost error_pattern command)
 endfunction()
 
 set(output "standard output: cannot be written")
-expect_lost("${output}" "mkfifo pipe && exec 3<>pipe 4>pipe 3>&- && \"$1\" info good.off >&4")
+expect_lost("${output}" "mkfifo pipe && exec 3<>pipe 4>pipe 3>&- && \"$@\" info good.off >&4")
 file(REMOVE ${FOLDER}/pipe)
 if(EXISTS /dev/full)
-  expect_lost("${output}" "\"$1\" --version >/dev/full")
-  expect_lost("${output}" "\"$1\" make --help >/dev/full")
+  expect_lost("${output}" "\"$@\" --version >/dev/full")
+  expect_lost("${output}" "\"$@\" make --help >/dev/full")
 endif()
-expect_lost("old.tadoc: cannot write: [^\n]+" "ulimit -f 1 && \"$1\" pack sphere.off -o old.tadoc")
+if(WINDOWS)
+  message("Left out on Windows, which has no such thing: a limit of file sizes, a pipe of the parent "
+    "that does not wait")
+else()
+expect_lost("old.tadoc: cannot write: [^\n]+" "ulimit -f 1 && \"$@\" pack sphere.off -o old.tadoc")
 
 # A pipe that does not wait is full for a moment, not for good.
 string(REPEAT "good.off;" 1000 many)
@@ -95,6 +100,7 @@ with open(reader) as output:
 if(NOT result EQUAL 0)
   message(SEND_ERROR "words were lost in a pipe that does not wait")
 endif()
+endif() # WINDOWS
 
 # What failed wrote nothing, and nothing is left of the attempts.
 file(READ ${FOLDER}/old.tadoc old)

@@ -1,8 +1,8 @@
 #include "platform/platformlock.h"
 
 #include "platform/platformclock.h"
-#include "platform/platformwait.h"
 #include "platform/posix/currentthread.h"
+#include "platform/posix/futex.h"
 
 #if defined(__SANITIZE_THREAD__)
 #define TA_THREAD_SANITIZER

@@ -3,9 +3,10 @@
 #include "platform/eventwaiter.h"
 #include "platform/platformclock.h"
 #include "platform/platformtext.h"
-#include "platform/platformwait.h"
 #include "platform/posix/currentthread.h"
+#include "platform/posix/futex.h"
 #include "platform/posix/threadpriority.h"
+#include "platform/threadvalue.h"
 
 #include <errno.h>
 #include <signal.h>
@@ -23,25 +24,12 @@ namespace {
     constinit thread_local ThreadState* t_state __attribute__((tls_model("initial-exec")))
     = nullptr;
 
-    /// Calls End() when the thread's own objects are destroyed. Not an object of the thread itself:
-    /// the C library would note its destructor in memory that is lost when the thread is killed.
-    struct SEndOfThreads
+    /// Of each thread that is started here: its state, which hears of the end.
+    const ThreadValue& stateOfThread()
     {
-        SEndOfThreads()
-        {
-            isMade = pthread_key_create(&key, [](void* state) {
-                static_cast<ThreadState*>(state)->End();
-            }) == 0;
-        }
-
-        pthread_key_t key{};
-        bool isMade;
-    };
-
-    const SEndOfThreads& endOfThreads()
-    {
-        static const SEndOfThreads s_end;
-        return s_end;
+        static const ThreadValue s_state(
+            [](void* state) { static_cast<ThreadState*>(state)->End(); });
+        return s_state;
     }
 
     int stopSignal() { return SIGRTMIN + 5; }
@@ -125,9 +113,7 @@ bool ThreadState::Create()
     // The new thread inherits what the system has given to this one.
     m_priority = t_state != nullptr ? t_state->GetPriority() : 0;
     m_ofThread = shared_from_this();
-    const int failure = installHandler() && endOfThreads().isMade
-        ? pthread_create(&m_thread, nullptr, run, this)
-        : EAGAIN;
+    const int failure = installHandler() ? pthread_create(&m_thread, nullptr, run, this) : EAGAIN;
     if (failure != 0) {
         m_ofThread = nullptr;
         errno = failure;
@@ -167,8 +153,11 @@ void ThreadState::buryKilled()
 void* ThreadState::run(void* state)
 {
     t_state = static_cast<ThreadState*>(state);
-    pthread_setspecific(endOfThreads().key, state);
-    t_state->runHere();
+    if (stateOfThread().Set(state)) {
+        t_state->runHere();
+    } else {
+        t_state->End(); // without having run: the system has no place left
+    }
     return nullptr;
 }
 

@@ -1,6 +1,6 @@
 #include "platform/platformclock.h"
 
-#include <windows.h>
+#include "platform/win32/platformwindows.h"
 
 namespace platform {
 namespace {

@@ -3,9 +3,10 @@
 #include "platform/eventwaiter.h"
 #include "platform/platformclock.h"
 #include "platform/platformtext.h"
+#include "platform/threadvalue.h"
+#include "platform/win32/platformwindows.h"
 
 #include <process.h>
-#include <windows.h>
 
 #include <utility>
 
@@ -17,17 +18,13 @@ namespace {
 
     constexpr unsigned int kPatienceMs = 10'000; // with a thread that the system is to end
 
-    thread_local ThreadState* t_state = nullptr;
-
-    /// The first object of each thread, and so the last that is destroyed.
-    struct SEndOfThread
+    /// Of each thread that is started here: its state, which hears of the end.
+    const ThreadValue& stateOfThread()
     {
-        ~SEndOfThread()
-        {
-            EventWaiter::EndOfThread();
-            t_state->End();
-        }
-    };
+        static const ThreadValue s_state(
+            [](void* state) { static_cast<ThreadState*>(state)->End(); });
+        return s_state;
+    }
 
     /// Debuggers of later systems show it; the earlier ones do not have the function.
     void nameCurrentThread(const std::u16string& name)
@@ -73,9 +70,12 @@ void ThreadState::Close() { }
 
 unsigned int __stdcall ThreadState::run(void* state)
 {
-    t_state = static_cast<ThreadState*>(state);
-    [[maybe_unused]] static thread_local const SEndOfThread end;
-    return t_state->runHere();
+    auto& self = *static_cast<ThreadState*>(state);
+    if (!stateOfThread().Set(&self)) {
+        self.End(); // without having run: the system has no place left
+        return 1;
+    }
+    return self.runHere();
 }
 
 unsigned int ThreadState::runHere()
@@ -141,7 +141,7 @@ bool ThreadState::Suspend()
 bool ThreadState::Resume()
 {
     const LockGuard guard(m_lock);
-    if (!m_isSuspended) {
+    if (!m_isSuspended || !IsActive()) {
         return IsActive();
     }
     DWORD formerCount = 0;
@@ -164,11 +164,17 @@ bool ThreadState::Kill(unsigned int exitCode)
     if (EventWaiter* waiter = m_waiter.exchange(nullptr)) {
         EventWaiter::Abandon(*waiter); // events may have it in their lists
     }
-    End(); // what the thread has not done itself
+    giveShareBack(); // the thread has not done it itself
     return true;
 }
 
 void ThreadState::End()
+{
+    EventWaiter::EndOfThread();
+    giveShareBack();
+}
+
+void ThreadState::giveShareBack()
 {
     if (!m_isGone.exchange(true)) {
         const std::shared_ptr<ThreadState> last = std::move(m_ofThread);

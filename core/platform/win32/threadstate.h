@@ -46,6 +46,7 @@ public:
 private:
     static unsigned int __stdcall run(void* state);
     unsigned int runHere();
+    void giveShareBack();
 
     const Thread::Procedure m_procedure;
     void* const m_argument;

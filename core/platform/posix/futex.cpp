@@ -1,4 +1,4 @@
-#include "platform/platformwait.h"
+#include "platform/posix/futex.h"
 
 #include "platform/platformclock.h"
 

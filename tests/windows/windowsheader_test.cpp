@@ -1,0 +1,46 @@
+// Compiled four times: with windows.h before our headers and after them, with and without UNICODE.
+
+#if defined(TA_WINDOWS_FIRST)
+#include <windows.h>
+#endif
+
+#include "allheaders.h"
+
+#if !defined(TA_WINDOWS_FIRST)
+#include <windows.h>
+#endif
+
+#include <gtest/gtest.h>
+
+#include <string_view>
+#include <type_traits>
+
+namespace {
+
+// The macros of windows.h still name the system's functions.
+#if defined(UNICODE)
+#define TA_IS_UNTOUCHED(name) std::is_same_v<decltype(&name), decltype(&name##W)>
+#else
+#define TA_IS_UNTOUCHED(name) std::is_same_v<decltype(&name), decltype(&name##A)>
+#endif
+static_assert(TA_IS_UNTOUCHED(CreateEvent) && TA_IS_UNTOUCHED(DispatchMessage));
+static_assert(TA_IS_UNTOUCHED(GetClassName) && TA_IS_UNTOUCHED(GetMessage));
+static_assert(TA_IS_UNTOUCHED(PostMessage) && TA_IS_UNTOUCHED(SendMessage));
+#if !defined(GetClassName) || !defined(CreateWindowA) || !defined(CreateWindow)
+#error "a macro of windows.h is gone"
+#endif
+
+TEST(TA_SUITE, MembersWhoseNamesAreMacrosAreCalledAsEverywhere)
+{
+    const TuInt32 number(7);
+    const IObject& object = number;
+    EXPECT_EQ(std::u16string_view(object.GetClassName()), u"TuInt32");
+    EXPECT_EQ(object.GetClassNameA(), object.GetClassNameW());
+    EXPECT_EQ(TuInt32::RTTI.GetClassName(), object.GetClassName());
+    // Something of each library, so that both are linked.
+    TaUnionFind sets;
+    EXPECT_EQ(TaStreamReadBinaryFile::RTTI.GetClassName(),
+        std::u16string_view(u"TaStreamReadBinaryFile"));
+}
+
+} // namespace
