@@ -28,12 +28,12 @@ PLATFORM_API bool IsTerminal(EStandardStream stream);
 /// The width in columns of the terminal behind `stream`; 80 where there is none.
 PLATFORM_API unsigned int GetTerminalWidth(EStandardStream stream);
 
-/// Writes UTF-8 text to a standard stream, unbuffered, in one piece. A file or a pipe gets the bytes
-/// as they are; a Windows console gets the characters, whatever its code page.
+/// Writes UTF-8 text to a standard stream, unbuffered, in one piece. A file or a pipe gets the
+/// bytes as they are; a Windows console gets the characters, whatever its code page.
 PLATFORM_API bool WriteStandard(EStandardStream stream, std::string_view text);
 
-/// Writes UTF-8 text to where the system shows a program's traces: the debugger on Windows, standard
-/// error elsewhere.
+/// Writes UTF-8 text to where the system shows a program's traces: the debugger on Windows,
+/// standard error elsewhere.
 PLATFORM_API void WriteTrace(std::string_view text);
 
 } // namespace platform

@@ -14,8 +14,8 @@ SSystemError GetLastSystemError()
     DWORD length = ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS
             | FORMAT_MESSAGE_MAX_WIDTH_MASK, // no line breaks
         nullptr, number, 0, text, static_cast<DWORD>(std::size(text)), nullptr);
-    while (length > 0 && (text[length - 1] == L' ' || text[length - 1] == L'\r'
-               || text[length - 1] == L'\n')) {
+    while (length > 0
+        && (text[length - 1] == L' ' || text[length - 1] == L'\r' || text[length - 1] == L'\n')) {
         --length;
     }
     ::SetLastError(number); // what looks for a message may fail on its own

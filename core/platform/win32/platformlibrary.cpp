@@ -57,8 +57,8 @@ bool SharedLibrary::Load(std::u16string_view path)
     // places.
     const bool isAbsolute = native.starts_with(L"\\\\") || native.substr(0, 3).ends_with(L":\\");
     const WithoutMessageBox guard;
-    m_handle = ::LoadLibraryExW(
-        native.c_str(), nullptr, isAbsolute ? LOAD_WITH_ALTERED_SEARCH_PATH : 0);
+    m_handle
+        = ::LoadLibraryExW(native.c_str(), nullptr, isAbsolute ? LOAD_WITH_ALTERED_SEARCH_PATH : 0);
     return IsLoaded();
 }
 

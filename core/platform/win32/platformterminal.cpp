@@ -99,9 +99,6 @@ bool WriteStandard(EStandardStream stream, std::string_view text)
                              : writeBytes(handle, text);
 }
 
-void WriteTrace(std::string_view text)
-{
-    ::OutputDebugStringW(ToWide(FromUtf8(text)).c_str());
-}
+void WriteTrace(std::string_view text) { ::OutputDebugStringW(ToWide(FromUtf8(text)).c_str()); }
 
 } // namespace platform
