@@ -70,6 +70,7 @@ public:
         swapBlocks(other);
     }
     /// Takes growBy over, too.
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): it looks, or swaps
     TuArray& operator=(const TuArray& other);
     TuArray& operator=(TuArray&& other) noexcept;
     ~TuArray() override;

@@ -36,3 +36,7 @@ public:
 private:
     TuCriticalSection& m_lock;
 };
+
+/// The one lock under which singletons of all libraries are made. It is there before the first
+/// static object of a program, and stays until the process is gone.
+[[nodiscard]] GROUNDWORK_API TuCriticalSection& GetCriticalSectionSingleton();

@@ -10,7 +10,6 @@ template <int N, class Text = CString> class GROUNDWORK_TEMPLATE TuIClassName
 {
 public:
     virtual const Text& GetName() const { return m_name; }
-    virtual ~TuIClassName() = default;
     /// The bytes that the mix-in holds: its own, and those of the name's units.
     virtual unsigned long long GetMemoryUsage() const
     {
@@ -25,6 +24,8 @@ protected:
     }
     TuIClassName(const TuIClassName&) = default;
     TuIClassName& operator=(const TuIClassName&) = default;
+    /// Not virtual, and so not public: a class says itself where its destructor stands.
+    ~TuIClassName() = default;
 
     void setName(Text name) { m_name = std::move(name); }
 

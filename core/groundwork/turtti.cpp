@@ -1,6 +1,7 @@
 #include "groundwork/turtti.h"
 
 #include "groundwork/iobject.h"
+#include "groundwork/tuloglistenermanager.h"
 
 #include <algorithm>
 #include <mutex>
@@ -16,6 +17,15 @@ constexpr bool kReportDuplicates = false;
 #else
 constexpr bool kReportDuplicates = true;
 #endif
+
+/// Until somebody else wants to know.
+void logDuplicate(const TuRTTI& found, const TuRTTI& /*hidden*/)
+{
+    TuLogListenerManager::GetInstance().NotifyListeners(eLL_Warning, u"core/groundwork/turtti",
+        __LINE__,
+        u"two classes are registered as '" + CString(found.GetClassName())
+            + u"'; the first one is found by this name");
+}
 
 } // namespace
 
@@ -114,7 +124,7 @@ private:
     std::vector<const TuRTTI*> m_waiting; // registered, and not yet in the hash table
     std::unordered_map<std::u16string_view, Records> m_records;
     std::vector<Duplicate> m_duplicates; // found, and not yet reported
-    TuRTTI::DuplicateHook m_hook = nullptr;
+    TuRTTI::DuplicateHook m_hook = logDuplicate;
 };
 
 TuRTTI::TuRTTI(const CString& name, const TuRTTI* firstBase, const TuRTTI* secondBase,

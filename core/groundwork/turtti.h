@@ -15,8 +15,8 @@ class IObject;
 /// Each registered class holds one as the static member `RTTI`, made by TU_DEFINE_RTTI. A record
 /// enters the table of its process when its library is loaded and leaves it when the library is
 /// unloaded. Of several records of one name the first is the one that is found; the others are
-/// reported once through the duplicate hook, in debug builds. When the found one leaves, the next
-/// takes its place.
+/// reported once through the duplicate hook, in debug builds; until somebody sets another, the hook
+/// writes them to the log. When the found one leaves, the next takes its place.
 ///
 /// Ownership: a record refers to its base records, which must outlive it; it is never copied.
 /// Threads:   records do not change after they are made; look-ups may run on any thread. While a

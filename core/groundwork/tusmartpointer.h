@@ -22,13 +22,10 @@ public:
     using element_type = T;
 
     TuSmartPointer() = default;
-    template <std::same_as<std::nullptr_t> Null>
-    TuSmartPointer(Null) // NOLINT(google-explicit-constructor): null is a pointer
-    {
-    }
+    // NOLINTBEGIN(google-explicit-constructor): it is made of pointers as pointers are
+    template <std::same_as<std::nullptr_t> Null> TuSmartPointer(Null) { }
     /// From a new object, or one more reference to a shared one.
-    TuSmartPointer(
-        T* object) // NOLINT(google-explicit-constructor): as the class is used throughout
+    TuSmartPointer(T* object)
         : m_object(object)
     {
         addReference();
@@ -43,19 +40,20 @@ public:
     }
     /// To a base of the class, or to the read-only view.
     template <class U>
-    requires std::convertible_to<U*, T*> TuSmartPointer(
-        const TuSmartPointer<U>& other) // NOLINT(google-explicit-constructor)
+    requires std::convertible_to<U*, T*> TuSmartPointer(const TuSmartPointer<U>& other)
         : TuSmartPointer(other.Get())
     {
     }
     template <class U>
     requires std::convertible_to<U*, T*> TuSmartPointer(TuSmartPointer<U>&& other)
-    noexcept // NOLINT(google-explicit-constructor)
+    noexcept
         : m_object(other.Detach())
     {
     }
+    // NOLINTEND(google-explicit-constructor)
     ~TuSmartPointer() { releaseReference(); }
 
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): swapped with a copy
     TuSmartPointer& operator=(const TuSmartPointer& other)
     {
         TuSmartPointer(other).Swap(*this);

@@ -1,6 +1,7 @@
 #include "groundwork/tuexception.h"
+#include "groundwork/tuperformancecounter.h"
 
-// A library that the registry's test loads and unloads.
+// A library that tests load: its classes come and go with it.
 
 namespace {
 
@@ -23,3 +24,8 @@ TU_DEFINE_RTTI(PluginShape, TuException, &PluginShape::CreateByFactory, nullptr)
 const TuRTTI s_rivalOfTuInt32(u"TuInt32", nullptr, nullptr);
 
 } // namespace
+
+/// Which object of a singleton this library sees.
+extern "C" PLATFORM_API const void* GetCounterOfPlugin();
+
+const void* GetCounterOfPlugin() { return &TuPerformanceCounter::GetInstance(); }

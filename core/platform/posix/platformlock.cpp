@@ -1,42 +1,94 @@
 #include "platform/platformlock.h"
 
-#include <pthread.h>
+#include "platform/platformclock.h"
+#include "platform/platformwait.h"
+#include "platform/posix/currentthread.h"
 
-#include <new>
+#if defined(__SANITIZE_THREAD__)
+#define TA_THREAD_SANITIZER
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define TA_THREAD_SANITIZER
+#endif
+#endif
+#if defined(TA_THREAD_SANITIZER)
+#include <sanitizer/tsan_interface.h>
+#endif
 
 namespace platform {
 namespace {
 
-    pthread_mutex_t* asMutex(unsigned char* native)
-    {
-        return std::launder(reinterpret_cast<pthread_mutex_t*>(native));
-    }
+    constexpr std::uint32_t kWaiters = 0x80000000u; // beside the holder's id, which is below it
+
+    /// Tell the thread sanitizer that this is a lock, so that it finds locks taken in two orders.
+#if defined(TA_THREAD_SANITIZER)
+    constexpr unsigned int kKind = __tsan_mutex_write_reentrant;
+    void noteMade(void* lock) { __tsan_mutex_create(lock, kKind); }
+    void noteGone(void* lock) { __tsan_mutex_destroy(lock, kKind); }
+    void noteEntering(void* lock) { __tsan_mutex_pre_lock(lock, kKind); }
+    void noteEntered(void* lock) { __tsan_mutex_post_lock(lock, kKind, 0); }
+    void noteLeaving(void* lock) { __tsan_mutex_pre_unlock(lock, kKind); }
+    void noteLeft(void* lock) { __tsan_mutex_post_unlock(lock, kKind); }
+#else
+    void noteMade(void*) { }
+    void noteGone(void*) { }
+    void noteEntering(void*) { }
+    void noteEntered(void*) { }
+    void noteLeaving(void*) { }
+    void noteLeft(void*) { }
+#endif
 
 } // namespace
 
-CriticalSection::CriticalSection() noexcept
-{
-    static_assert(sizeof(pthread_mutex_t) <= kNativeSize);
-    static_assert(alignof(pthread_mutex_t) <= alignof(std::max_align_t));
+CriticalSection::CriticalSection() noexcept { noteMade(this); }
 
-    // A private recursive mutex takes no resource, so none of these calls can fail.
-    pthread_mutexattr_t attributes;
-    pthread_mutexattr_init(&attributes);
-    pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
-    pthread_mutex_init(::new (static_cast<void*>(m_native)) pthread_mutex_t, &attributes);
-    pthread_mutexattr_destroy(&attributes);
-}
-
-CriticalSection::~CriticalSection() { pthread_mutex_destroy(asMutex(m_native)); }
+CriticalSection::~CriticalSection() { noteGone(this); }
 
 void CriticalSection::Enter() noexcept TU_NO_THREAD_SAFETY_ANALYSIS
 {
-    pthread_mutex_lock(asMutex(m_native));
+    noteEntering(this);
+    const std::uint32_t self = CurrentThreadId();
+    std::uint32_t holder = 0;
+    if (!m_holder.compare_exchange_strong(
+            holder, self, std::memory_order_acquire, std::memory_order_relaxed)) {
+        if ((holder & ~kWaiters) == self) {
+            ++m_again;
+        } else {
+            enterSlowly(self);
+        }
+    }
+    noteEntered(this);
+}
+
+/// Who had to wait cannot know whether he was the last one, so he holds the lock with the bit set;
+/// at worst his leaving wakes nobody.
+void CriticalSection::enterSlowly(std::uint32_t self) noexcept
+{
+    std::uint32_t holder = m_holder.load(std::memory_order_relaxed);
+    for (;;) {
+        if (holder == 0) {
+            if (m_holder.compare_exchange_weak(holder, self | kWaiters, std::memory_order_acquire,
+                    std::memory_order_relaxed)) {
+                return;
+            }
+        } else if ((holder & kWaiters) != 0
+            || m_holder.compare_exchange_weak(
+                holder, holder | kWaiters, std::memory_order_relaxed)) {
+            (void)WaitOnWord(m_holder, holder | kWaiters, kNever);
+            holder = m_holder.load(std::memory_order_relaxed);
+        }
+    }
 }
 
 void CriticalSection::Leave() noexcept TU_NO_THREAD_SAFETY_ANALYSIS
 {
-    pthread_mutex_unlock(asMutex(m_native));
+    noteLeaving(this);
+    if (m_again != 0) {
+        --m_again;
+    } else if ((m_holder.exchange(0, std::memory_order_release) & kWaiters) != 0) {
+        WakeOne(m_holder);
+    }
+    noteLeft(this);
 }
 
 } // namespace platform

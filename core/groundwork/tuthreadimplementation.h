@@ -1,0 +1,224 @@
+#pragma once
+
+#include "groundwork/tuthread.h"
+
+template <class T, class Policy>
+TuThread<T, Policy>::TuThread(const TuThread& other)
+    : TuIClassName<1>(other)
+    , m_flags(other.m_flags.load())
+    , m_owner(other.m_owner)
+    , m_method(other.m_method)
+    , m_threadHandle(other.m_threadHandle)
+    , m_threadId(other.m_threadId.load())
+    , m_startEvent(other.m_startEvent.load())
+    , m_terminateEvent(other.m_terminateEvent)
+    , m_priority(other.m_priority.load())
+    , m_status(other.m_status.load())
+{
+}
+
+template <class T, class Policy> TuThread<T, Policy>::~TuThread()
+{
+    if (m_isStarter && !IsFlagsSet(eFlagAutoDelete)) {
+        Terminate();
+    }
+}
+
+template <class T, class Policy> bool TuThread<T, Policy>::Start()
+{
+    if (const TuThreadHandle::Shared former = m_threadHandle.Get()) {
+        if (hasStatus(eStatusStarted) && !hasStatus(eStatusFinished)) {
+            return false;
+        }
+        if (former->WaitForEnd(kMostMsToEnd) != platform::eW_Signaled) {
+            return false;
+        }
+        m_threadHandle.Close();
+    }
+    if (m_status.exchange(0) != 0) {
+        m_terminateEvent.Reset();
+    }
+    TuThreadHandle::Shared thread;
+    try {
+        thread = std::make_shared<platform::Thread>();
+    } catch (...) { // no memory: no thread
+        return false;
+    }
+    if (!Policy::Create(*thread, threadProcedure, this, GetName())) {
+        return false;
+    }
+    // Everything is in place before the thread runs: it may delete this object at its end.
+    m_threadHandle.Set(thread);
+    m_threadId = thread->GetId();
+    m_status |= eStatusStarted;
+    m_isStarter = true;
+    const EThreadPriority priority = m_priority;
+    if (thread->GetPriority() != priority) {
+        SetPriority(priority);
+    }
+    return thread->Resume();
+}
+
+template <class T, class Policy> TuCheckReturn<bool> TuThread<T, Policy>::StartAndWait()
+{
+    TuEvent started(true);
+    m_startEvent = &started;
+    if (!Start()) {
+        m_startEvent = nullptr;
+        return false;
+    }
+    // From here on the object may be gone.
+    started.Wait(TuEvent::kInfinite);
+    return true;
+}
+
+template <class T, class Policy> unsigned int TuThread<T, Policy>::threadProcedure(void* thread)
+{
+    return static_cast<TuThread*>(thread)->run();
+}
+
+template <class T, class Policy> unsigned int TuThread<T, Policy>::run()
+{
+    m_status |= eStatusRunning;
+    attempt(&TuThread::runBefore);
+    signalStart();
+    if (IsSuccessful()) {
+        attempt(&TuThread::runMethod);
+    }
+    if (IsSuccessful()) {
+        attempt(&TuThread::runAfter);
+    }
+    m_status |= eStatusFinished;
+    m_status &= ~static_cast<unsigned int>(eStatusRunning);
+    const unsigned int exitCode = IsSuccessful() ? 0 : 1;
+    const bool deletesItself = IsFlagsSet(eFlagAutoDelete);
+    // Who waits for this event may destroy the object, and its destructor waits for the end.
+    m_terminateEvent.Set();
+    if (deletesItself) {
+        delete this;
+    }
+    return exitCode;
+}
+
+template <class T, class Policy> void TuThread<T, Policy>::attempt(bool (TuThread::*work)())
+{
+    bool succeeded = false;
+    try {
+        succeeded = (this->*work)();
+    } catch (...) { // the status says that there was one
+    }
+    if (!succeeded) {
+        m_status |= eStatusFailed;
+    }
+}
+
+/// The caller of StartAndWait is in its wait, and its event there, until the event is set. The
+/// pointer goes only then: were the thread killed in between, Terminate would find it.
+template <class T, class Policy> void TuThread<T, Policy>::signalStart()
+{
+    TuEvent* started = m_startEvent;
+    if (started != nullptr) {
+        started->Set();
+        m_startEvent.compare_exchange_strong(started, nullptr);
+    }
+}
+
+template <class T, class Policy>
+TuCheckReturn<bool> TuThread<T, Policy>::WaitUntilTerminate(unsigned int milliseconds) const
+{
+    const TuThreadHandle::Shared thread = m_threadHandle.Get();
+    return thread != nullptr && thread->WaitForEnd(milliseconds) != platform::eW_TimedOut;
+}
+
+template <class T, class Policy> void TuThread<T, Policy>::Terminate()
+{
+    const TuThreadHandle::Shared thread = m_threadHandle.Close();
+    if (thread == nullptr) {
+        return;
+    }
+    if (thread->IsCurrent()) {
+        m_status = eStatusFinished; // nothing is done after the next line
+    }
+    endThread(thread);
+    signalStart();
+    m_status = eStatusFinished;
+}
+
+template <class T, class Policy>
+void TuThread<T, Policy>::endThread(const TuThreadHandle::Shared& thread)
+{
+    // A run that has finished is on its way out, perhaps with the allocator's lock: let it go.
+    if (hasStatus(eStatusFinished) && thread->WaitForEnd(kMostMsToEnd) == platform::eW_Signaled) {
+        return;
+    }
+    (void)thread->Kill(platform::Thread::kActive); // false: it has ended by itself
+}
+
+template <class T, class Policy> bool TuThread<T, Policy>::Suspend()
+{
+    if (!hasStatus(eStatusRunning)) {
+        return false;
+    }
+    if ((m_status.fetch_or(eStatusSuspended) & eStatusSuspended) != 0) {
+        return true;
+    }
+    // The bit is set before, so that another thread can resume one that suspends itself.
+    const TuThreadHandle::Shared thread = m_threadHandle.Get();
+    const bool isSuspended = thread != nullptr && thread->Suspend();
+    if (!isSuspended) {
+        m_status &= ~static_cast<unsigned int>(eStatusSuspended);
+    }
+    return isSuspended;
+}
+
+template <class T, class Policy> bool TuThread<T, Policy>::Resume()
+{
+    if (!hasStatus(eStatusRunning)) {
+        return false;
+    }
+    if ((m_status.fetch_and(~static_cast<unsigned int>(eStatusSuspended)) & eStatusSuspended)
+        == 0) {
+        return true;
+    }
+    const TuThreadHandle::Shared thread = m_threadHandle.Get();
+    const bool isResumed = thread != nullptr && thread->Resume();
+    if (!isResumed) {
+        m_status |= eStatusSuspended;
+    }
+    return isResumed;
+}
+
+template <class T, class Policy> bool TuThread<T, Policy>::IsRunning() const
+{
+    const TuThreadHandle::Shared thread = m_threadHandle.Get();
+    return thread != nullptr && thread->IsActive();
+}
+
+template <class T, class Policy> bool TuThread<T, Policy>::SetPriority(EThreadPriority priority)
+{
+    m_priority = priority;
+    return m_threadHandle.SetPriority(priority, GetName());
+}
+
+template <class T, class Policy> EThreadPriority TuThread<T, Policy>::GetPriority() const
+{
+    const TuThreadHandle::Shared thread = m_threadHandle.Get();
+    return thread != nullptr ? static_cast<EThreadPriority>(thread->GetPriority())
+                             : m_priority.load();
+}
+
+template <class T, class Policy> bool TuThread<T, Policy>::step(bool (*next)(EThreadPriority&))
+{
+    EThreadPriority priority = GetPriority();
+    return next(priority) && SetPriority(priority);
+}
+
+template <class T, class Policy> bool TuThread<T, Policy>::SpeedUp() { return step(TuStepUp); }
+
+template <class T, class Policy> bool TuThread<T, Policy>::SlowDown() { return step(TuStepDown); }
+
+template <class T, class Policy> void* TuThread<T, Policy>::GetThreadHandle() const
+{
+    const TuThreadHandle::Shared thread = m_threadHandle.Get();
+    return thread != nullptr ? thread->GetNativeHandle() : nullptr;
+}

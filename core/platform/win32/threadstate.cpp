@@ -1,0 +1,193 @@
+#include "platform/win32/threadstate.h"
+
+#include "platform/eventwaiter.h"
+#include "platform/platformclock.h"
+#include "platform/platformtext.h"
+
+#include <process.h>
+#include <windows.h>
+
+#include <utility>
+
+namespace platform {
+namespace {
+
+    static_assert(Thread::kActive == STILL_ACTIVE);
+    static_assert(INFINITE == kWaitForever);
+
+    constexpr unsigned int kPatienceMs = 10'000; // with a thread that the system is to end
+
+    thread_local ThreadState* t_state = nullptr;
+
+    /// The first object of each thread, and so the last that is destroyed.
+    struct SEndOfThread
+    {
+        ~SEndOfThread()
+        {
+            EventWaiter::EndOfThread();
+            t_state->End();
+        }
+    };
+
+    /// Debuggers of later systems show it; the earlier ones do not have the function.
+    void nameCurrentThread(const std::u16string& name)
+    {
+        using SetDescription = HRESULT(WINAPI*)(HANDLE, PCWSTR);
+        static const auto s_set = reinterpret_cast<SetDescription>(reinterpret_cast<void*>(
+            GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "SetThreadDescription")));
+        if (s_set != nullptr) {
+            s_set(GetCurrentThread(), ToWide(name).c_str());
+        }
+    }
+
+} // namespace
+
+std::uint32_t GetCurrentThreadId() noexcept { return ::GetCurrentThreadId(); }
+
+ThreadState::ThreadState(Thread::Procedure procedure, void* argument, std::u16string_view name)
+    : m_procedure(procedure)
+    , m_argument(argument)
+    , m_name(name)
+{
+}
+
+ThreadState::~ThreadState()
+{
+    if (m_handle != nullptr) {
+        CloseHandle(m_handle);
+    }
+}
+
+bool ThreadState::Create()
+{
+    m_ofThread = shared_from_this();
+    const std::uintptr_t handle = _beginthreadex(nullptr, 0, run, this, CREATE_SUSPENDED, &m_id);
+    m_handle = reinterpret_cast<void*>(handle);
+    if (m_handle == nullptr) {
+        m_ofThread = nullptr;
+    }
+    return m_handle != nullptr;
+}
+
+void ThreadState::Close() { }
+
+unsigned int __stdcall ThreadState::run(void* state)
+{
+    t_state = static_cast<ThreadState*>(state);
+    [[maybe_unused]] static thread_local const SEndOfThread end;
+    return t_state->runHere();
+}
+
+unsigned int ThreadState::runHere()
+{
+    nameCurrentThread(m_name);
+    EventWaiter::NoteIn(m_waiter);
+    const unsigned int exitCode = m_procedure(m_argument);
+    return exitCode != Thread::kActive ? exitCode : 1;
+}
+
+bool ThreadState::IsActive() const { return WaitForSingleObject(m_handle, 0) == WAIT_TIMEOUT; }
+
+bool ThreadState::IsCurrent() const { return m_id == ::GetCurrentThreadId() && IsActive(); }
+
+unsigned int ThreadState::GetExitCode() const
+{
+    // Asked first: a thread may have been killed with the code that stands for an active one.
+    DWORD code = Thread::kActive;
+    return !IsActive() && GetExitCodeThread(m_handle, &code) ? code : Thread::kActive;
+}
+
+EWait ThreadState::WaitForEnd(unsigned int milliseconds) const
+{
+    if (IsCurrent()) {
+        return eW_TimedOut;
+    }
+    switch (WaitForSingleObject(m_handle, milliseconds)) {
+    case WAIT_OBJECT_0:
+        return eW_Signaled;
+    case WAIT_TIMEOUT:
+        return eW_TimedOut;
+    default:
+        return eW_Failed;
+    }
+}
+
+bool ThreadState::Suspend()
+{
+    const bool ofItself = IsCurrent();
+    {
+        const LockGuard guard(m_lock);
+        if (!IsActive()) {
+            return false;
+        }
+        if (m_isSuspended) {
+            return true;
+        }
+        if (!ofItself) {
+            if (SuspendThread(m_handle) == static_cast<DWORD>(-1)) {
+                return false;
+            }
+            // The system suspends in its own time; it has done so when it can tell where.
+            CONTEXT context{};
+            context.ContextFlags = CONTEXT_CONTROL;
+            GetThreadContext(m_handle, &context);
+        }
+        m_isSuspended = true;
+    }
+    // Whoever resumes this thread before it stands still tries again until it does.
+    return !ofItself || SuspendThread(GetCurrentThread()) != static_cast<DWORD>(-1);
+}
+
+bool ThreadState::Resume()
+{
+    const LockGuard guard(m_lock);
+    if (!m_isSuspended) {
+        return IsActive();
+    }
+    DWORD formerCount = 0;
+    while ((formerCount = ResumeThread(m_handle)) == 0 && IsActive()) {
+        SwitchToThread();
+    }
+    m_isSuspended = false;
+    return formerCount != static_cast<DWORD>(-1) && formerCount != 0;
+}
+
+bool ThreadState::Kill(unsigned int exitCode)
+{
+    if (IsCurrent()) {
+        TerminateThread(GetCurrentThread(), exitCode);
+    }
+    if (!IsActive() || !TerminateThread(m_handle, exitCode)
+        || WaitForSingleObject(m_handle, kPatienceMs) != WAIT_OBJECT_0) {
+        return false;
+    }
+    if (EventWaiter* waiter = m_waiter.exchange(nullptr)) {
+        EventWaiter::Abandon(*waiter); // events may have it in their lists
+    }
+    End(); // what the thread has not done itself
+    return true;
+}
+
+void ThreadState::End()
+{
+    if (!m_isGone.exchange(true)) {
+        const std::shared_ptr<ThreadState> last = std::move(m_ofThread);
+    }
+}
+
+bool ThreadState::SetPriority(int priority)
+{
+    if (IsActive() && !SetThreadPriority(m_handle, priority)) {
+        return false;
+    }
+    m_priority = priority;
+    return true;
+}
+
+int ThreadState::GetPriority() const
+{
+    const int priority = GetThreadPriority(m_handle);
+    return IsActive() && priority != THREAD_PRIORITY_ERROR_RETURN ? priority : m_priority.load();
+}
+
+} // namespace platform

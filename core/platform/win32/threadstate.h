@@ -1,0 +1,63 @@
+#pragma once
+
+#include "platform/platformlock.h"
+#include "platform/platformthread.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+class EventWaiter;
+
+/// What the handle of a thread and the thread itself share.
+///
+/// Ownership: shared by the handle and, until it has ended, the thread.
+class ThreadState : public std::enable_shared_from_this<ThreadState>
+{
+public:
+    ThreadState(Thread::Procedure procedure, void* argument, std::u16string_view name);
+    ~ThreadState();
+    ThreadState(const ThreadState&) = delete;
+    ThreadState& operator=(const ThreadState&) = delete;
+
+    [[nodiscard]] bool Create();
+    /// The handle is given up: the thread, or what is left of it, ends by itself.
+    void Close();
+
+    [[nodiscard]] bool Suspend();
+    [[nodiscard]] bool Resume();
+    [[nodiscard]] bool Kill(unsigned int exitCode);
+    bool IsActive() const;
+    bool IsCurrent() const;
+    unsigned int GetExitCode() const;
+    EWait WaitForEnd(unsigned int milliseconds) const;
+    bool SetPriority(int priority);
+    int GetPriority() const;
+    std::uint32_t GetId() const { return m_id; }
+    void* GetHandle() const { return m_handle; }
+
+    /// Called on the thread itself, at its very end.
+    void End();
+
+private:
+    static unsigned int __stdcall run(void* state);
+    unsigned int runHere();
+
+    const Thread::Procedure m_procedure;
+    void* const m_argument;
+    const std::u16string m_name;
+    void* m_handle = nullptr; // these two are set before the thread is resumed
+    std::uint32_t m_id = 0;
+    CriticalSection m_lock; // one at a time suspends and resumes
+    bool m_isSuspended TU_GUARDED_BY(m_lock) = true;
+    std::shared_ptr<ThreadState> m_ofThread; // the thread's own share
+    std::atomic<bool> m_isGone{ false }; // that one has been given back
+    std::atomic<int> m_priority{ 0 };
+    std::atomic<EventWaiter*> m_waiter{ nullptr };
+};
+
+} // namespace platform

@@ -1,0 +1,239 @@
+#include "platform/platformthread.h"
+
+#include "platform/platformclock.h"
+#include "support/killedthreads.h"
+
+#include <gtest/gtest.h>
+#if !defined(_WIN32)
+#include <sched.h>
+#include <sys/resource.h>
+#endif
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using platform::Event;
+using platform::Thread;
+
+constexpr unsigned int kPatienceMs = 60'000; // spent in full only by a failing test
+
+unsigned int answer(void* number) { return *static_cast<unsigned int*>(number); }
+
+/// Counts until it is told to stop.
+struct SCounter
+{
+    static unsigned int Run(void* counter)
+    {
+        auto* self = static_cast<SCounter*>(counter);
+        while (!self->stop) {
+            ++self->count;
+            std::this_thread::yield();
+        }
+        return 0;
+    }
+    void WaitForProgress() const
+    {
+        const unsigned long long before = count;
+        while (count == before) {
+            std::this_thread::yield();
+        }
+    }
+
+    std::atomic<unsigned long long> count = 0;
+    std::atomic<bool> stop = false;
+};
+
+TEST(PlatformThreadTest, EndsWithTheExitCodeOfItsProcedure)
+{
+    for (unsigned int code : { 0u, 7u, Thread::kActive }) {
+        Thread thread;
+        ASSERT_TRUE(thread.Create(answer, &code, u"thread with a na\u00efve name"));
+        EXPECT_TRUE(thread.IsActive());
+        EXPECT_EQ(thread.GetExitCode(), Thread::kActive);
+        EXPECT_EQ(thread.WaitForEnd(0), platform::eW_TimedOut); // it has not been resumed
+        EXPECT_NE(thread.GetId(), platform::GetCurrentThreadId());
+        EXPECT_NE(thread.GetNativeHandle(), nullptr);
+        const Thread moved = std::move(thread);
+        EXPECT_FALSE(thread.IsOpen()); // NOLINT(bugprone-use-after-move): empty after a move
+        ASSERT_TRUE(const_cast<Thread&>(moved).Resume());
+        ASSERT_EQ(moved.WaitForEnd(kPatienceMs), platform::eW_Signaled);
+        EXPECT_EQ(moved.GetExitCode(), code == Thread::kActive ? 1u : code);
+        EXPECT_FALSE(const_cast<Thread&>(moved).Suspend());
+        EXPECT_FALSE(const_cast<Thread&>(moved).Kill(1));
+    }
+}
+
+TEST(PlatformThreadTest, KnowsItselfAndDoesNotWaitForItself)
+{
+    struct SSelf
+    {
+        Thread thread;
+        bool isCurrent = false;
+        std::uint32_t id = 0;
+        platform::EWait wait = platform::eW_Failed;
+    } self;
+    ASSERT_TRUE(self.thread.Create(
+        [](void* argument) {
+            auto& here = *static_cast<SSelf*>(argument);
+            here.isCurrent = here.thread.IsCurrent();
+            here.id = platform::GetCurrentThreadId();
+            here.wait = here.thread.WaitForEnd(platform::kWaitForever);
+            return 0u;
+        },
+        &self, u"self"));
+    EXPECT_FALSE(self.thread.IsCurrent());
+    ASSERT_TRUE(self.thread.Resume());
+    ASSERT_EQ(self.thread.WaitForEnd(kPatienceMs), platform::eW_Signaled);
+    EXPECT_TRUE(self.isCurrent);
+    EXPECT_EQ(self.id, self.thread.GetId());
+    EXPECT_EQ(self.wait, platform::eW_TimedOut);
+}
+
+TEST(PlatformThreadTest, HasEndedOnlyWhenItsOwnObjectsAreDestroyed)
+{
+    static std::atomic<int> s_alive = 0;
+    struct SOfThread
+    {
+        SOfThread() { ++s_alive; }
+        ~SOfThread()
+        {
+            std::this_thread::yield();
+            --s_alive;
+        }
+    };
+    Thread thread;
+    ASSERT_TRUE(thread.Create(
+        [](void*) {
+            static thread_local const SOfThread object;
+            return static_cast<unsigned int>(s_alive);
+        },
+        nullptr, u"objects"));
+    ASSERT_TRUE(thread.Resume());
+    ASSERT_EQ(thread.WaitForEnd(kPatienceMs), platform::eW_Signaled);
+    EXPECT_EQ(thread.GetExitCode(), 1u);
+    EXPECT_EQ(s_alive, 0);
+}
+
+TEST(PlatformThreadTest, ASuspendedThreadStandsStillUntilItIsResumed)
+{
+    SKIP_IF_SIGNALS_ARE_DELAYED();
+    SCounter counter;
+    Thread thread;
+    ASSERT_TRUE(thread.Create(SCounter::Run, &counter, u"counter"));
+    EXPECT_TRUE(thread.Suspend()); // as it is anyway
+    ASSERT_TRUE(thread.Resume());
+    for (int round = 0; round < 100; ++round) {
+        counter.WaitForProgress();
+        ASSERT_TRUE(thread.Suspend());
+        ASSERT_TRUE(thread.Suspend()); // it is not counted
+        const unsigned long long count = counter.count;
+        for (int i = 0; i < 100; ++i) {
+            std::this_thread::yield();
+            ASSERT_EQ(counter.count, count);
+        }
+        ASSERT_TRUE(thread.Resume());
+    }
+    counter.stop = true;
+    ASSERT_EQ(thread.WaitForEnd(kPatienceMs), platform::eW_Signaled);
+}
+
+TEST(PlatformThreadTest, AThreadThatSuspendsItselfGoesOnWhenAnotherResumesIt)
+{
+    struct SSleeper
+    {
+        Thread thread;
+        std::atomic<bool> awake = false;
+    } sleeper;
+    ASSERT_TRUE(sleeper.thread.Create(
+        [](void* argument) {
+            auto& here = *static_cast<SSleeper*>(argument);
+            const bool suspended = here.thread.Suspend();
+            here.awake = true;
+            return suspended ? 5u : 6u;
+        },
+        &sleeper, u"sleeper"));
+    while (!sleeper.awake) {
+        ASSERT_TRUE(sleeper.thread.Resume() || sleeper.awake);
+        std::this_thread::yield();
+    }
+    ASSERT_EQ(sleeper.thread.WaitForEnd(kPatienceMs), platform::eW_Signaled);
+    EXPECT_EQ(sleeper.thread.GetExitCode(), 5u);
+}
+
+TEST(PlatformThreadTest, AThreadIsKilledWhereverItIs)
+{
+    SKIP_IF_SIGNALS_ARE_DELAYED();
+    const auto kill = [](Thread& thread) {
+        EXPECT_TRUE(thread.Kill(11));
+        EXPECT_FALSE(thread.IsActive());
+        EXPECT_EQ(thread.GetExitCode(), 11u);
+        EXPECT_EQ(thread.WaitForEnd(0), platform::eW_Signaled);
+        EXPECT_FALSE(thread.Resume());
+    };
+    {
+        SCounter counter; // it runs
+        Thread thread;
+        ASSERT_TRUE(thread.Create(SCounter::Run, &counter, u"runs"));
+        ASSERT_TRUE(thread.Resume());
+        counter.WaitForProgress();
+        kill(thread);
+    }
+    {
+        SCounter counter; // it is suspended
+        Thread thread;
+        ASSERT_TRUE(thread.Create(SCounter::Run, &counter, u"stands"));
+        ASSERT_TRUE(thread.Resume());
+        counter.WaitForProgress();
+        ASSERT_TRUE(thread.Suspend());
+        kill(thread);
+    }
+    {
+        unsigned int code = 0; // it has not run yet
+        Thread thread;
+        ASSERT_TRUE(thread.Create(answer, &code, u"new"));
+        kill(thread);
+    }
+}
+
+TEST(PlatformThreadTest, AThousandThreadsStartAndEnd)
+{
+    std::atomic<unsigned int> count = 0;
+    std::vector<Thread> threads(1'000);
+    for (Thread& thread : threads) {
+        ASSERT_TRUE(thread.Create(
+            [](void* argument) { return ++*static_cast<std::atomic<unsigned int>*>(argument) * 0; },
+            &count, u"one of many"));
+        ASSERT_TRUE(thread.Resume());
+    }
+    for (const Thread& thread : threads) {
+        ASSERT_EQ(thread.WaitForEnd(kPatienceMs), platform::eW_Signaled);
+    }
+    EXPECT_EQ(count, 1'000u);
+}
+
+TEST(PlatformThreadTest, PrioritiesGoDownTheLadder)
+{
+    SCounter counter;
+    Thread thread;
+    ASSERT_TRUE(thread.Create(SCounter::Run, &counter, u"lower"));
+    EXPECT_EQ(thread.GetPriority(), 0);
+    for (const int priority : { 0, -1, -2, -15 }) {
+        EXPECT_TRUE(thread.SetPriority(priority));
+        EXPECT_EQ(thread.GetPriority(), priority);
+    }
+#if !defined(_WIN32)
+    const auto id = static_cast<pid_t>(thread.GetId());
+    EXPECT_EQ(sched_getscheduler(id), SCHED_IDLE);
+    EXPECT_GT(getpriority(PRIO_PROCESS, thread.GetId()), getpriority(PRIO_PROCESS, 0));
+#endif
+    EXPECT_FALSE(thread.SetPriority(4));
+    EXPECT_EQ(thread.GetPriority(), -15);
+    counter.stop = true;
+    ASSERT_TRUE(thread.Resume());
+    ASSERT_EQ(thread.WaitForEnd(kPatienceMs), platform::eW_Signaled);
+}
+
+} // namespace
