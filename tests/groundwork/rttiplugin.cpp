@@ -26,6 +26,6 @@ const TuRTTI s_rivalOfTuInt32(u"TuInt32", nullptr, nullptr);
 } // namespace
 
 /// Which object of a singleton this library sees.
-extern "C" PLATFORM_API const void* GetCounterOfPlugin();
+extern "C" const void* GetCounterOfPlugin();
 
 const void* GetCounterOfPlugin() { return &TuPerformanceCounter::GetInstance(); }
