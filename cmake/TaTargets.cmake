@@ -33,7 +33,9 @@ function(ta_library name)
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
   if(WIN32)
-    set_target_properties(${name} PROPERTIES PREFIX "") # groundwork.dll, as is usual there
+    set_target_properties(${name} PROPERTIES
+      PREFIX "" # groundwork.dll, as is usual there
+      VISIBILITY_INLINES_HIDDEN OFF) # user code refers to the library's copies, constants above all
   endif()
   target_compile_features(${name} PUBLIC cxx_std_20)
   # The same file must come out on every processor: no fused multiply-add, here or in a user's

@@ -51,6 +51,16 @@ configure_build_test() { # preset, then a wrapper for ctest
     "$@" ctest --preset "$preset" --output-on-failure | tail -n 15
 }
 
+# Both libraries, the programs and the tests for Windows, run by Wine; and whether a new name of ours
+# is a macro of windows.h.
+step_windows() {
+    tools/setup.sh --windows
+    python3 tools/windowsnames.py
+    trap 'tools/wine.sh --stop' RETURN
+    configure_build_test windows
+    cmake --build --preset windows --target groundwork_headers tabase_headers
+}
+
 step_asan() { configure_build_test asan; }
 
 # The thread sanitizer cannot start where the kernel spreads addresses too far; setarch -R asks it
@@ -77,7 +87,7 @@ step_fuzz() {
     done
 }
 
-steps=(tests format rules headers tidy benchmarks install asan tsan fuzz)
+steps=(tests format rules headers tidy benchmarks install windows asan tsan fuzz)
 if [ "${1:-}" = --without-tests ]; then
     shift
     steps=("${steps[@]:1}")

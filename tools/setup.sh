@@ -2,6 +2,7 @@
 # Installs the Debian packages that are missing. Without arguments: what building and testing need.
 #   --check   also what tools/check.sh needs
 #   --bench   also the benchmarks and their peers
+#   --windows also building for Windows and running that here
 # On another system it prints what is needed and fails if something is missing.
 set -euo pipefail
 
@@ -22,8 +23,12 @@ for argument in "$@"; do
             libboost-dev libboost-serialization-dev libboost-container-dev libcereal-dev libabsl-dev
             qt6-base-dev libfast-float-dev)
         ;;
+    --windows)
+        packages+=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine64
+            googletest) # its sources: there is no package for the target
+        ;;
     *)
-        echo "usage: tools/setup.sh [--check] [--bench]" >&2
+        echo "usage: tools/setup.sh [--check] [--bench] [--windows]" >&2
         exit 2
         ;;
     esac

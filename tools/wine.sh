@@ -5,6 +5,7 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 
 export WINEPREFIX=$root/build/wine
+export LC_ALL=C.UTF-8 # what the words of the command line are
 export WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
 # No offer to install a browser engine or .NET, no entries in the desktop's menus.
 export WINEDLLOVERRIDES='mscoree=;mshtml=;winemenubuilder.exe='

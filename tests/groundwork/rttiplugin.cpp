@@ -25,13 +25,7 @@ const TuRTTI s_rivalOfTuInt32(u"TuInt32", nullptr, nullptr);
 
 } // namespace
 
-#if defined(_WIN32)
-#define TA_PLUGIN_API __declspec(dllexport)
-#else
-#define TA_PLUGIN_API PLATFORM_API
-#endif
-
 /// Which object of a singleton this library sees.
-extern "C" TA_PLUGIN_API const void* GetCounterOfPlugin();
+extern "C" const void* GetCounterOfPlugin();
 
 const void* GetCounterOfPlugin() { return &TuPerformanceCounter::GetInstance(); }

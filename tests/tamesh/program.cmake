@@ -62,6 +62,12 @@ expect(2 "" "${usage} make" make torus many -o torus2.off)
 expect(0 "${usage}|Usage: tamesh" "" --help)
 expect(0 "^tamesh [0-9.]+\n$" "" --version)
 
+# A name that no code page holds as a whole.
+file(COPY_FILE ${FOLDER}/good.off ${FOLDER}/ä€Ж网.off)
+expect(0 "^ä€Ж网.off \\(OFF\\)\n" "" info ä€Ж网.off)
+expect(1 "" "^Ж网.off: cannot open: [^\n]+\n$" info Ж网.off)
+file(REMOVE ${FOLDER}/ä€Ж网.off)
+
 # What does not fit is a failure: in a pipe that nobody reads, on a full disk.
 function(expect_lost error_pattern command)
   execute_process(COMMAND sh -c "${command}" tamesh ${TAMESH} WORKING_DIRECTORY ${FOLDER}

@@ -63,19 +63,53 @@ namespace {
             && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     }
 
-    /// Who may do what with a file.
-    struct SRights
+    /// Who may do what with a file: a descriptor of the system.
+    class Rights
     {
-        std::unique_ptr<void, decltype(&::LocalFree)> descriptor{ nullptr, ::LocalFree };
-        PACL list = nullptr; // in the descriptor
-        SECURITY_INFORMATION inheritance = 0; // whether the folder's rights apply, too
+    public:
+        Rights() = default;
+        ~Rights() { ::LocalFree(m_descriptor); }
+        Rights(const Rights&) = delete;
+        Rights& operator=(const Rights&) = delete;
 
-        bool IsKnown() const { return descriptor != nullptr; }
+        /// Returns the system's code; none where the file system has no rights.
+        DWORD Read(HANDLE file)
+        {
+            const DWORD code = ::GetSecurityInfo(file, SE_FILE_OBJECT, DACL_SECURITY_INFORMATION,
+                nullptr, nullptr, nullptr, nullptr, &m_descriptor);
+            return code == ERROR_NOT_SUPPORTED || code == ERROR_INVALID_FUNCTION ? ERROR_SUCCESS
+                                                                                 : code;
+        }
+        /// Without it, the folder's rights apply as well.
+        void RefuseInherited() { set(SE_DACL_PROTECTED); }
+        /// Without it, rights of the folder would no longer follow the folder.
+        void KeepInherited()
+        {
+            SECURITY_DESCRIPTOR_CONTROL control = 0;
+            DWORD revision = 0;
+            if (IsKnown() && ::GetSecurityDescriptorControl(m_descriptor, &control, &revision)
+                && (control & SE_DACL_AUTO_INHERITED) != 0) {
+                set(SE_DACL_AUTO_INHERIT_REQ);
+            }
+        }
+
+        bool IsKnown() const { return m_descriptor != nullptr; }
+        PSECURITY_DESCRIPTOR Get() const { return m_descriptor; }
+
+    private:
+        void set(SECURITY_DESCRIPTOR_CONTROL flag)
+        {
+            if (IsKnown()) {
+                ::SetSecurityDescriptorControl(m_descriptor, flag, flag);
+            }
+        }
+
+        PSECURITY_DESCRIPTOR m_descriptor = nullptr;
     };
 
-    /// The rights of a file that may be replaced; not known where there is none, or where the file
-    /// system has no rights. False for what may not be replaced.
-    bool findRights(const std::wstring& path, SRights& rights)
+    /// The rights of a file that may be replaced, not known where there is none; false for what may
+    /// not.
+    bool findRights(const std::wstring& path, Rights& rights)
     {
         const DWORD attributes = ::GetFileAttributesW(path.c_str());
         if (attributes == INVALID_FILE_ATTRIBUTES) {
@@ -90,46 +124,25 @@ namespace {
             return false;
         }
         // A device answers to a file's name, too.
-        DWORD failure = ::GetFileType(asHandle(handle)) == FILE_TYPE_DISK ? ERROR_SUCCESS
-                                                                          : ERROR_BAD_FILE_TYPE;
-        if (failure == ERROR_SUCCESS) {
-            PSECURITY_DESCRIPTOR descriptor = nullptr;
-            failure = ::GetSecurityInfo(asHandle(handle), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION,
-                nullptr, nullptr, &rights.list, nullptr, &descriptor);
-            rights.descriptor.reset(descriptor);
-        }
+        const DWORD failure = ::GetFileType(asHandle(handle)) == FILE_TYPE_DISK
+            ? rights.Read(asHandle(handle))
+            : ERROR_BAD_FILE_TYPE;
         ::CloseHandle(asHandle(handle));
-        if (failure == ERROR_NOT_SUPPORTED || failure == ERROR_INVALID_FUNCTION) {
-            return true;
-        }
-        if (failure == ERROR_SUCCESS) {
-            SECURITY_DESCRIPTOR_CONTROL control = 0;
-            DWORD revision = 0;
-            ::GetSecurityDescriptorControl(rights.descriptor.get(), &control, &revision);
-            rights.inheritance = (control & SE_DACL_PROTECTED) != 0
-                ? PROTECTED_DACL_SECURITY_INFORMATION
-                : UNPROTECTED_DACL_SECURITY_INFORMATION;
-        }
         ::SetLastError(failure);
         return failure == ERROR_SUCCESS;
     }
 
     /// Gives a file the rights and the attributes of the one whose place it is to take.
-    bool takeRights(const std::wstring& path, const std::wstring& target, const SRights& rights)
+    bool takeRights(const std::wstring& path, const std::wstring& target, Rights& rights)
     {
         const DWORD attributes = ::GetFileAttributesW(target.c_str());
         if (attributes != INVALID_FILE_ATTRIBUTES
             && !::SetFileAttributesW(path.c_str(), attributes)) {
             return false;
         }
-        if (!rights.IsKnown()) {
-            return true;
-        }
-        const DWORD failure = ::SetNamedSecurityInfoW(const_cast<wchar_t*>(path.c_str()),
-            SE_FILE_OBJECT, DACL_SECURITY_INFORMATION | rights.inheritance, nullptr, nullptr,
-            rights.list, nullptr);
-        ::SetLastError(failure);
-        return failure == ERROR_SUCCESS;
+        rights.KeepInherited();
+        return !rights.IsKnown()
+            || ::SetFileSecurityW(path.c_str(), DACL_SECURITY_INFORMATION, rights.Get());
     }
 
     /// The path without the mark that the system puts before the paths it finds itself.
@@ -196,17 +209,13 @@ bool File::CreateFor(std::u16string_view path, std::u16string_view target, bool&
     taken = false;
     std::wstring native;
     std::wstring nativeTarget;
-    SRights rights;
+    Rights rights;
     if (!toNative(path, native) || !toNative(target, nativeTarget)
         || !findRights(nativeTarget, rights)) {
         return false;
     }
-    // A mark in the descriptor keeps the folder from adding rights of its own.
-    SECURITY_ATTRIBUTES security{ sizeof(SECURITY_ATTRIBUTES), rights.descriptor.get(), FALSE };
-    if (rights.IsKnown()) {
-        ::SetSecurityDescriptorControl(
-            rights.descriptor.get(), SE_DACL_PROTECTED, SE_DACL_PROTECTED);
-    }
+    rights.RefuseInherited();
+    SECURITY_ATTRIBUTES security{ sizeof(SECURITY_ATTRIBUTES), rights.Get(), FALSE };
     m_handle = openFile(native, GENERIC_WRITE, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, &security);
     taken = !IsOpen() && ::GetLastError() == ERROR_FILE_EXISTS;
     return IsOpen();
@@ -278,7 +287,7 @@ bool File::Close()
 bool MayBeReplaced(std::u16string_view path)
 {
     std::wstring native;
-    SRights rights;
+    Rights rights;
     return toNative(path, native) && findRights(native, rights);
 }
 
@@ -286,7 +295,7 @@ EReplaceResult ReplaceAtomically(std::u16string_view from, std::u16string_view t
 {
     std::wstring source;
     std::wstring target;
-    SRights rights;
+    Rights rights;
     if (!toNative(from, source) || !toNative(to, target) || !findRights(target, rights)
         || !takeRights(source, target, rights)) {
         return eRR_Failed;
