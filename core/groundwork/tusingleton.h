@@ -2,6 +2,7 @@
 
 #include "groundwork/groundworkapi.h"
 #include "groundwork/tucriticalsection.h"
+#include "groundwork/tusingletonguard.h"
 
 #include <atomic>
 #include <cstdlib>
@@ -22,14 +23,17 @@
 ///
 /// The constructor runs under the process-wide lock of all singletons. One that started a thread
 /// and waited for it there would wait for ever as soon as that thread asks for any singleton. Such
-/// a class declares the hook `void onInstanceCreated()`: it is called once, on the thread that made
-/// the object, when the object can be had by everybody and the lock is left. Other threads may use
-/// the object before the hook has run. The thread that it starts works on its own object (`this`).
+/// a class declares the hook `void onInstanceCreated() noexcept`: it is called once, on the thread
+/// that made the object, when the object can be had by everybody and the lock is left. (Where the
+/// object was made by the constructor of another singleton: when that one is there, too.) Other
+/// threads may use the object before the hook has run. The thread that it starts works on its own
+/// object (`this`). Whoever enters the lock himself does not ask for singletons inside.
 ///
-/// Objects are deleted when the process exits, those asked for first last. A class that others
-/// need while they are deleted (a log, say) declares `static constexpr bool kLivesToTheEnd = true`
-/// and is never deleted. In a destructor ask HasInstance first: GetInstance would make a new object
-/// of what is gone, which nobody deletes.
+/// Objects are deleted when the process exits, those asked for first last; on Windows, those of a
+/// library go after all of the program's. A class that others need while they are deleted (a log,
+/// say) declares `static constexpr bool kLivesToTheEnd = true` and is never deleted. In a
+/// destructor ask HasInstance first: GetInstance would make a new object of what is gone, which
+/// nobody deletes.
 ///
 /// Ownership: the process owns the object. A class that runs threads ends them in its destructor:
 ///            on Linux they still run then, on Windows, in a library's objects, they are gone.
@@ -70,23 +74,22 @@ template <class T> bool TuSingleton<T>::HasInstance()
 
 template <class T> T& TuSingleton<T>::makeInstance()
 {
-    T* instance = nullptr;
-    {
-        const TuCriticalSectionAuto guard(GetCriticalSectionSingleton());
-        if constexpr (!requires { requires T::kLivesToTheEnd; }) {
-            if (!s_isCleanUpRegistered) {
-                s_isCleanUpRegistered = std::atexit(deleteInstance) == 0;
-            }
+    TuSingletonGuard guard;
+    if constexpr (!requires { requires T::kLivesToTheEnd; }) {
+        if (!s_isCleanUpRegistered) {
+            s_isCleanUpRegistered = std::atexit(deleteInstance) == 0;
         }
-        instance = s_pInstance.load(std::memory_order_relaxed);
-        if (instance != nullptr) {
-            return *instance; // another thread was faster
-        }
+    }
+    T* instance = s_pInstance.load(std::memory_order_relaxed);
+    if (instance == nullptr) { // else another thread was faster
+        guard.Reserve();
         instance = new T;
         s_pInstance.store(instance, std::memory_order_release);
-    }
-    if constexpr (requires { instance->onInstanceCreated(); }) {
-        instance->onInstanceCreated();
+        if constexpr (requires { instance->onInstanceCreated(); }) {
+            static_assert(noexcept(instance->onInstanceCreated()), "nobody could catch it");
+            guard.CallLater(
+                [](void* object) { static_cast<T*>(object)->onInstanceCreated(); }, instance);
+        }
     }
     return *instance;
 }

@@ -11,7 +11,8 @@
 ///
 /// Ownership: of whoever makes it; a queue says how long it needs it.
 /// Threads:   one call at a time; Execute usually runs on another thread than NotifyAdded.
-/// Failure:   Execute lets no exception out of run() or a hook, but hands it to onException.
+/// Failure:   Execute lets no exception out of run() or a hook, but hands it to onException, which
+///            must not throw.
 class GROUNDWORK_API TuTask : public virtual IObject
 {
     TU_DECLARE_RTTI

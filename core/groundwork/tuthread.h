@@ -6,6 +6,7 @@
 #include "groundwork/tuiclassname.h"
 #include "groundwork/tuthreadhandle.h"
 #include "groundwork/tuthreadpriority.h"
+#include "groundwork/tuthreadstart.h"
 
 #include <atomic>
 #include <cstdint>
@@ -39,21 +40,22 @@ struct TuThreadPolicyMFC
 /// end and wait. What a killed thread leaves behind is said at platform::Thread; its terminate
 /// event is not set, so wait for that with a time-out where somebody may call Terminate.
 ///
-/// Ownership: the owner outlives the run. Copies refer to the same run and may wait for it, suspend
-///            and kill it, but it is the object that was started whose status and hooks it has and
-///            whose destructor ends it. With eFlagAutoDelete the object, made by new, deletes
-///            itself at the end of the run: nobody may touch it after Start but the run itself.
-/// Threads:   one thread starts, restarts, names and destroys; the rest may be called by any. The
-///            status is advisory.
-/// Failure:   nothing throws, but for copying and names (std::bad_alloc). What the function and the
-///            hooks throw is dropped; IsSuccessful() tells.
+/// Ownership: the owner outlives the run. Copies are of the same thread: they share its status, and
+///            may wait for it, suspend and kill it. It is the object that was started whose hooks
+///            it calls and whose destructor ends it. With eFlagAutoDelete the object, made by new,
+///            deletes itself at the end of the run: nobody may touch it after Start but the run.
+/// Threads:   one thread starts, restarts, names and destroys, and names only while no other uses
+///            the object; the rest may be called by any. The status is advisory.
+/// Failure:   nothing throws, but for construction and names (std::bad_alloc). What the function
+/// and
+///            the hooks throw is dropped; IsSuccessful() tells. They must not call pthread_exit.
 template <class T, class Policy = TuThreadPolicyMFC>
 class GROUNDWORK_TEMPLATE TuThread : public TuIClassName<1>
 {
 public:
     using Method = TuCheckReturn<bool, TuCheckReturnPolicyAssert> (T::*)();
 
-    enum EFlags
+    enum EFlags : unsigned int
     {
         eFlagAutoDelete = 1,
     };
@@ -63,6 +65,7 @@ public:
         , m_owner(&owner)
         , m_method(method)
         , m_priority(priority)
+        , m_status(std::make_shared<std::atomic<unsigned int>>(0u))
     {
     }
     TuThread(const TuThread& other);
@@ -72,13 +75,15 @@ public:
     /// False where a run is still going on, or the system has no thread left. Waits for the end of
     /// a former run that has finished, and resets the terminate event.
     virtual bool Start();
-    /// Returns when onBeforeRun has run on the new thread, or that was killed.
+    /// Returns when onBeforeRun has run on the new thread, or that was killed. False, too, where
+    /// another caller is waiting here.
     virtual TuCheckReturn<bool> StartAndWait();
 
     /// Whether the thread has ended, or waiting for it failed; false without a thread, when the
     /// time-out (in milliseconds) ran out, and on the thread itself.
     TuCheckReturn<bool> WaitUntilTerminate(unsigned int milliseconds) const;
-    /// Kills the thread where it stands, unless it has finished, and gives it up.
+    /// Kills the thread where it stands, and gives it up. A run that has finished is let go. A
+    /// thread that cannot be killed stays, and the object with it.
     void Terminate();
     /// Suspend stops the thread wherever it is, with all locks that it holds there; false unless it
     /// is running. Both are true where there is nothing to do.
@@ -91,7 +96,7 @@ public:
     /// Kept for the next start, and applied to the thread where there is one; false where the
     /// system refuses that, which is logged.
     bool SetPriority(EThreadPriority priority);
-    /// Of the thread where there is one, else as it was set.
+    /// Of the thread where one runs, else as it was set.
     EThreadPriority GetPriority() const;
     /// One step on the ladder; false at its end, and for a priority that is not on it.
     bool SpeedUp();
@@ -147,21 +152,21 @@ private:
         onAfterRun(0);
         return true;
     }
-    void signalStart();
     bool step(bool (*next)(EThreadPriority&));
-    void endThread(const TuThreadHandle::Shared& thread);
+    bool endThread(platform::Thread& thread);
 
-    bool hasStatus(unsigned int bits) const { return (m_status & bits) != 0; }
+    bool hasStatus(unsigned int bits) const { return (*m_status & bits) != 0; }
+    void clearStatus(unsigned int bits) { *m_status &= ~bits; }
 
     std::atomic<unsigned int> m_flags{ 0 };
     T* m_owner;
     Method m_method;
     TuThreadHandle m_threadHandle;
     std::atomic<std::uint32_t> m_threadId{ 0 };
-    std::atomic<TuEvent*> m_startEvent{ nullptr }; // of a caller of StartAndWait
+    TuThreadStart m_startEvent; // of a caller of StartAndWait
     TuEvent m_terminateEvent{ true };
     std::atomic<EThreadPriority> m_priority;
-    std::atomic<unsigned int> m_status{ 0 };
+    std::shared_ptr<std::atomic<unsigned int>> m_status; // shared with the copies
     bool m_isStarter = false; // the thread runs this object, not a copy
 };
 

@@ -2,6 +2,7 @@
 
 #include "groundwork/tulatesterror.h"
 #include "groundwork/tuloglistenermanager.h"
+#include "platform/stopguard.h"
 
 #include <new>
 #include <string>
@@ -28,28 +29,23 @@ TuThreadHandle::TuThreadHandle(const TuThreadHandle& other)
 {
 }
 
-TuThreadHandle& TuThreadHandle::operator=(const TuThreadHandle& other)
-{
-    if (this != &other) {
-        Set(other.Get());
-    }
-    return *this;
-}
-
 TuThreadHandle::Shared TuThreadHandle::Get() const
 {
+    const platform::StopGuard unstopped;
     const TuCriticalSectionAuto guard(m_lock);
     return m_thread;
 }
 
 void TuThreadHandle::Set(Shared thread)
 {
+    const platform::StopGuard unstopped;
     const TuCriticalSectionAuto guard(m_lock);
     m_thread.swap(thread); // the former one is closed when the lock is left
 }
 
 TuThreadHandle::Shared TuThreadHandle::Close()
 {
+    const platform::StopGuard unstopped;
     const TuCriticalSectionAuto guard(m_lock);
     return std::exchange(m_thread, nullptr);
 }

@@ -10,8 +10,8 @@
 /// The handle of a system thread that several thread objects may share: what a TuThread keeps.
 ///
 /// Ownership: copies share one handle; the last one closes it. The thread itself goes on.
-/// Threads:   any thread may call any member, but for assignment and destruction. Assignment, Set
-///            and Close change this object only.
+/// Threads:   any thread may call any member, but for destruction. Set and Close change this object
+///            only.
 /// Failure:   without a handle the operations answer false, or what their comment says.
 class GROUNDWORK_API TuThreadHandle
 {
@@ -20,7 +20,7 @@ public:
 
     TuThreadHandle() = default;
     TuThreadHandle(const TuThreadHandle& other);
-    TuThreadHandle& operator=(const TuThreadHandle& other);
+    TuThreadHandle& operator=(const TuThreadHandle&) = delete;
 
     /// Null while there is none. Whoever holds the answer keeps the handle open.
     Shared Get() const;

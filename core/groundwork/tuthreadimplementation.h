@@ -10,18 +10,18 @@ TuThread<T, Policy>::TuThread(const TuThread& other)
     , m_method(other.m_method)
     , m_threadHandle(other.m_threadHandle)
     , m_threadId(other.m_threadId.load())
-    , m_startEvent(other.m_startEvent.load())
     , m_terminateEvent(other.m_terminateEvent)
     , m_priority(other.m_priority.load())
-    , m_status(other.m_status.load())
+    , m_status(other.m_status)
 {
 }
 
 template <class T, class Policy> TuThread<T, Policy>::~TuThread()
 {
-    if (m_isStarter && !IsFlagsSet(eFlagAutoDelete)) {
+    if (m_isStarter && !IsFlagsSet(eFlagAutoDelete) && IsRunning()) {
         Terminate();
     }
+    m_threadHandle.Close();
 }
 
 template <class T, class Policy> bool TuThread<T, Policy>::Start()
@@ -35,9 +35,7 @@ template <class T, class Policy> bool TuThread<T, Policy>::Start()
         }
         m_threadHandle.Close();
     }
-    if (m_status.exchange(0) != 0) {
-        m_terminateEvent.Reset();
-    }
+    const bool hasRunBefore = m_status->exchange(0) != 0;
     TuThreadHandle::Shared thread;
     try {
         thread = std::make_shared<platform::Thread>();
@@ -47,10 +45,13 @@ template <class T, class Policy> bool TuThread<T, Policy>::Start()
     if (!Policy::Create(*thread, threadProcedure, this, GetName())) {
         return false;
     }
+    if (hasRunBefore) {
+        m_terminateEvent.Reset();
+    }
     // Everything is in place before the thread runs: it may delete this object at its end.
     m_threadHandle.Set(thread);
     m_threadId = thread->GetId();
-    m_status |= eStatusStarted;
+    *m_status |= eStatusStarted;
     m_isStarter = true;
     const EThreadPriority priority = m_priority;
     if (thread->GetPriority() != priority) {
@@ -62,9 +63,11 @@ template <class T, class Policy> bool TuThread<T, Policy>::Start()
 template <class T, class Policy> TuCheckReturn<bool> TuThread<T, Policy>::StartAndWait()
 {
     TuEvent started(true);
-    m_startEvent = &started;
+    if (!m_startEvent.Expect(started)) {
+        return false;
+    }
     if (!Start()) {
-        m_startEvent = nullptr;
+        m_startEvent.Signal(); // nobody waits
         return false;
     }
     // From here on the object may be gone.
@@ -79,17 +82,17 @@ template <class T, class Policy> unsigned int TuThread<T, Policy>::threadProcedu
 
 template <class T, class Policy> unsigned int TuThread<T, Policy>::run()
 {
-    m_status |= eStatusRunning;
+    *m_status |= eStatusRunning;
     attempt(&TuThread::runBefore);
-    signalStart();
+    m_startEvent.Signal();
     if (IsSuccessful()) {
         attempt(&TuThread::runMethod);
     }
     if (IsSuccessful()) {
         attempt(&TuThread::runAfter);
     }
-    m_status |= eStatusFinished;
-    m_status &= ~static_cast<unsigned int>(eStatusRunning);
+    clearStatus(eStatusRunning);
+    *m_status |= eStatusFinished;
     const unsigned int exitCode = IsSuccessful() ? 0 : 1;
     const bool deletesItself = IsFlagsSet(eFlagAutoDelete);
     // Who waits for this event may destroy the object, and its destructor waits for the end.
@@ -108,18 +111,7 @@ template <class T, class Policy> void TuThread<T, Policy>::attempt(bool (TuThrea
     } catch (...) { // the status says that there was one
     }
     if (!succeeded) {
-        m_status |= eStatusFailed;
-    }
-}
-
-/// The caller of StartAndWait is in its wait, and its event there, until the event is set. The
-/// pointer goes only then: were the thread killed in between, Terminate would find it.
-template <class T, class Policy> void TuThread<T, Policy>::signalStart()
-{
-    TuEvent* started = m_startEvent;
-    if (started != nullptr) {
-        started->Set();
-        m_startEvent.compare_exchange_strong(started, nullptr);
+        *m_status |= eStatusFailed;
     }
 }
 
@@ -132,26 +124,29 @@ TuCheckReturn<bool> TuThread<T, Policy>::WaitUntilTerminate(unsigned int millise
 
 template <class T, class Policy> void TuThread<T, Policy>::Terminate()
 {
-    const TuThreadHandle::Shared thread = m_threadHandle.Close();
+    const TuThreadHandle::Shared thread = m_threadHandle.Get();
     if (thread == nullptr) {
         return;
     }
-    if (thread->IsCurrent()) {
-        m_status = eStatusFinished; // nothing is done after the next line
-    }
-    endThread(thread);
-    signalStart();
-    m_status = eStatusFinished;
-}
-
-template <class T, class Policy>
-void TuThread<T, Policy>::endThread(const TuThreadHandle::Shared& thread)
-{
-    // A run that has finished is on its way out, perhaps with the allocator's lock: let it go.
-    if (hasStatus(eStatusFinished) && thread->WaitForEnd(kMostMsToEnd) == platform::eW_Signaled) {
+    const bool isSuicide = thread->IsCurrent(); // then nothing is done after the kill
+    if (!isSuicide && !endThread(*thread)) {
         return;
     }
-    (void)thread->Kill(platform::Thread::kActive); // false: it has ended by itself
+    m_startEvent.Signal();
+    m_threadHandle.Close();
+    *m_status = eStatusFinished;
+    if (isSuicide) {
+        (void)thread->Kill(platform::Thread::kActive);
+    }
+}
+
+template <class T, class Policy> bool TuThread<T, Policy>::endThread(platform::Thread& thread)
+{
+    // A run that has finished is on its way out, perhaps with the allocator's lock: let it go.
+    if (hasStatus(eStatusFinished) && thread.WaitForEnd(kMostMsToEnd) == platform::eW_Signaled) {
+        return true;
+    }
+    return thread.Kill(platform::Thread::kActive) || !thread.IsActive();
 }
 
 template <class T, class Policy> bool TuThread<T, Policy>::Suspend()
@@ -159,14 +154,19 @@ template <class T, class Policy> bool TuThread<T, Policy>::Suspend()
     if (!hasStatus(eStatusRunning)) {
         return false;
     }
-    if ((m_status.fetch_or(eStatusSuspended) & eStatusSuspended) != 0) {
+    if ((m_status->fetch_or(eStatusSuspended) & eStatusSuspended) != 0) {
         return true;
     }
     // The bit is set before, so that another thread can resume one that suspends itself.
     const TuThreadHandle::Shared thread = m_threadHandle.Get();
-    const bool isSuspended = thread != nullptr && thread->Suspend();
+    bool isSuspended = thread != nullptr && thread->Suspend();
+    if (isSuspended && !hasStatus(eStatusRunning)) {
+        // The run was over when the thread came to stand: nobody would resume it.
+        isSuspended = false;
+        (void)thread->Resume();
+    }
     if (!isSuspended) {
-        m_status &= ~static_cast<unsigned int>(eStatusSuspended);
+        clearStatus(eStatusSuspended);
     }
     return isSuspended;
 }
@@ -176,14 +176,13 @@ template <class T, class Policy> bool TuThread<T, Policy>::Resume()
     if (!hasStatus(eStatusRunning)) {
         return false;
     }
-    if ((m_status.fetch_and(~static_cast<unsigned int>(eStatusSuspended)) & eStatusSuspended)
-        == 0) {
-        return true;
-    }
+    // Whatever the bit says: a Suspend on another thread may be half-way between it and the system,
+    // and a thread that is not suspended does not mind.
+    clearStatus(eStatusSuspended);
     const TuThreadHandle::Shared thread = m_threadHandle.Get();
     const bool isResumed = thread != nullptr && thread->Resume();
     if (!isResumed) {
-        m_status |= eStatusSuspended;
+        *m_status |= eStatusSuspended;
     }
     return isResumed;
 }
@@ -203,8 +202,9 @@ template <class T, class Policy> bool TuThread<T, Policy>::SetPriority(EThreadPr
 template <class T, class Policy> EThreadPriority TuThread<T, Policy>::GetPriority() const
 {
     const TuThreadHandle::Shared thread = m_threadHandle.Get();
-    return thread != nullptr ? static_cast<EThreadPriority>(thread->GetPriority())
-                             : m_priority.load();
+    return thread != nullptr && thread->IsActive()
+        ? static_cast<EThreadPriority>(thread->GetPriority())
+        : m_priority.load();
 }
 
 template <class T, class Policy> bool TuThread<T, Policy>::step(bool (*next)(EThreadPriority&))

@@ -4,7 +4,7 @@
 
 /// How much a thread is preferred to others, from the lowest to the highest. On Linux most steps
 /// are niceness: anybody may lower it, only some may raise it (again).
-enum EThreadPriority
+enum EThreadPriority : int
 {
     eTP_Idle = -15,
     eTP_Lowest = -2,

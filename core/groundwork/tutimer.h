@@ -9,10 +9,9 @@
 ///
 ///     TuTimer timer(TuTimer::eR_Milliseconds);
 ///     timer.Start();
-///     ...
+///     Work();
 ///     timer.Stop();
-///     log << TuTimer::GetFormatted(timer.GetElapsedTime(), TuTimer::eR_Milliseconds); //
-///     0:00:01.250
+///     Show(TuTimer::GetFormatted(timer.GetElapsedTime(), TuTimer::eR_Milliseconds));
 ///
 /// Threads: one thread at a time.
 /// Failure: none.

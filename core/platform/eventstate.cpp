@@ -1,6 +1,7 @@
 #include "platform/eventstate.h"
 
 #include "platform/eventwaiter.h"
+#include "platform/stopguard.h"
 
 #include <cstddef>
 
@@ -46,6 +47,7 @@ void EventState::ReleaseUse() noexcept
 
 void EventState::Set() noexcept
 {
+    const StopGuard unstopped;
     // Whoever is let through may end the event before this call has left the lock.
     AddUse();
     if (m_manual) {
@@ -89,6 +91,7 @@ void EventState::setAutomatic() noexcept
 
 void EventState::Reset() noexcept
 {
+    const StopGuard unstopped;
     const LockGuard guard(m_lock);
     m_set.store(false, std::memory_order_relaxed);
 }
@@ -101,6 +104,7 @@ bool EventState::TryTake() noexcept
     if (m_manual) {
         return true;
     }
+    const StopGuard unstopped;
     const LockGuard guard(m_lock);
     const bool taken = m_set.load(std::memory_order_acquire);
     m_set.store(false, std::memory_order_relaxed);
@@ -109,6 +113,7 @@ bool EventState::TryTake() noexcept
 
 EEnter EventState::Enter(SEventWait& place) noexcept
 {
+    const StopGuard unstopped;
     const LockGuard guard(m_lock);
     if (m_set.load(std::memory_order_acquire)) {
         if (!place.waiter->Release(place.index)) {
@@ -127,6 +132,7 @@ EEnter EventState::Enter(SEventWait& place) noexcept
 
 void EventState::Leave(SEventWait& place) noexcept
 {
+    const StopGuard unstopped;
     const LockGuard guard(m_lock);
     if (place.listed) {
         unlist(place);

@@ -1,6 +1,7 @@
 #include "platform/eventwaiter.h"
 
 #include "platform/platformclock.h"
+#include "platform/stopguard.h"
 
 #include <new>
 
@@ -26,6 +27,7 @@ EventWaiter* EventWaiter::GetCurrent() noexcept
 {
     auto* waiter = static_cast<EventWaiter*>(ofThread().Get());
     if (waiter == nullptr) {
+        const StopGuard unstopped;
         waiter = new (std::nothrow) EventWaiter(t_place);
         if (waiter != nullptr && !ofThread().Set(waiter)) {
             delete waiter;

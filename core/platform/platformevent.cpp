@@ -3,6 +3,7 @@
 #include "platform/eventstate.h"
 #include "platform/eventwaiter.h"
 #include "platform/platformclock.h"
+#include "platform/stopguard.h"
 
 #include <algorithm>
 #include <new>
@@ -58,6 +59,10 @@ Event& Event::operator=(const Event& other)
 EventState* Event::share() const noexcept
 {
     std::uintptr_t word = m_word.load(std::memory_order_acquire);
+    if (!isAlone(word)) {
+        return stateOf(word);
+    }
+    const StopGuard unstopped; // the allocator has a lock, too
     while (isAlone(word)) {
         auto* state = new (std::nothrow) EventState((word & kManual) != 0, (word & kSet) != 0);
         if (state == nullptr

@@ -36,7 +36,7 @@ private:
 #else
     void enterSlowly(std::uint32_t self) noexcept;
 
-    std::atomic<std::uint32_t> m_holder{ 0 }; // the thread's id, and a bit that others wait
+    std::atomic<std::uint32_t> m_holder{ 0 }; // the thread's number, and a bit that others wait
     std::uint32_t m_again = 0; // how often the holder has entered again
 #endif
 };

@@ -18,18 +18,20 @@ PLATFORM_API std::uint32_t GetCurrentThreadId() noexcept;
 /// A thread that this process has started.
 ///
 /// A suspended thread stands still wherever it happens to be, with all locks that it holds there.
-/// A killed one leaves nothing behind but what it has left undone: its stack is not unwound, locks
-/// that it held stay locked (those of the memory allocator too), memory that it owned is lost. Both
-/// are for emergencies and debuggers.
+/// A killed one leaves everything as it is at that moment: its stack is not unwound, locks that it
+/// held stay locked (those of the memory allocator too), memory that it owned is lost. Both are for
+/// emergencies and debuggers. Events and threads of this library are not stopped half-way (see
+/// StopGuard).
 ///
 /// Elsewhere than on Windows, they interrupt the thread with the signal SIGRTMIN + 5, which no
 /// other part of the program may use or block; a thread that does not answer it is given up after
-/// ten seconds. Priorities are niceness there, and scheduling classes at both ends: idle, round
-/// robin.
+/// ten seconds. A call of the system in which the thread sleeps may then fail with EINTR.
+/// Priorities are niceness there, and scheduling classes at both ends: idle, round robin.
 ///
 /// Ownership: the handle does not keep the thread going, nor the thread the handle; movable only.
 /// Threads:   all operations may run on any thread at once, but for Create, moves and destruction.
-/// Failure:   false; GetLastSystemError() has the reason.
+/// Failure:   false; GetLastSystemError() has the reason. All but Create, moves and IsOpen need a
+///            handle that is open.
 class PLATFORM_API Thread
 {
 public:
@@ -52,8 +54,8 @@ public:
     /// suspends itself returns when another has resumed it.
     [[nodiscard]] bool Suspend();
     [[nodiscard]] bool Resume();
-    /// Ends the thread where it is, and returns when it has ended; false, too, where it had before.
-    /// A thread that kills itself does not return.
+    /// Ends the thread where it is, and returns when it has ended; false where it had ended before,
+    /// and where it does not in ten seconds. A thread that kills itself does not return.
     [[nodiscard]] bool Kill(unsigned int exitCode);
 
     bool IsActive() const;

@@ -59,7 +59,7 @@ private:
     friend class TuSingleton<WithThread>;
     WithThread() = default;
     ~WithThread() override { m_thread.join(); }
-    void onInstanceCreated()
+    void onInstanceCreated() noexcept
     {
         m_thread = std::thread([this] {
             m_served = HasInstance() && &GetInstance() == this;
@@ -73,8 +73,16 @@ private:
     std::thread m_thread;
 };
 
+/// Makes the other one while its own constructor has the lock.
+class AroundIt : public TuSingleton<AroundIt>
+{
+    friend class TuSingleton<AroundIt>;
+    AroundIt() { WithThread::GetInstance(); }
+};
+
 TEST(TuSingletonTest, TheHookMayWaitForAThreadThatAsksForTheObject)
 {
+    AroundIt::GetInstance();
     EXPECT_TRUE(WithThread::GetInstance().IsServed());
 }
 
@@ -121,11 +129,20 @@ public:
     ~Mortal() override { say(std::string({ Name, ' ' }).c_str()); }
 };
 
+/// Registered before it makes `c`, and so deleted after it.
+class User : public TuSingleton<User>
+{
+public:
+    User() { Mortal<'c'>::GetInstance(); }
+    ~User() override { say(Mortal<'c'>::HasInstance() ? "with c " : "without c "); }
+};
+
 class LastWords : public TuSingleton<LastWords>
 {
 public:
     ~LastWords() override
     {
+        say(TuLogListenerManager::HasInstance() ? "log lives " : "log is gone ");
         say(Mortal<'b'>::HasInstance() ? "b lives " : "b is gone ");
         TuLogListenerManager::GetInstance().NotifyListeners(eLL_Error, u"here", 7, u"last words");
     }
@@ -137,12 +154,15 @@ TEST(TuSingletonDeathTest, AtExitTheyGoInTheReverseOrderOfTheirFirstUse)
     EXPECT_EXIT(
         {
             LastWords::GetInstance();
+            TuLogListenerManager::GetInstance();
+            User::GetInstance();
             Mortal<'a'>::GetInstance();
             Mortal<'b'>::GetInstance();
             Mortal<'a'>::GetInstance();
             std::exit(0);
         },
-        testing::ExitedWithCode(0), "b a b is gone here\\(7\\): error: last words");
+        testing::ExitedWithCode(0),
+        "b a c without c log lives b is gone here\\(7\\): error: last words");
 }
 
 } // namespace

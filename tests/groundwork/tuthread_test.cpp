@@ -171,7 +171,6 @@ TEST(TuThreadTest, AnAutomaticallyDeletedThreadIsGoneAtTheEndOfItsRun)
 TEST(TuThreadTest, TerminateEndsTheRunWhereItIsAndTheObjectCanStartAgain)
 {
     SKIP_IF_SIGNALS_ARE_DELAYED();
-    const MayLoseMemory expected;
     Worker worker;
     worker.work = Worker::eW_WaitForGo;
     NotedThread thread(worker);
@@ -186,15 +185,23 @@ TEST(TuThreadTest, TerminateEndsTheRunWhereItIsAndTheObjectCanStartAgain)
     EXPECT_FALSE(thread.Suspend());
 
     worker.go.Set();
+    thread.throwsBefore = true;
     ASSERT_TRUE(thread.Start());
     finish(thread);
+    EXPECT_FALSE(thread.IsSuccessful());
+    thread.Terminate(); // the status is "finished", and no more
     EXPECT_TRUE(thread.IsSuccessful());
+    thread.throwsBefore = false;
+    for (int round = 0; round < 200; ++round) {
+        ASSERT_TRUE(thread.StartAndWait()); // anywhere on its way
+        thread.Terminate();
+        ASSERT_FALSE(thread.IsRunning());
+    }
 }
 
 TEST(TuThreadTest, WhoWaitsForTheStartIsLetGoWhenTheThreadIsKilledBefore)
 {
     SKIP_IF_SIGNALS_ARE_DELAYED();
-    const MayLoseMemory expected;
     Worker worker;
     NotedThread thread(worker);
     thread.waitsBefore = true;
@@ -211,7 +218,6 @@ TEST(TuThreadTest, WhoWaitsForTheStartIsLetGoWhenTheThreadIsKilledBefore)
 TEST(TuThreadTest, TheStartedObjectEndsItsRunAndACopyDoesNot)
 {
     SKIP_IF_SIGNALS_ARE_DELAYED();
-    const MayLoseMemory expected;
     Worker worker;
     worker.work = Worker::eW_WaitForGo;
     std::optional<TuThread<Worker>> thread(
@@ -232,18 +238,80 @@ TEST(TuThreadTest, TheStartedObjectEndsItsRunAndACopyDoesNot)
     EXPECT_TRUE(copy.WaitUntilTerminate(0));
 }
 
+/// Its thread is not gone yet when the work is done.
+struct LingeringWorker
+{
+    struct SOfThread
+    {
+        ~SOfThread()
+        {
+            for (int i = 0; i < 20; ++i) {
+                std::this_thread::yield();
+            }
+            ++s_ended;
+        }
+    };
+
+    TuCheckReturn<bool> Work()
+    {
+        static thread_local const SOfThread object;
+        (void)object;
+        return true;
+    }
+
+    static inline std::atomic<int> s_ended = 0;
+};
+
 /// Who destroys the object as soon as the run says that it is done must not hurt the thread.
 TEST(TuThreadTest, TheObjectMayGoAsSoonAsItsTerminateEventIsSet)
 {
-    Worker worker;
     TuEvent ended(true);
-    for (int i = 0; i < 300; ++i) {
-        TuThread<Worker> thread(worker, &Worker::Work, u"short", eTP_Normal);
-        ended.Reset();
-        thread.SetTerminateEvent(ended);
-        ASSERT_TRUE(thread.Start());
-        ASSERT_EQ(ended.Wait(kPatienceMs), TuEvent::eWR_Signaled);
+    LingeringWorker worker;
+    for (int round = 1; round <= 300; ++round) {
+        {
+            TuThread<LingeringWorker> thread(worker, &LingeringWorker::Work, u"short", eTP_Normal);
+            ended.Reset();
+            thread.SetTerminateEvent(ended);
+            ASSERT_TRUE(thread.Start());
+            ASSERT_EQ(ended.Wait(kPatienceMs), TuEvent::eWR_Signaled);
+        }
+        ASSERT_EQ(LingeringWorker::s_ended, round); // it was let go to its very end
     }
+    TuThread<LingeringWorker> thread(worker, &LingeringWorker::Work, u"again", eTP_Normal);
+    for (int round = 301; round <= 400; ++round) {
+        thread.SetTerminateEvent(ended);
+        ASSERT_TRUE(thread.Start()); // waits for the former run
+        ASSERT_EQ(LingeringWorker::s_ended, round - 1);
+        ASSERT_EQ(ended.Wait(kPatienceMs), TuEvent::eWR_Signaled);
+        // What stands still can be resumed, and what has ended cannot be suspended.
+        ASSERT_EQ(thread.Suspend(), false);
+        ASSERT_TRUE(thread.WaitUntilTerminate(kPatienceMs));
+    }
+}
+
+/// Suspends its thread again and again while another resumes it: no call may be lost.
+TEST(TuThreadTest, AWorkerThatSuspendsItselfIsResumedByAnother)
+{
+    struct SSleeper
+    {
+        TuCheckReturn<bool> Work()
+        {
+            for (int round = 0; round < 2'000; ++round) {
+                if (!thread.Suspend()) {
+                    return false;
+                }
+            }
+            return true;
+        }
+
+        TuThread<SSleeper> thread{ *this, &SSleeper::Work, u"sleeper", eTP_Normal };
+    } sleeper;
+    SKIP_IF_SIGNALS_ARE_DELAYED();
+    ASSERT_TRUE(sleeper.thread.Start());
+    while (!sleeper.thread.WaitUntilTerminate(0)) {
+        sleeper.thread.Resume();
+    }
+    EXPECT_TRUE(sleeper.thread.IsSuccessful());
 }
 
 TEST(TuThreadTest, SuspendsOnlyWhatRunsAndDoesNotCount)
@@ -358,7 +426,9 @@ TEST(TuThreadDeathTest, APriorityThatIsRefusedIsLoggedInOneLine)
             const bool isLowered = thread.SlowDown();
             const bool isRefused = !thread.SpeedUp() && thread.GetPriority() == eTP_BelowNormal;
             worker.go.Set();
-            std::_Exit(isStarted && isAsBefore && isLowered && isRefused ? 0 : 1);
+            const bool isKept = thread.WaitUntilTerminate(kPatienceMs)
+                && thread.GetPriority() == eTP_Normal; // what was asked for, for the next start
+            std::_Exit(isStarted && isAsBefore && isLowered && isRefused && isKept ? 0 : 1);
         },
         testing::ExitedWithCode(0),
         "^(core/groundwork/tuthread\\(679\\): error: \\(noted\\) 13 - Permission denied\n){2}$");

@@ -17,6 +17,12 @@ TEST(TuTimerTest, CountsFromStartToStop)
     const unsigned long long stopped = timer.GetElapsedTime();
     EXPECT_GT(stopped, earlier);
     EXPECT_EQ(timer.GetElapsedTime(), stopped);
+
+    TuTimer coarse(TuTimer::eR_Milliseconds);
+    timer.Start();
+    coarse.Start();
+    while (coarse.GetElapsedTime() < 2) { }
+    EXPECT_GE(timer.GetElapsedTime(), 2'000'000u);
 }
 
 TEST(TuTimerTest, FormatsHoursAndTheDigitsOfTheResolution)

@@ -104,9 +104,13 @@ TEST_P(PlatformEventTest, WhoWasLetThroughMayDestroyTheEventAtOnce)
         }
     });
     for (int i = 0; i < 2'000; ++i) {
-        const auto event = std::make_unique<Event>(IsManual());
+        auto event = std::make_unique<Event>(IsManual());
         next = event.get();
         ASSERT_EQ(event->Wait(kPatienceMs), platform::eW_Signaled);
+        event = std::make_unique<Event>(IsManual());
+        (void)Event(*event); // has been shared: the flag lies elsewhere
+        next = event.get();
+        while (event->Wait(0) != platform::eW_Signaled) { }
     }
 }
 
@@ -193,7 +197,6 @@ struct SSleeper
 TEST(PlatformEventKillTest, AThreadThatWasKilledInItsSleepTakesNoSet)
 {
     SKIP_IF_SIGNALS_ARE_DELAYED();
-    const MayLoseMemory expected;
     SSleeper sleeper;
     const Event copy(sleeper.event); // so that the list outlives the dead
     for (int round = 1; round <= 5; ++round) {
@@ -205,6 +208,7 @@ TEST(PlatformEventKillTest, AThreadThatWasKilledInItsSleepTakesNoSet)
         for (int i = 0; i < 1'000; ++i) {
             std::this_thread::yield(); // it falls asleep again
         }
+        ASSERT_TRUE(dead.Suspend() && dead.Resume()); // which does not end its wait
         ASSERT_TRUE(dead.Kill(3));
         EXPECT_EQ(sleeper.count, round);
     }
@@ -214,6 +218,34 @@ TEST(PlatformEventKillTest, AThreadThatWasKilledInItsSleepTakesNoSet)
     sleeper.event.Set();
     EXPECT_EQ(sleeper.woken.Wait(kPatienceMs), platform::eW_Signaled);
     ASSERT_TRUE(alive.Kill(3));
+}
+
+/// A thread that was stopped while it sets or waits must not have stopped the events, too.
+TEST(PlatformEventKillTest, AThreadThatIsStoppedStopsNoEvent)
+{
+    SKIP_IF_SIGNALS_ARE_DELAYED();
+    for (int round = 0; round < 20; ++round) {
+        SSleeper sleeper;
+        Event gone(true);
+        platform::Thread busy;
+        ASSERT_TRUE(busy.Create(SSleeper::Run, &sleeper, u"busy"));
+        ASSERT_TRUE(busy.Resume());
+        const std::jthread setter([&] {
+            while (gone.Wait(0) != platform::eW_Signaled) {
+                sleeper.event.Set();
+            }
+        });
+        for (int i = 0; i < 50; ++i) {
+            ASSERT_TRUE(busy.Suspend());
+            sleeper.event.Reset();
+            (void)sleeper.woken.Wait(0);
+            ASSERT_TRUE(busy.Resume());
+        }
+        ASSERT_TRUE(busy.Kill(3));
+        sleeper.event.Reset();
+        sleeper.woken.Set();
+        gone.Set();
+    }
 }
 
 } // namespace

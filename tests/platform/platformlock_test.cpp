@@ -7,6 +7,10 @@
 
 namespace {
 
+#if !defined(_WIN32)
+static_assert(sizeof(TuCriticalSection) <= 16);
+#endif
+
 /// A function of its own: the thread-safety analysis does not know recursive locks.
 void countInside(TuCriticalSection& lock, int& inside)
 {

@@ -5,11 +5,13 @@
 
 #include <gtest/gtest.h>
 #if !defined(_WIN32)
+#include <pthread.h>
 #include <sched.h>
 #include <sys/resource.h>
 #endif
 
 #include <atomic>
+#include <cstdlib>
 #include <thread>
 #include <vector>
 
@@ -136,6 +138,12 @@ TEST(PlatformThreadTest, ASuspendedThreadStandsStillUntilItIsResumed)
         }
         ASSERT_TRUE(thread.Resume());
     }
+    // And at once after it was resumed, wherever it is on its way.
+    for (int round = 0; round < 5'000; ++round) {
+        ASSERT_TRUE(thread.Suspend()) << round;
+        ASSERT_TRUE(thread.Resume()) << round;
+    }
+    counter.WaitForProgress();
     counter.stop = true;
     ASSERT_EQ(thread.WaitForEnd(kPatienceMs), platform::eW_Signaled);
 }
@@ -190,8 +198,8 @@ TEST(PlatformThreadTest, AThreadIsKilledWhereverItIs)
         ASSERT_TRUE(thread.Suspend());
         kill(thread);
     }
-    {
-        unsigned int code = 0; // it has not run yet
+    for (int round = 0; round < 200; ++round) { // it has not run yet
+        unsigned int code = 0;
         Thread thread;
         ASSERT_TRUE(thread.Create(answer, &code, u"new"));
         kill(thread);
@@ -235,5 +243,30 @@ TEST(PlatformThreadTest, PrioritiesGoDownTheLadder)
     ASSERT_TRUE(thread.Resume());
     ASSERT_EQ(thread.WaitForEnd(kPatienceMs), platform::eW_Signaled);
 }
+
+#if !defined(_WIN32)
+TEST(PlatformThreadTest, DebuggersShowTheStartOfItsName)
+{
+    Thread thread;
+    char name[64] = "";
+    ASSERT_TRUE(thread.Create(
+        [](void* argument) {
+            pthread_getname_np(pthread_self(), static_cast<char*>(argument), 64);
+            return 0u;
+        },
+        name, u"fourteen bytes\u00e4")); // the last character would be cut in two
+    ASSERT_TRUE(thread.Resume());
+    ASSERT_EQ(thread.WaitForEnd(kPatienceMs), platform::eW_Signaled);
+    EXPECT_STREQ(name, "fourteen bytes");
+}
+
+TEST(PlatformThreadDeathTest, AForkedChildHasANumberOfItsOwn)
+{
+    testing::FLAGS_gtest_death_test_style = "fast"; // which forks
+    const std::uint32_t ofParent = platform::GetCurrentThreadId();
+    EXPECT_EXIT(std::_Exit(platform::GetCurrentThreadId() != ofParent ? 0 : 1),
+        testing::ExitedWithCode(0), "");
+}
+#endif
 
 } // namespace

@@ -1,20 +1,22 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 /// What the sources of this folder know of the thread that they run on.
 namespace platform {
 
-/// Asks the kernel once, and again in the child after a fork.
-std::uint32_t FindCurrentThreadId() noexcept;
+/// A number that no other thread of the process has or had, 0 until it is asked for. Locks know
+/// their holders by it: the kernel's numbers are given again, and change at a fork.
+extern constinit thread_local std::uint32_t t_threadNumber
+    __attribute__((tls_model("initial-exec")));
 
-/// 0 until it is known. Found without a call: locks ask for it all the time.
-extern constinit thread_local std::uint32_t t_threadId __attribute__((tls_model("initial-exec")));
+std::uint32_t MakeThreadNumber() noexcept;
 
-inline std::uint32_t CurrentThreadId() noexcept
+inline std::uint32_t CurrentThreadNumber() noexcept
 {
-    const std::uint32_t id = t_threadId;
-    return id != 0 ? id : FindCurrentThreadId();
+    const std::uint32_t number = t_threadNumber;
+    return number != 0 ? number : MakeThreadNumber();
 }
 
 } // namespace platform

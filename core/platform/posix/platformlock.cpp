@@ -18,7 +18,7 @@
 namespace platform {
 namespace {
 
-    constexpr std::uint32_t kWaiters = 0x80000000u; // beside the holder's id, which is below it
+    constexpr std::uint32_t kWaiters = 0x80000000u; // beside the holder's number, which is below it
 
     /// Tell the thread sanitizer that this is a lock, so that it finds locks taken in two orders.
 #if defined(TA_THREAD_SANITIZER)
@@ -47,7 +47,7 @@ CriticalSection::~CriticalSection() { noteGone(this); }
 void CriticalSection::Enter() noexcept TU_NO_THREAD_SAFETY_ANALYSIS
 {
     noteEntering(this);
-    const std::uint32_t self = CurrentThreadId();
+    const std::uint32_t self = CurrentThreadNumber();
     std::uint32_t holder = 0;
     if (!m_holder.compare_exchange_strong(
             holder, self, std::memory_order_acquire, std::memory_order_relaxed)) {

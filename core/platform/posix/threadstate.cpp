@@ -6,6 +6,7 @@
 #include "platform/posix/currentthread.h"
 #include "platform/posix/futex.h"
 #include "platform/posix/threadpriority.h"
+#include "platform/stopguard.h"
 #include "platform/threadvalue.h"
 
 #include <errno.h>
@@ -34,10 +35,18 @@ namespace {
 
     int stopSignal() { return SIGRTMIN + 5; }
 
+    // How many StopGuards the thread has, and whether it was to be stopped meanwhile.
+    constinit thread_local volatile unsigned int t_guards __attribute__((tls_model("initial-exec")))
+    = 0;
+    constinit thread_local volatile bool t_stopIsDue __attribute__((tls_model("initial-exec")))
+    = false;
+
     void handleStopSignal(int)
     {
         const int before = errno;
-        if (t_state != nullptr) { // a stranger may have sent the signal to another thread
+        if (t_guards != 0) {
+            t_stopIsDue = true;
+        } else if (t_state != nullptr) { // a stranger may have sent the signal to another thread
             t_state->StandAtGate();
         }
         errno = before;
@@ -55,12 +64,13 @@ namespace {
         return s_installed;
     }
 
-    void unblockSignal()
+    /// SIG_BLOCK or SIG_UNBLOCK, for the calling thread.
+    void maskStopSignal(int how)
     {
         sigset_t signals;
         sigemptyset(&signals);
         sigaddset(&signals, stopSignal());
-        pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+        pthread_sigmask(how, &signals, nullptr);
     }
 
     /// The longest start that the system takes, without half a character.
@@ -88,18 +98,43 @@ namespace {
 
 } // namespace
 
-constinit thread_local std::uint32_t t_threadId __attribute__((tls_model("initial-exec"))) = 0;
+constinit thread_local std::uint32_t t_threadNumber __attribute__((tls_model("initial-exec"))) = 0;
 
-std::uint32_t FindCurrentThreadId() noexcept
+std::uint32_t MakeThreadNumber() noexcept
 {
-    // The only thread of a forked child has a new number.
-    [[maybe_unused]] static const int s_atFork
-        = pthread_atfork(nullptr, nullptr, [] { t_threadId = 0; });
-    t_threadId = static_cast<std::uint32_t>(syscall(SYS_gettid));
-    return t_threadId;
+    static std::atomic<std::uint32_t> s_last = 0;
+    do {
+        t_threadNumber = (s_last.fetch_add(1, std::memory_order_relaxed) + 1) & 0x7FFFFFFFu;
+    } while (t_threadNumber == 0);
+    return t_threadNumber;
 }
 
-std::uint32_t GetCurrentThreadId() noexcept { return CurrentThreadId(); }
+std::uint32_t GetCurrentThreadId() noexcept
+{
+    static thread_local std::uint32_t t_id = 0;
+    // The only thread of a forked child has a new number.
+    [[maybe_unused]] static const int s_atFork = pthread_atfork(nullptr, nullptr, [] { t_id = 0; });
+    if (t_id == 0) {
+        t_id = static_cast<std::uint32_t>(syscall(SYS_gettid));
+    }
+    return t_id;
+}
+
+StopGuard::StopGuard() noexcept
+{
+    t_guards = t_guards + 1;
+    std::atomic_signal_fence(std::memory_order_seq_cst);
+}
+
+StopGuard::~StopGuard()
+{
+    std::atomic_signal_fence(std::memory_order_seq_cst);
+    t_guards = t_guards - 1;
+    if (t_guards == 0 && t_stopIsDue) {
+        t_stopIsDue = false;
+        pthread_kill(pthread_self(), stopSignal());
+    }
+}
 
 ThreadState::ThreadState(Thread::Procedure procedure, void* argument, std::u16string_view name)
     : m_procedure(procedure)
@@ -127,10 +162,9 @@ void ThreadState::Close()
 {
     buryKilled();
     if (!m_joined.exchange(true)) {
-        if (IsActive()) {
+        // It cannot be joined by its own last destructors.
+        if (IsActive() || pthread_join(m_thread, nullptr) != 0) {
             pthread_detach(m_thread);
-        } else {
-            pthread_join(m_thread, nullptr);
         }
     }
 }
@@ -152,37 +186,32 @@ void ThreadState::buryKilled()
 
 void* ThreadState::run(void* state)
 {
-    t_state = static_cast<ThreadState*>(state);
-    if (stateOfThread().Set(state)) {
-        t_state->runHere();
+    auto& self = *static_cast<ThreadState*>(state);
+    if (stateOfThread().Set(&self)) {
+        self.runHere();
     } else {
-        t_state->End(); // without having run: the system has no place left
+        self.End(); // without having run: the system has no place left
     }
     return nullptr;
 }
 
 void ThreadState::runHere()
 {
-    unblockSignal();
+    // The first stand needs no signal, and must not be disturbed by one.
+    maskStopSignal(SIG_BLOCK);
+    t_state = this;
     pthread_setname_np(pthread_self(), m_name.c_str());
     EventWaiter::NoteIn(m_waiter);
     StandAtGate();
+    maskStopSignal(SIG_UNBLOCK);
     const unsigned int exitCode = m_procedure(m_argument);
     m_exitCode = exitCode != Thread::kActive ? exitCode : 1;
 }
 
 void ThreadState::StandAtGate()
 {
-    if (!IsActive()) {
-        return; // the signal came when all was done
-    }
-    m_answered.store(1, std::memory_order_release);
-    WakeAll(m_answered);
-    std::uint32_t gate = eG_Closed;
-    while ((gate = m_gate.load(std::memory_order_acquire)) == eG_Closed) {
-        (void)WaitOnWord(m_gate, eG_Closed, kNever);
-    }
-    if (gate == eG_Kill) {
+    // Where it has ended, the signal came when all was done.
+    if (IsActive() && !m_gate.Stand()) {
         leave();
     }
 }
@@ -193,10 +222,13 @@ void ThreadState::End()
     unsigned int active = Thread::kActive;
     m_exitCode.compare_exchange_strong(active, 1);
     EventWaiter::EndOfThread();
-    m_ended.store(1, std::memory_order_release);
+    {
+        // Whoever holds the lock may rely on it that the thread is still there.
+        const StopGuard unstopped;
+        const LockGuard guard(m_endLock);
+        m_ended.store(1, std::memory_order_release);
+    }
     WakeAll(m_ended);
-    m_answered.store(1, std::memory_order_release);
-    WakeAll(m_answered);
     t_state = nullptr;
     const std::shared_ptr<ThreadState> last = std::move(m_ofThread);
 }
@@ -204,6 +236,7 @@ void ThreadState::End()
 /// Somebody else gives back the thread's share of this object.
 void ThreadState::leave()
 {
+    t_state = nullptr;
     m_exitCode = m_killCode.load();
     m_left = true;
     m_ended.store(1, std::memory_order_release);
@@ -214,11 +247,8 @@ void ThreadState::leave()
     }
 }
 
-bool ThreadState::interrupt(EGate gate)
+bool ThreadState::interrupt()
 {
-    m_answered = 0;
-    m_gate.store(gate, std::memory_order_release);
-    WakeAll(m_gate); // it may stand there already
     const int failure = pthread_kill(m_thread, stopSignal());
     if (failure != 0) {
         errno = failure;
@@ -229,63 +259,64 @@ bool ThreadState::interrupt(EGate gate)
 bool ThreadState::Suspend()
 {
     const bool ofItself = IsCurrent();
-    {
+    if (!ofItself) {
+        const StopGuard unstopped;
         const LockGuard guard(m_lock);
         if (!IsActive()) {
             errno = ESRCH;
             return false;
         }
-        if (m_gate == eG_Closed) {
-            return true;
+        if (m_gate.Close() && !interrupt()) {
+            m_gate.Open();
+            return false;
         }
-        if (!ofItself) {
-            if (!interrupt(eG_Closed)) {
-                return false;
-            }
-            const std::uint64_t deadline = GetDeadline(kPatienceMs);
-            while (m_answered == 0) {
-                if (WaitOnWord(m_answered, 0, deadline) == eWW_TimedOut) {
-                    m_gate = eG_Open;
-                    errno = ETIMEDOUT;
-                    return false;
-                }
-            }
-            return IsActive();
+        if (!m_gate.WaitUntilItStands(GetDeadline(kPatienceMs))) {
+            m_gate.Open();
+            errno = ETIMEDOUT;
+            return false;
         }
-        m_gate = eG_Closed;
+        return true;
     }
-    StandAtGate();
-    return true;
+    {
+        const StopGuard unstopped;
+        const LockGuard guard(m_lock);
+        (void)m_gate.Close();
+    }
+    // By way of the handler, so that the signal does not come while the thread stands.
+    return interrupt();
 }
 
 bool ThreadState::Resume()
 {
+    const StopGuard unstopped;
     const LockGuard guard(m_lock);
-    if (!IsActive() || m_gate == eG_Kill) {
+    if (!IsActive()) {
         errno = ESRCH;
         return false;
     }
-    m_gate.store(eG_Open, std::memory_order_release);
-    WakeAll(m_gate);
+    m_gate.Open();
     return true;
 }
 
 bool ThreadState::Kill(unsigned int exitCode)
 {
-    const bool ofItself = IsCurrent();
+    if (IsCurrent()) {
+        m_killCode = exitCode;
+        leave();
+    }
     {
+        const StopGuard unstopped;
         const LockGuard guard(m_lock);
         if (!IsActive()) {
             errno = ESRCH;
             return false;
         }
         m_killCode = exitCode;
-        if (!ofItself && !interrupt(eG_Kill)) {
+        m_gate.OpenToKill();
+        // One that stood at the gate may be gone already.
+        if (!interrupt() && IsActive()) {
             return false;
         }
-    }
-    if (ofItself) {
-        leave();
     }
     if (WaitForEnd(kPatienceMs) != eW_Signaled) {
         errno = ETIMEDOUT;
@@ -314,6 +345,8 @@ EWait ThreadState::WaitForEnd(unsigned int milliseconds) const
 
 bool ThreadState::SetPriority(int priority)
 {
+    const StopGuard unstopped;
+    const LockGuard guard(m_endLock); // so its number is not another's yet
     if (IsActive() && !ApplyThreadPriority(m_id, priority)) {
         return false;
     }

@@ -2,6 +2,7 @@
 
 #include "platform/platformlock.h"
 #include "platform/platformthread.h"
+#include "platform/posix/threadgate.h"
 
 #include <pthread.h>
 
@@ -17,9 +18,9 @@ class EventWaiter;
 
 /// What the handle of a thread and the thread itself share.
 ///
-/// A new thread stands at a gate before it runs anything. Suspending and killing is done by a
-/// signal: its handler runs on the thread, answers, and stands at the same gate until that is
-/// opened; or it leaves the thread by the exit system call, which runs no destructors.
+/// A new thread stands at its gate before it runs anything. Suspending and killing is done by a
+/// signal, whose handler runs on the thread and stands at the gate; there the thread goes on, or is
+/// left by the exit system call, which runs no destructors.
 ///
 /// Ownership: shared by the handle and, until it has ended, the thread.
 class ThreadState : public std::enable_shared_from_this<ThreadState>
@@ -44,22 +45,15 @@ public:
     /// The pthread_t, which is an address in the C libraries that we know.
     void* GetHandle() const { return reinterpret_cast<void*>(m_thread); }
 
-    /// These two are called on the thread itself.
+    /// These two are called on the thread itself, the first by the signal handler.
     void StandAtGate();
     void End();
 
 private:
-    enum EGate : std::uint32_t
-    {
-        eG_Closed,
-        eG_Open,
-        eG_Kill,
-    };
-
     static void* run(void* state);
     void runHere();
     [[noreturn]] void leave();
-    bool interrupt(EGate gate);
+    bool interrupt();
     void buryKilled();
 
     const Thread::Procedure m_procedure;
@@ -67,9 +61,9 @@ private:
     const std::string m_name;
     pthread_t m_thread{}; // these two are set before the gate opens
     std::uint32_t m_id = 0;
-    CriticalSection m_lock; // one at a time moves the gate
-    std::atomic<std::uint32_t> m_gate{ eG_Closed };
-    std::atomic<std::uint32_t> m_answered{ 0 };
+    CriticalSection m_lock; // one at a time stops the thread
+    CriticalSection m_endLock; // who holds it may rely on it that the thread does not end
+    ThreadGate m_gate;
     std::atomic<std::uint32_t> m_ended{ 0 };
     std::atomic<unsigned int> m_exitCode{ Thread::kActive };
     std::atomic<unsigned int> m_killCode{ 0 };

@@ -3,6 +3,7 @@
 #include "platform/eventwaiter.h"
 #include "platform/platformclock.h"
 #include "platform/platformtext.h"
+#include "platform/stopguard.h"
 #include "platform/threadvalue.h"
 #include "platform/win32/platformwindows.h"
 
@@ -27,24 +28,39 @@ namespace {
     }
 
     /// Debuggers of later systems show it; the earlier ones do not have the function.
-    void nameCurrentThread(const std::u16string& name)
+    void nameCurrentThread(const std::wstring& name)
     {
         using SetDescription = HRESULT(WINAPI*)(HANDLE, PCWSTR);
         static const auto s_set = reinterpret_cast<SetDescription>(reinterpret_cast<void*>(
             GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "SetThreadDescription")));
         if (s_set != nullptr) {
-            s_set(GetCurrentThread(), ToWide(name).c_str());
+            s_set(GetCurrentThread(), name.c_str());
         }
     }
 
 } // namespace
+
+StopGuard::StopGuard() noexcept
+    : m_state(static_cast<ThreadState*>(stateOfThread().Get()))
+{
+    if (m_state != nullptr) {
+        m_state->AddGuard();
+    }
+}
+
+StopGuard::~StopGuard()
+{
+    if (m_state != nullptr) {
+        m_state->RemoveGuard();
+    }
+}
 
 std::uint32_t GetCurrentThreadId() noexcept { return ::GetCurrentThreadId(); }
 
 ThreadState::ThreadState(Thread::Procedure procedure, void* argument, std::u16string_view name)
     : m_procedure(procedure)
     , m_argument(argument)
-    , m_name(name)
+    , m_name(ToWide(name))
 {
 }
 
@@ -112,41 +128,57 @@ EWait ThreadState::WaitForEnd(unsigned int milliseconds) const
     }
 }
 
+/// Suspends another thread where it has no StopGuard.
+bool ThreadState::stop()
+{
+    const std::uint64_t deadline = GetDeadline(kPatienceMs);
+    for (;;) {
+        if (::SuspendThread(m_handle) == static_cast<DWORD>(-1)) {
+            return false;
+        }
+        // The system suspends in its own time; it has done so when it can tell where.
+        CONTEXT context{};
+        context.ContextFlags = CONTEXT_CONTROL;
+        ::GetThreadContext(m_handle, &context);
+        if (m_guards == 0) {
+            return true;
+        }
+        ::ResumeThread(m_handle);
+        if (GetMonotonicTime() > deadline) {
+            ::SetLastError(ERROR_TIMEOUT);
+            return false;
+        }
+        ::SwitchToThread();
+    }
+}
+
 bool ThreadState::Suspend()
 {
     const bool ofItself = IsCurrent();
     {
+        const StopGuard unstopped;
         const LockGuard guard(m_lock);
-        if (!IsActive()) {
+        if (!IsActive() || (!m_isSuspended && !ofItself && !stop())) {
             return false;
         }
-        if (m_isSuspended) {
+        if (std::exchange(m_isSuspended, true)) {
             return true;
         }
-        if (!ofItself) {
-            if (SuspendThread(m_handle) == static_cast<DWORD>(-1)) {
-                return false;
-            }
-            // The system suspends in its own time; it has done so when it can tell where.
-            CONTEXT context{};
-            context.ContextFlags = CONTEXT_CONTROL;
-            GetThreadContext(m_handle, &context);
-        }
-        m_isSuspended = true;
     }
     // Whoever resumes this thread before it stands still tries again until it does.
-    return !ofItself || SuspendThread(GetCurrentThread()) != static_cast<DWORD>(-1);
+    return !ofItself || ::SuspendThread(::GetCurrentThread()) != static_cast<DWORD>(-1);
 }
 
 bool ThreadState::Resume()
 {
+    const StopGuard unstopped;
     const LockGuard guard(m_lock);
     if (!m_isSuspended || !IsActive()) {
         return IsActive();
     }
     DWORD formerCount = 0;
-    while ((formerCount = ResumeThread(m_handle)) == 0 && IsActive()) {
-        SwitchToThread();
+    while ((formerCount = ::ResumeThread(m_handle)) == 0 && IsActive()) {
+        ::SwitchToThread();
     }
     m_isSuspended = false;
     return formerCount != static_cast<DWORD>(-1) && formerCount != 0;
@@ -155,11 +187,15 @@ bool ThreadState::Resume()
 bool ThreadState::Kill(unsigned int exitCode)
 {
     if (IsCurrent()) {
-        TerminateThread(GetCurrentThread(), exitCode);
+        ::TerminateThread(::GetCurrentThread(), exitCode);
     }
-    if (!IsActive() || !TerminateThread(m_handle, exitCode)
-        || WaitForSingleObject(m_handle, kPatienceMs) != WAIT_OBJECT_0) {
-        return false;
+    {
+        const StopGuard unstopped;
+        const LockGuard guard(m_lock);
+        if (!IsActive() || (!m_isSuspended && !stop()) || !::TerminateThread(m_handle, exitCode)
+            || ::WaitForSingleObject(m_handle, kPatienceMs) != WAIT_OBJECT_0) {
+            return false;
+        }
     }
     if (EventWaiter* waiter = m_waiter.exchange(nullptr)) {
         EventWaiter::Abandon(*waiter); // events may have it in their lists

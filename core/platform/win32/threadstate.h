@@ -40,23 +40,27 @@ public:
     std::uint32_t GetId() const { return m_id; }
     void* GetHandle() const { return m_handle; }
 
-    /// Called on the thread itself, at its very end.
+    /// Called on the thread itself, the last at its very end.
+    void AddGuard() { ++m_guards; }
+    void RemoveGuard() { --m_guards; }
     void End();
 
 private:
     static unsigned int __stdcall run(void* state);
     unsigned int runHere();
+    bool stop();
     void giveShareBack();
 
     const Thread::Procedure m_procedure;
     void* const m_argument;
-    const std::u16string m_name;
+    const std::wstring m_name;
     void* m_handle = nullptr; // these two are set before the thread is resumed
     std::uint32_t m_id = 0;
     CriticalSection m_lock; // one at a time suspends and resumes
     bool m_isSuspended TU_GUARDED_BY(m_lock) = true;
     std::shared_ptr<ThreadState> m_ofThread; // the thread's own share
     std::atomic<bool> m_isGone{ false }; // that one has been given back
+    std::atomic<unsigned int> m_guards{ 0 }; // StopGuards of the thread
     std::atomic<int> m_priority{ 0 };
     std::atomic<EventWaiter*> m_waiter{ nullptr };
 };
