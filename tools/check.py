@@ -64,6 +64,9 @@ def check_source(name, lines):
     for number, line in enumerate(lines, 1):
         if re.search(r"\b(TODO|XXX|HACK)\b", line):
             find(name, number, "finish it, or write FIXME: with the consequence")
+        if re.search(r"\bstd::(latch|barrier|counting_semaphore|binary_semaphore)\b", line):
+            find(name, number, "MinGW-w64's loses wake-ups: use tests/support/testlatch.h, or an event"
+                 " of the library")
         if re.search(r"\bassert\s*\(", line) and "static_assert" not in line:
             find(name, number, "use TU_ASSERT, which tells the reader what he did")
 

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Everything that guards the code: format, layering and lists, headers on their own, both compilers
-# with warnings as errors and thread-safety analysis, sanitizers, fuzzers for a while, installation.
+# with warnings as errors and thread-safety analysis, sanitizers, Windows under Wine, fuzzers for a
+# while, installation.
 #   --without-tests   leaves out the release build's tests, for a caller who has just run them
 #   STEP...           runs only these steps
 set -euo pipefail

@@ -19,6 +19,9 @@ enum EFileMode
 
 /// An open file: unbuffered reading and writing at one position. Paths are UTF-16.
 ///
+/// A path longer than 260 units and a file that others have open are no obstacle on any system, but
+/// a program that opens a file on Windows by other means may keep others out.
+///
 /// Ownership: the handle is closed by the destructor; movable, not copyable.
 /// Threads:   one thread at a time.
 /// Failure:   false, or a count below the one asked for; GetLastSystemError() has the reason.
@@ -70,7 +73,8 @@ enum EReplaceResult
 /// old or the new file, never a part; then makes that step durable. (A folder that cannot be read
 /// cannot be synced; that is not counted as a failure.)
 /// Both in the same folder. `to` may be replaced (see MayBeReplaced); the new file takes the mode
-/// of the old one.
+/// of the old one, on Windows its list of rights and its attributes. While a program holds the old
+/// file open, Windows may refuse; then nothing has changed.
 [[nodiscard]] PLATFORM_API EReplaceResult ReplaceAtomically(
     std::u16string_view from, std::u16string_view to);
 

@@ -4,11 +4,13 @@
 
 #include <string>
 
-/// Places that the system gives to a program; each path is absolute and ends without a separator.
+/// Places that the system gives to a program; each path is absolute and ends without a separator
+/// (but for the root of a drive).
 namespace platform {
 
 PLATFORM_API std::u16string GetTemporaryFolder();
-/// Where the user's settings belong: `$XDG_CONFIG_HOME`, or `.config` in the home folder.
+/// Where the user's settings belong: `$XDG_CONFIG_HOME`, or `.config` in the home folder; on
+/// Windows the roaming application data.
 PLATFORM_API std::u16string GetUserConfigFolder();
 /// The file of the running program, empty when the system does not tell.
 PLATFORM_API std::u16string GetProgramPath();

@@ -4,8 +4,9 @@
 #include <cstddef>
 #include <mutex>
 
-/// A gate that opens when `count` threads have arrived; used once. It stands for std::latch, which
-/// loses wake-ups where the library has no futex (MinGW-w64), as std::atomic::wait does.
+/// A gate that opens when `count` threads have arrived; used once. It stands for the latch
+/// of the standard library, which loses wake-ups where there is no futex (MinGW-w64), as
+/// std::atomic::wait does.
 class TestLatch
 {
 public:
