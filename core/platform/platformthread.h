@@ -20,8 +20,8 @@ PLATFORM_API std::uint32_t GetCurrentThreadId() noexcept;
 /// A suspended thread stands still wherever it happens to be, with all locks that it holds there.
 /// A killed one leaves everything as it is at that moment: its stack is not unwound, locks that it
 /// held stay locked (those of the memory allocator too), memory that it owned is lost. Both are for
-/// emergencies and debuggers. Events and threads of this library are not stopped half-way (see
-/// StopGuard).
+/// emergencies and debuggers. A thread is not stopped half-way in an event or a thread object
+/// of this library (see StopGuard), nor before its procedure or behind it.
 ///
 /// Elsewhere than on Windows, they interrupt the thread with the signal SIGRTMIN + 5, which no
 /// other part of the program may use or block; a thread that does not answer it is given up after

@@ -23,6 +23,12 @@ bool ThreadGate::Stand() noexcept
     }
 }
 
+void ThreadGate::Leave() noexcept
+{
+    m_stands.store(1, std::memory_order_release);
+    WakeAll(m_stands);
+}
+
 bool ThreadGate::Close() noexcept
 {
     // A thread that has not noticed yet that it may go still stands here.

@@ -14,6 +14,8 @@ class ThreadGate
 public:
     /// Returns when the gate is open; false where the thread is to be killed.
     [[nodiscard]] bool Stand() noexcept;
+    /// The thread will not come any more: nobody need wait for it.
+    void Leave() noexcept;
 
     bool IsClosed() const { return m_state.load(std::memory_order_acquire) == eG_Closed; }
     /// Closes the gate. Returns whether the thread has to be asked to come.

@@ -205,6 +205,7 @@ void ThreadState::runHere()
     StandAtGate();
     maskStopSignal(SIG_UNBLOCK);
     const unsigned int exitCode = m_procedure(m_argument);
+    t_guards = t_guards + 1; // for good: what is left is the C library's, with its locks
     m_exitCode = exitCode != Thread::kActive ? exitCode : 1;
 }
 
@@ -229,6 +230,7 @@ void ThreadState::End()
         m_ended.store(1, std::memory_order_release);
     }
     WakeAll(m_ended);
+    m_gate.Leave();
     t_state = nullptr;
     const std::shared_ptr<ThreadState> last = std::move(m_ofThread);
 }
@@ -275,7 +277,7 @@ bool ThreadState::Suspend()
             errno = ETIMEDOUT;
             return false;
         }
-        return true;
+        return IsActive();
     }
     {
         const StopGuard unstopped;

@@ -9,6 +9,7 @@
 
 #include <process.h>
 
+#include <exception>
 #include <utility>
 
 namespace platform {
@@ -98,7 +99,12 @@ unsigned int ThreadState::runHere()
 {
     nameCurrentThread(m_name);
     EventWaiter::NoteIn(m_waiter);
+    // MinGW-w64's C++ library takes memory, under a lock of all threads, for what each thread has
+    // of exceptions: now, when the thread cannot be stopped.
+    (void)std::uncaught_exceptions();
+    RemoveGuard();
     const unsigned int exitCode = m_procedure(m_argument);
+    AddGuard(); // for good
     return exitCode != Thread::kActive ? exitCode : 1;
 }
 
@@ -133,6 +139,14 @@ bool ThreadState::stop()
 {
     const std::uint64_t deadline = GetDeadline(kPatienceMs);
     for (;;) {
+        // Left alone meanwhile: a thread that is suspended all the time does not come to its end.
+        for (DWORD polls = 0; m_guards != 0 && IsActive(); ++polls) {
+            if (GetMonotonicTime() > deadline) {
+                ::SetLastError(ERROR_TIMEOUT);
+                return false;
+            }
+            ::Sleep(polls < 100 ? 0 : 1);
+        }
         if (::SuspendThread(m_handle) == static_cast<DWORD>(-1)) {
             return false;
         }
@@ -144,11 +158,6 @@ bool ThreadState::stop()
             return true;
         }
         ::ResumeThread(m_handle);
-        if (GetMonotonicTime() > deadline) {
-            ::SetLastError(ERROR_TIMEOUT);
-            return false;
-        }
-        ::SwitchToThread();
     }
 }
 

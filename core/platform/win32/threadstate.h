@@ -60,7 +60,9 @@ private:
     bool m_isSuspended TU_GUARDED_BY(m_lock) = true;
     std::shared_ptr<ThreadState> m_ofThread; // the thread's own share
     std::atomic<bool> m_isGone{ false }; // that one has been given back
-    std::atomic<unsigned int> m_guards{ 0 }; // StopGuards of the thread
+    /// StopGuards of the thread, and one while it is in the hands of the system: before its
+    /// procedure and behind it, where it may hold the locks of the loader and of the heap.
+    std::atomic<unsigned int> m_guards{ 1 };
     std::atomic<int> m_priority{ 0 };
     std::atomic<EventWaiter*> m_waiter{ nullptr };
 };
