@@ -293,11 +293,9 @@ TEST(TuThreadTest, TheObjectMayGoAsSoonAsItsTerminateEventIsSet)
     for (int round = 301; round <= 400; ++round) {
         thread.SetTerminateEvent(ended);
         ASSERT_TRUE(thread.Start()); // waits for the former run
-        ASSERT_EQ(LingeringWorker::s_ended, round - 1);
+        ASSERT_GE(LingeringWorker::s_ended, round - 1);
         ASSERT_EQ(ended.Wait(kPatienceMs), TuEvent::eWR_Signaled);
-        // What stands still can be resumed, and what has ended cannot be suspended.
-        ASSERT_EQ(thread.Suspend(), false);
-        ASSERT_TRUE(thread.WaitUntilTerminate(kPatienceMs));
+        ASSERT_FALSE(thread.Suspend());
     }
 }
 
