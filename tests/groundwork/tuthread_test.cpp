@@ -279,6 +279,7 @@ TEST(TuThreadTest, TheObjectMayGoAsSoonAsItsTerminateEventIsSet)
 {
     TuEvent ended(true);
     LingeringWorker worker;
+    LingeringWorker::s_ended = 0;
     for (int round = 1; round <= 300; ++round) {
         {
             TuThread<LingeringWorker> thread(worker, &LingeringWorker::Work, u"short", eTP_Normal);
@@ -290,8 +291,9 @@ TEST(TuThreadTest, TheObjectMayGoAsSoonAsItsTerminateEventIsSet)
         ASSERT_EQ(LingeringWorker::s_ended, round); // it was let go to its very end
     }
     TuThread<LingeringWorker> thread(worker, &LingeringWorker::Work, u"again", eTP_Normal);
+    ended.Reset();
+    thread.SetTerminateEvent(ended);
     for (int round = 301; round <= 400; ++round) {
-        thread.SetTerminateEvent(ended);
         ASSERT_TRUE(thread.Start()); // waits for the former run
         ASSERT_GE(LingeringWorker::s_ended, round - 1);
         ASSERT_EQ(ended.Wait(kPatienceMs), TuEvent::eWR_Signaled);
