@@ -57,8 +57,6 @@ private:
     ~EventState() = default;
     void setManual() noexcept;
     void setAutomatic() noexcept;
-    class Passage;
-
     void unlist(SEventWait& place) noexcept TU_REQUIRES(m_lock);
 
     CriticalSection m_lock; // guards the list, and changes of the flag
