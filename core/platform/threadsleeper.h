@@ -22,8 +22,12 @@ public:
     static constexpr std::uint32_t kAsleep = 0;
     static constexpr std::uint32_t kGone = 0xFFFFFFFFu; // not (any more) waiting
 
+#if defined(_WIN32)
     ThreadSleeper() noexcept;
     ~ThreadSleeper();
+#else
+    ThreadSleeper() noexcept = default;
+#endif
     ThreadSleeper(const ThreadSleeper&) = delete;
     ThreadSleeper& operator=(const ThreadSleeper&) = delete;
 

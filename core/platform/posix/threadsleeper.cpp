@@ -4,10 +4,6 @@
 
 namespace platform {
 
-ThreadSleeper::ThreadSleeper() noexcept = default;
-
-ThreadSleeper::~ThreadSleeper() = default;
-
 bool ThreadSleeper::IsUsable() const noexcept { return true; }
 
 void ThreadSleeper::Wake() noexcept { WakeOne(m_word); }
