@@ -10,8 +10,7 @@
 /// one object; derive virtually too. From an IObject back to a class leads dynamic_cast.
 ///
 /// Ownership: deleted through any base; an object just made by a create or clone function belongs
-/// to
-///            the caller and has no references yet.
+///            to the caller and has no references yet.
 /// Threads:   the type questions may be asked from any thread.
 class GROUNDWORK_API IObject
 {

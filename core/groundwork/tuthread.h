@@ -47,8 +47,8 @@ struct TuThreadPolicyMFC
 /// Threads:   one thread starts, restarts, names and destroys, and names only while no other uses
 ///            the object; the rest may be called by any. The status is advisory.
 /// Failure:   nothing throws, but for construction and names (std::bad_alloc). What the function
-/// and
-///            the hooks throw is dropped; IsSuccessful() tells. They must not call pthread_exit.
+///            and the hooks throw is dropped; IsSuccessful() tells. Neither may call
+///            pthread_exit.
 template <class T, class Policy = TuThreadPolicyMFC>
 class GROUNDWORK_TEMPLATE TuThread : public TuIClassName<1>
 {
