@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace platform {
@@ -29,9 +30,19 @@ class PLATFORM_API File
 {
 public:
     File() = default;
-    ~File();
-    File(File&& other) noexcept;
-    File& operator=(File&& other) noexcept;
+    ~File() { Close(); }
+    File(File&& other) noexcept
+        : m_handle(std::exchange(other.m_handle, kNoHandle))
+    {
+    }
+    File& operator=(File&& other) noexcept
+    {
+        if (this != &other) {
+            Close();
+            m_handle = std::exchange(other.m_handle, kNoHandle);
+        }
+        return *this;
+    }
 
     [[nodiscard]] bool Open(std::u16string_view path, EFileMode mode);
     /// Creates `path` to take the place of `target` later: until then nobody may read it who may

@@ -3,6 +3,7 @@
 #include "platform/platformapi.h"
 
 #include <string_view>
+#include <utility>
 
 namespace platform {
 
@@ -14,9 +15,19 @@ class PLATFORM_API SharedLibrary
 {
 public:
     SharedLibrary() = default;
-    ~SharedLibrary();
-    SharedLibrary(SharedLibrary&& other) noexcept;
-    SharedLibrary& operator=(SharedLibrary&& other) noexcept;
+    ~SharedLibrary() { Unload(); }
+    SharedLibrary(SharedLibrary&& other) noexcept
+        : m_handle(std::exchange(other.m_handle, nullptr))
+    {
+    }
+    SharedLibrary& operator=(SharedLibrary&& other) noexcept
+    {
+        if (this != &other) {
+            Unload();
+            m_handle = std::exchange(other.m_handle, nullptr);
+        }
+        return *this;
+    }
 
     [[nodiscard]] bool Load(std::u16string_view path);
     void Unload();

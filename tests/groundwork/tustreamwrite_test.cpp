@@ -49,7 +49,8 @@ TEST(TuStreamWriteASCIITraceDiagnosticTest, PassesWholeLinesOnAndTheRestAtItsEnd
 TEST(TuStreamWriteASCIITraceTest, GoesToStandardErrorWhereNoDebuggerListens)
 {
 #if defined(_WIN32)
-    GTEST_SKIP() << "the system always has one: see WindowsPlatformTest";
+    GTEST_SKIP() << "Windows hands traces to the debugger, never to standard error; "
+                    "WindowsPlatformTest.TracesGoToTheDebugger is the test of that";
 #else
     testing::internal::CaptureStderr();
     TuStreamWriteASCIITrace() << u"\u00e4 " << 7;

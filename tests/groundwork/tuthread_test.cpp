@@ -405,7 +405,8 @@ TEST(TuThreadTest, PrioritiesMoveAlongTheLadder)
 TEST(TuThreadTest, PrioritiesGoUpWhereTheUserMayRaiseThem)
 {
     if (!MayRaisePriorities()) {
-        GTEST_SKIP() << "this user may not raise priorities";
+        GTEST_SKIP() << "without CAP_SYS_NICE the system refuses to raise a priority: "
+                        "TuThreadDeathTest is the test of that";
     }
     Worker worker;
     worker.work = Worker::eW_WaitForGo;

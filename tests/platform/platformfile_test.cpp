@@ -127,7 +127,8 @@ TEST(PlatformFileTest, ADeviceIsNeverReplaced)
 TEST(PlatformFileTest, ANewFileIsNoMoreOpenThanTheOneItReplaces)
 {
 #if defined(_WIN32)
-    GTEST_SKIP() << "rights are lists here: see WindowsPlatformTest";
+    GTEST_SKIP() << "Windows has no mode bits; the same promise for its lists of rights is "
+                    "WindowsPlatformTest.ANewFileIsNoMoreOpenThanTheOneItReplaces";
 #else
     using std::filesystem::perms;
     const TemporaryFolder folder;

@@ -80,22 +80,6 @@ namespace {
 
 } // namespace
 
-File::~File() { Close(); }
-
-File::File(File&& other) noexcept
-    : m_handle(std::exchange(other.m_handle, kNoHandle))
-{
-}
-
-File& File::operator=(File&& other) noexcept
-{
-    if (this != &other) {
-        Close();
-        m_handle = std::exchange(other.m_handle, kNoHandle);
-    }
-    return *this;
-}
-
 bool File::Open(std::u16string_view path, EFileMode mode)
 {
     Close();

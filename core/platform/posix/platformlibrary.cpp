@@ -9,22 +9,6 @@
 
 namespace platform {
 
-SharedLibrary::~SharedLibrary() { Unload(); }
-
-SharedLibrary::SharedLibrary(SharedLibrary&& other) noexcept
-    : m_handle(std::exchange(other.m_handle, nullptr))
-{
-}
-
-SharedLibrary& SharedLibrary::operator=(SharedLibrary&& other) noexcept
-{
-    if (this != &other) {
-        Unload();
-        m_handle = std::exchange(other.m_handle, nullptr);
-    }
-    return *this;
-}
-
 bool SharedLibrary::Load(std::u16string_view path)
 {
     Unload();

@@ -3,14 +3,8 @@
 #include "platform/platformclock.h"
 #include "platform/posix/currentthread.h"
 #include "platform/posix/futex.h"
+#include "platform/threadsanitizer.h"
 
-#if defined(__SANITIZE_THREAD__)
-#define TA_THREAD_SANITIZER
-#elif defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-#define TA_THREAD_SANITIZER
-#endif
-#endif
 #if defined(TA_THREAD_SANITIZER)
 #include <sanitizer/tsan_interface.h>
 #endif
