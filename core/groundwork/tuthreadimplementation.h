@@ -35,7 +35,7 @@ template <class T, class Policy> bool TuThread<T, Policy>::Start()
         }
         m_threadHandle.Close();
     }
-    const bool hasRunBefore = m_status->exchange(0) != 0;
+    *m_status = 0;
     TuThreadHandle::Shared thread;
     try {
         thread = std::make_shared<platform::Thread>();
@@ -45,7 +45,8 @@ template <class T, class Policy> bool TuThread<T, Policy>::Start()
     if (!Policy::Create(*thread, threadProcedure, this, GetName())) {
         return false;
     }
-    if (hasRunBefore) {
+    if (m_threadId
+        != 0) { // a former run may have set it; a first one finds it as its owner left it
         m_terminateEvent.Reset();
     }
     // Everything is in place before the thread runs: it may delete this object at its end.
@@ -71,7 +72,7 @@ template <class T, class Policy> TuCheckReturn<bool> TuThread<T, Policy>::StartA
         return false;
     }
     // From here on the object may be gone.
-    started.Wait(TuEvent::kInfinite);
+    while (started.Wait(TuEvent::kInfinite) != TuEvent::eWR_Signaled) { } // fails without memory
     return true;
 }
 

@@ -374,6 +374,15 @@ TEST(TuThreadTest, StartFailsWithoutAThreadAndTheExitCodeTellsFailure)
         ASSERT_TRUE(thread.WaitUntilTerminate(kPatienceMs));
         EXPECT_EQ(SRefusingPolicy::s_thread->GetExitCode(), work == Worker::eW_Fail ? 1u : 0u);
     }
+    SRefusingPolicy::s_refuses = true;
+    EXPECT_FALSE(thread.Start());
+    EXPECT_TRUE(thread.GetTerminateEvent().IsSet()); // there is no run that has not ended
+    SRefusingPolicy::s_refuses = false;
+    worker.work = Worker::eW_WaitForGo;
+    ASSERT_TRUE(thread.StartAndWait());
+    EXPECT_FALSE(thread.GetTerminateEvent().IsSet());
+    worker.go.Set();
+    EXPECT_TRUE(thread.WaitUntilTerminate(kPatienceMs));
 }
 
 TEST(TuThreadTest, PrioritiesMoveAlongTheLadder)
