@@ -3,6 +3,7 @@
 #include "groundwork/tucheckedcast.h"
 #include "groundwork/tuexceptions.h"
 #include "groundwork/tustreamreadbinary.h"
+#include "groundwork/tustreamwriteascii.h"
 #include "groundwork/tustreamwritebinary.h"
 
 #include <utility>
@@ -30,6 +31,12 @@ void TuBoxed<Value, Stored>::Serialize(TuStreamReadBinary& stream)
 {
     stream.ReadAndCompareVersion(0);
     stream >> m_value;
+}
+
+template <class Value, class Stored>
+void TuBoxed<Value, Stored>::dump(TuStreamWriteASCII& stream) const
+{
+    stream << m_value;
 }
 
 template <class Value, class Stored>

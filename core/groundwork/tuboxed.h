@@ -2,6 +2,7 @@
 
 #include "groundwork/cstring.h"
 #include "groundwork/iserializable.h"
+#include "groundwork/tuidumpable.h"
 #include "groundwork/tureferencecounted.h"
 
 #include <compare>
@@ -17,7 +18,9 @@
 /// Failure: TuExceptionPreconditionViolation for a value that `Stored` cannot hold; the object then
 ///          keeps its old one.
 template <class Value, class Stored = Value>
-class GROUNDWORK_API TuBoxed : public TuReferenceCounted, public ISerializable
+class GROUNDWORK_API TuBoxed : public TuReferenceCounted,
+                               public ISerializable,
+                               public TuIDumpable<1>
 {
 public:
     const TuRTTI& GetRTTI() const override = 0;
@@ -38,6 +41,9 @@ public:
 protected:
     TuBoxed() = default;
     explicit TuBoxed(const Value& value) { SetValue(value); }
+
+    /// The value alone; a text as it is.
+    void dump(TuStreamWriteASCII& stream) const override;
 
 private:
     Stored m_value{};

@@ -40,6 +40,8 @@ public:
     }
     void Clear() { Set(nullptr); }
 
+    /// Where the link was set to. Only for a caller who knows by himself that the target lives.
+    T* GetUnguarded() const { return m_target; }
     /// A strong reference to the target; null when there is none, or its last one has gone.
     [[nodiscard]] TuSmartPointer<T> Lock() const
     {

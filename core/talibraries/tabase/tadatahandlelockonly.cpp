@@ -1,0 +1,47 @@
+#include "tabase/tadatahandlelockonly.h"
+
+#include <utility>
+
+template <int Access>
+TaDataHandleLockOnly<Access>::TaDataHandleLockOnly(
+    TaDataManager& manager, TuSmartPointer<Node> node)
+    : TaDataHandleBase(manager)
+    , m_node(std::move(node))
+{
+    requestLock();
+}
+
+template <int Access>
+TaDataHandleLockOnly<Access>::TaDataHandleLockOnly(TaDataHandleLockOnly&& other) noexcept
+    : m_node(other.m_node)
+{
+    takeOver(other);
+    other.m_node.Reset();
+}
+
+template <int Access>
+TaDataHandleLockOnly<Access>& TaDataHandleLockOnly<Access>::operator=(
+    TaDataHandleLockOnly&& other) noexcept
+{
+    if (this != &other) {
+        releaseLock();
+        m_node = other.m_node;
+        takeOver(other);
+        other.m_node.Reset();
+    }
+    return *this;
+}
+
+// Here, and not in the base: other threads ask the handle for its node until it is out of the
+// manager's books.
+template <int Access> TaDataHandleLockOnly<Access>::~TaDataHandleLockOnly() { releaseLock(); }
+
+template <int Access> void TaDataHandleLockOnly<Access>::Unlock() noexcept
+{
+    if (IsAccessGranted()) {
+        releaseLock();
+    }
+}
+
+template class TaDataHandleLockOnly<0>;
+template class TaDataHandleLockOnly<1>;

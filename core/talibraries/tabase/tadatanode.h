@@ -1,0 +1,106 @@
+#pragma once
+
+#include "groundwork/tuexception.h"
+#include "groundwork/tuinttotype.h"
+#include "groundwork/turtti.h"
+#include "tabase/tanode.h"
+
+#include <concepts>
+#include <exception>
+#include <type_traits>
+#include <utility>
+
+/// Holds the one type record that the instances of TaDataNode share: `TaDataNode`.
+class TABASE_API TaDataNodeRecord
+{
+public:
+    static const TuRTTI RTTI;
+
+    static constexpr const char16_t* kSource = u"core/talibraries/tabase/tadatanode";
+    enum
+    {
+        kLineNoData = 50
+    };
+};
+
+/// A node that carries one shared value: a TuBool … TuString, or any class of shared, serializable
+/// objects. Derive a class with a type record of its own from it (tadatanodes.h has those of the
+/// boxed values): only such a one can be read back from a stream.
+///
+///     auto count = TuMake<TuUInt32>(12u);
+///     manager.InsertNode(TuMake<TaDataNodeUInt32>(u"Count", count, true, true), parent);
+///
+/// Ownership: of one reference to the value. Whoever has another may change the value: let him have
+///            a granted handle on the node meanwhile, for the lock is the node's, not the value's.
+/// Failure:   questions about the type of a value that is not there throw TuException, at
+///            kLineNoData.
+template <class T> class GROUNDWORK_TEMPLATE TaDataNode : public TaNode, public TaDataNodeRecord
+{
+    static_assert(std::derived_from<T, TuReferenceCounted> && std::derived_from<T, ISerializable>,
+        "a value is a shared object that can be stored");
+
+public:
+    using TaDataNodeRecord::RTTI;
+    const TuRTTI& GetRTTI() const override { return TaDataNodeRecord::RTTI; }
+
+    /// Without a value.
+    TaDataNode() = default;
+    TaDataNode(const String& name, TuSmartPointer<T> data, bool serializeLeaves, bool trackModified)
+        : TaNode(name, serializeLeaves, trackModified)
+        , m_data(std::move(data))
+    {
+    }
+    ~TaDataNode() override = default;
+
+    bool IsSerializable() const override { return true; }
+    const TuRTTI& GetRTTIData() const override;
+
+    /// Null where there is none yet.
+    const TuSmartPointer<T>& GetData() { return m_data; }
+    TuSmartPointer<const T> GetData() const { return m_data; }
+
+protected:
+    /// A new value with the create function of that class. An unknown class, one that is no T, or a
+    /// function that throws leave the node as it is.
+    void CreateData(const String& className) override
+    {
+        createData(className, TuIntToType<kIsMadeByName>());
+    }
+    ISerializable* getData() const override { return m_data.Get(); }
+
+private:
+    /// A class without a default constructor has no create function.
+    static constexpr int kIsMadeByName = std::is_default_constructible_v<T> ? 1 : 0;
+
+    void createData(const String& className, TuIntToType<1>);
+    void createData(const String&, TuIntToType<0>) { }
+
+    TuSmartPointer<T> m_data;
+};
+
+template <class T> const TuRTTI& TaDataNode<T>::GetRTTIData() const
+{
+    if (m_data.IsNull()) {
+        throw TuException(kSource, kLineNoData);
+    }
+    return m_data->GetRTTI();
+}
+
+template <class T> void TaDataNode<T>::createData(const String& className, TuIntToType<1>)
+{
+    const TuRTTI::CreateFunction create = TuRTTI::getCreate(className);
+    if (create == nullptr) {
+        return;
+    }
+    IObject* object = nullptr;
+    try {
+        object = create();
+    } catch (...) {
+        return;
+    }
+    if (auto* data = dynamic_cast<T*>(object); data != nullptr) {
+        m_data = TuSmartPointer<T>(data);
+    } else {
+        delete object;
+    }
+}

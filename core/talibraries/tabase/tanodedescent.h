@@ -1,0 +1,89 @@
+#pragma once
+
+#include "tabase/tanode.h"
+
+#include <cstdint>
+#include <iterator>
+
+/// A walk through a subtree, parents first, that holds one lock of each node on the way from the
+/// top down to where it is: always from parent to child, so that two walks cannot block each other.
+///
+/// It needs no memory and no stack for the depth of the tree: the way on leads over the place that
+/// a node has in its parent's list, and the way up over the links to the parents.
+///
+/// Threads: the lists are kept still by the locks that it holds, where these are the children's, or
+///          else by the manager's lock.
+class TaNode::Descent
+{
+public:
+    using Lock = TuCriticalSection TaNode::*;
+
+    Descent(const TaNode& top, Lock lock)
+        : m_top(const_cast<TaNode*>(&top))
+        , m_lock(lock)
+    {
+        enter(m_top);
+    }
+    ~Descent()
+    {
+        while (m_node != nullptr) {
+            leave();
+        }
+    }
+    Descent(const Descent&) = delete;
+    Descent& operator=(const Descent&) = delete;
+
+    /// Null behind the last node.
+    TaNode* Get() const { return m_node; }
+    std::uint32_t GetDepth() const { return m_depth; }
+    /// True for the top, too.
+    bool IsLastChild() const { return m_node == m_top || getSibling() == nullptr; }
+
+    /// To the next node; past what is below the current one, unless `descend` is true.
+    void Next(bool descend)
+    {
+        if (descend && !m_node->m_children.IsEmpty()) {
+            ++m_depth;
+            enter(m_node->m_children.GetHead().node.Get());
+            return;
+        }
+        TaNode* sibling = nullptr;
+        do {
+            sibling = m_node != m_top ? getSibling() : nullptr;
+            leave();
+        } while (m_node != nullptr && sibling == nullptr);
+        if (sibling != nullptr) {
+            ++m_depth;
+            enter(sibling);
+        }
+    }
+
+private:
+    TaNode* getSibling() const
+    {
+        const auto next = std::next(m_node->m_place);
+        return next != m_node->getParentNode()->m_children.end() ? next->node.Get() : nullptr;
+    }
+    void enter(TaNode* node) TU_NO_THREAD_SAFETY_ANALYSIS
+    {
+        (node->*m_lock).Enter();
+        m_node = node;
+    }
+    /// Up to the parent, or to null from the top.
+    void leave() TU_NO_THREAD_SAFETY_ANALYSIS
+    {
+        TaNode* const node = m_node;
+        if (node == m_top) {
+            m_node = nullptr;
+        } else {
+            m_node = node->getParentNode();
+            --m_depth;
+        }
+        (node->*m_lock).Leave();
+    }
+
+    TaNode* const m_top;
+    const Lock m_lock;
+    TaNode* m_node = nullptr;
+    std::uint32_t m_depth = 0;
+};

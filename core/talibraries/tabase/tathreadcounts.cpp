@@ -1,0 +1,54 @@
+#include "tabase/tathreadcounts.h"
+
+// Windows exports the constants of a class where a source repeats them.
+constexpr unsigned int TaThreadCounts::kBlockSize;
+constexpr unsigned int TaThreadCounts::kBucketCount;
+
+bool TaThreadCounts::IsEmpty() const
+{
+    return m_first[0].count.IsZero() && m_first[1].count.IsZero() && m_others == nullptr;
+}
+
+SReadWriteCount& TaThreadCounts::findOrMake(unsigned int threadId)
+{
+    if (const SReadWriteCount* count = find(threadId); count != nullptr) {
+        return const_cast<SReadWriteCount&>(*count);
+    }
+    for (SThread& thread : m_first) {
+        if (thread.count.IsZero()) {
+            thread.id = threadId;
+            return thread.count;
+        }
+    }
+    if (m_others != nullptr) {
+        return (*m_others)[threadId];
+    }
+    auto others = std::make_unique<Map>(kBlockSize, kBucketCount);
+    SReadWriteCount& count = (*others)[threadId];
+    m_others = std::move(others);
+    return count;
+}
+
+void TaThreadCounts::Add(unsigned int threadId, std::int64_t read, std::int64_t write)
+{
+    SReadWriteCount& count = findOrMake(threadId);
+    count.read = static_cast<std::uint32_t>(count.read + read);
+    count.write = static_cast<std::uint32_t>(count.write + write);
+    if (count.IsZero() && m_others != nullptr) {
+        removeFromMap(threadId);
+    }
+}
+
+void TaThreadCounts::removeFromMap(unsigned int threadId)
+{
+    m_others->RemoveKey(threadId);
+    if (m_others->IsEmpty()) {
+        m_others.reset();
+    }
+}
+
+void TaThreadCounts::RemoveAll()
+{
+    m_first = {};
+    m_others.reset();
+}
