@@ -5,6 +5,7 @@
 #include <atomic>
 
 class TaDataManager;
+class TaLockAttempt;
 class TaNode;
 
 /// A thread's wish to read or to write a node, and its lock once the wish has been granted.
@@ -70,6 +71,7 @@ protected:
 
 private:
     friend class TaDataManager;
+    friend class TaLockAttempt;
     friend class TaDataTreeProbe; // the tests look at the books with it
 
     // But for m_used, guarded by the manager's lock.

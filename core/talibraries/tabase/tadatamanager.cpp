@@ -3,13 +3,12 @@
 #include "groundwork/tuarray.h"
 #include "groundwork/tuexceptions.h"
 #include "groundwork/tustreamwriteasciistring.h"
-#include "groundwork/tutimer.h"
 #include "platform/platformthread.h"
 #include "tabase/tadatahandlelockonly.h"
+#include "tabase/talockattempt.h"
 #include "tabase/tanodetreereader.h"
 #include "tabase/tanodetreewriter.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace {
@@ -36,169 +35,6 @@ CString pathOf(const TaNode& node)
 }
 
 } // namespace
-
-/// One call of TryLockAndWait: passes over the requests of the thread, and waits between them.
-class TaDataManager::Attempt
-{
-public:
-    /// For all requests of the calling thread, or for that of one handle alone.
-    Attempt(TaDataManager& manager, unsigned int timeout, TaDataHandleBase* handle = nullptr)
-        : m_manager(manager)
-        , m_threadId(platform::GetCurrentThreadId())
-        , m_timeout(timeout)
-        , m_timer(TuTimer::eR_Milliseconds)
-    {
-        m_timer.Start();
-        if (handle != nullptr) {
-            m_single.Add(handle);
-        }
-    }
-    ~Attempt();
-    Attempt(const Attempt&) = delete;
-    Attempt& operator=(const Attempt&) = delete;
-
-    ELockStatus Run();
-
-    // For other attempts, and for who gives back a lock; under the manager's lock.
-    unsigned int GetThreadId() const { return m_threadId; }
-    void Wake() { m_wake.Set(); }
-
-private:
-    bool pass(ELockStatus& status);
-    bool findObstacles(const Handles& requests);
-    bool fail(ELockStatus& status, ELockStatus reason);
-    void wait();
-
-    TaDataManager& m_manager;
-    const unsigned int m_threadId;
-    const unsigned int m_timeout;
-    TuTimer m_timer; // started once, so that many short waits cannot outlast the time-out
-    Handles m_single;
-    TuSet<TuSmartPointer<const TaNode>>
-        m_obstacles; // kept alive: they may leave the tree meanwhile
-    bool m_isHeldBack = false; // by requests that wait longer
-    bool m_isListed = false; // among those that wait
-    bool m_isLast = false; // the time is over, and one more look is left
-    bool m_hasTimedOut = false;
-    bool m_hasFailed = false;
-    TuEvent m_wake{ false }; // something has changed that no node's event tells
-};
-
-TaDataManager::Attempt::~Attempt()
-{
-    if (!m_isListed) {
-        return;
-    }
-    const TuCriticalSectionAuto guard(m_manager.m_lock);
-    TuList<Attempt*>& waiting = m_manager.m_waiting;
-    waiting.Erase(std::find(waiting.begin(), waiting.end(), this));
-    if (m_manager.m_fairness != eF_None) {
-        m_manager.wakeWaiting();
-    }
-}
-
-TaDataManager::ELockStatus TaDataManager::Attempt::Run()
-{
-    ELockStatus status = eLS_Exception;
-    while (!pass(status)) {
-        wait();
-    }
-    return status;
-}
-
-/// False where the attempt has to wait.
-bool TaDataManager::Attempt::pass(ELockStatus& status)
-{
-    const TuCriticalSectionAuto guard(m_manager.m_lock);
-    if (m_hasTimedOut) {
-        return fail(status, eLS_TimedOut);
-    }
-    if (m_hasFailed) {
-        return fail(status, eLS_WaitFailed);
-    }
-    Handles* const pending = m_manager.m_pendingRequests.Lookup(m_threadId);
-    if (pending == nullptr || pending->IsEmpty()) {
-        status = eLS_NoRequests;
-        return true;
-    }
-    const Handles& requests = m_single.IsEmpty() ? *pending : m_single;
-    if (!findObstacles(requests)) {
-        return fail(status, eLS_InvalidHandle);
-    }
-    if (m_obstacles.IsEmpty() && !m_isHeldBack) {
-        m_manager.grant(m_threadId, requests);
-        status = eLS_Granted;
-        return true;
-    }
-    if (m_timeout == 0) {
-        return fail(status, eLS_Conflict);
-    }
-    if (m_isLast) {
-        return fail(status, eLS_TimedOut);
-    }
-    if (!m_isListed) {
-        m_manager.m_waiting.Add(this);
-        m_isListed = true;
-    }
-    return false;
-}
-
-/// False for a handle that is no longer valid.
-bool TaDataManager::Attempt::findObstacles(const Handles& requests) TU_NO_THREAD_SAFETY_ANALYSIS
-{
-    m_isHeldBack = false;
-    for (TaDataHandleBase* const handle : requests) {
-        if (!handle->IsValid()) {
-            return false;
-        }
-        const TaNode* const node = handle->getNode();
-        const bool write = handle->GetAccessRights() == TaDataHandleBase::eAR_Write;
-        if (const TaNode* const obstacle = m_manager.checkReadWriteLocks(node, write)) {
-            m_obstacles.Add(TuSmartPointer<const TaNode>(obstacle));
-        } else if (!write && node != nullptr && m_manager.isHeldBack(m_threadId, *node, *this)) {
-            m_isHeldBack = true;
-        }
-    }
-    return true;
-}
-
-bool TaDataManager::Attempt::fail(
-    ELockStatus& status, ELockStatus reason) TU_NO_THREAD_SAFETY_ANALYSIS
-{
-    if (m_single.IsEmpty()) {
-        m_manager.closeHandles(m_manager.m_pendingRequests, m_threadId);
-    } else if (Handles* const pending = m_manager.m_pendingRequests.Lookup(m_threadId)) {
-        pending->RemoveKey(*m_single.begin());
-    }
-    status = reason;
-    return true;
-}
-
-void TaDataManager::Attempt::wait()
-{
-    TuArray<const TuEvent*> events;
-    for (const TuSmartPointer<const TaNode>& node : m_obstacles) {
-        events.Add(&node->m_unlockedEvent);
-    }
-    events.Add(&m_wake);
-    unsigned int remaining = TuEvent::kInfinite;
-    if (m_timeout != TuEvent::kInfinite) {
-        const unsigned long long elapsed = m_timer.GetElapsedTime();
-        remaining = elapsed < m_timeout ? static_cast<unsigned int>(m_timeout - elapsed) : 0;
-        m_isLast = remaining == 0;
-    }
-    switch (TuEvent::WaitForMultipleEvents(events, remaining)) {
-    case TuEvent::eWR_Signaled:
-        break;
-    case TuEvent::eWR_TimedOut:
-        m_hasTimedOut = true;
-        break;
-    case TuEvent::eWR_Failed:
-        m_hasFailed = true;
-        break;
-    }
-    m_obstacles.RemoveAll();
-}
 
 TaDataManager::TaDataManager(EFairness fairness)
     : m_root(TuMake<TaNode>(u"Root", false, true))
@@ -422,7 +258,7 @@ void TaDataManager::unlockHandlesCurrentThread(TaDataHandleBase& handle, bool wi
 TuCheckReturn<bool> TaDataManager::TryLockAndWait(unsigned int timeout, ELockStatus& status)
 {
     try {
-        status = Attempt(*this, timeout).Run();
+        status = TaLockAttempt(*this, timeout).Run();
     } catch (...) {
         status = eLS_Exception;
     }
@@ -453,12 +289,12 @@ const TaNode* TaDataManager::checkReadWriteLocks(
 }
 
 bool TaDataManager::isHeldBack(
-    unsigned int threadId, const TaNode& node, const Attempt& attempt) const
+    unsigned int threadId, const TaNode& node, const TaLockAttempt& attempt) const
 {
     if (m_fairness == eF_None || isLocking(threadId)) {
         return false;
     }
-    for (const Attempt* const other : m_waiting) {
+    for (const TaLockAttempt* const other : m_waiting) {
         if (other == &attempt) {
             return false; // those that follow have waited less long
         }
@@ -480,7 +316,7 @@ bool TaDataManager::isHeldBack(
 
 void TaDataManager::wakeWaiting() noexcept
 {
-    for (Attempt* const attempt : m_waiting) {
+    for (TaLockAttempt* const attempt : m_waiting) {
         attempt->Wake();
     }
 }
@@ -620,7 +456,7 @@ TuCheckReturn<bool> TaDataManager::Reset(unsigned int timeout)
         unlockHandlesCurrentThread(exclusive, false);
     }
     exclusive = TaDataHandleLockOnly<1>(*this, m_root);
-    if (Attempt(*this, timeout, &exclusive).Run() != eLS_Granted) {
+    if (TaLockAttempt(*this, timeout, &exclusive).Run() != eLS_Granted) {
         return false;
     }
     const TuCriticalSectionAuto guard(m_lock);

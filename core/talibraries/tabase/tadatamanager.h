@@ -13,6 +13,7 @@
 #include "tabase/tadatahandlebase.h"
 #include "tabase/tanode.h"
 
+class TaLockAttempt;
 class TuStreamReadBinary;
 class TuStreamWriteBinary;
 
@@ -111,8 +112,8 @@ public:
 
 private:
     friend class TaDataHandleBase;
+    friend class TaLockAttempt;
     friend class TaDataTreeProbe; // the tests look at the books with it
-    class Attempt;
     using Handles = TuSet<TaDataHandleBase*>;
     using HandlesOfThreads = TuMap<unsigned int, Handles>;
 
@@ -134,7 +135,7 @@ private:
     void unlockHandlesCurrentThread(TaDataHandleBase& handle, bool withHandle) noexcept
         TU_REQUIRES(m_lock);
     const TaNode* checkReadWriteLocks(const TaNode* node, bool write) const TU_REQUIRES(m_lock);
-    bool isHeldBack(unsigned int threadId, const TaNode& node, const Attempt& attempt) const
+    bool isHeldBack(unsigned int threadId, const TaNode& node, const TaLockAttempt& attempt) const
         TU_REQUIRES(m_lock);
     bool isLocking(unsigned int threadId) const TU_REQUIRES(m_lock);
     bool isAnotherThreadLocking(bool write) const TU_REQUIRES(m_lock);
@@ -159,7 +160,7 @@ private:
     TuSmartPointer<TaNode> m_root;
 
     const EFairness m_fairness;
-    TuList<Attempt*> m_waiting TU_GUARDED_BY(m_lock); // in the order in which they came
+    TuList<TaLockAttempt*> m_waiting TU_GUARDED_BY(m_lock); // in the order in which they came
     Handles m_spareHandles TU_GUARDED_BY(m_lock); // keeps its memory for the next thread
     TaDataHandleBase* m_firstHandle TU_GUARDED_BY(m_lock) = nullptr; // of all that live
     /// How many locks are granted, in all and to write.

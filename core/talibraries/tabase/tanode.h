@@ -21,6 +21,7 @@
 
 class ISerializable;
 class TaDataManager;
+class TaLockAttempt;
 class TaNodeTreeReader;
 class TaNodeTreeWriter;
 
@@ -120,6 +121,7 @@ private:
     friend class TaDataManager;
     friend class TaNodeTreeReader;
     friend class TaNodeTreeWriter;
+    friend class TaLockAttempt;
     friend class TaDataTreeProbe; // the tests look at the books with it
     class Descent;
 
