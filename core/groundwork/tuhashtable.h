@@ -148,6 +148,8 @@ private:
         return TuHashModulo::Compute(hash, m_bucketCount, m_buckets->reciprocal);
     }
     SPlace placeOf(KeyArgument key) const;
+    /// The first bucket from `bucket` on that may have nodes; the bucket count behind the last.
+    unsigned int nextUsedBucket(unsigned int bucket) const;
     Association* firstNodeFrom(unsigned int bucket) const;
     template <class... Args> Association* makeNode(SPlace place, Args&&... args);
     void prepareBuckets();
@@ -296,13 +298,32 @@ void TuHashTable<K, E, A, F, S, H>::preparePlexManager()
     m_plexManager = TuMake<PlexManager>(m_blockSize);
 }
 
+/// The filters say of eight buckets at once that nothing has come into them.
+template <class K, class E, class A, int F, class S, class H>
+inline unsigned int TuHashTable<K, E, A, F, S, H>::nextUsedBucket(unsigned int bucket) const
+{
+    const unsigned char* const marks = filters();
+    for (std::uint64_t eight = 0; m_bucketCount - bucket >= sizeof(eight);
+         bucket += static_cast<unsigned int>(sizeof(eight))) {
+        std::memcpy(&eight, marks + bucket, sizeof(eight));
+        if (eight != 0) {
+            break;
+        }
+    }
+    while (bucket != m_bucketCount && marks[bucket] == 0) {
+        ++bucket;
+    }
+    return bucket;
+}
+
 template <class K, class E, class A, int F, class S, class H>
 A* TuHashTable<K, E, A, F, S, H>::firstNodeFrom(unsigned int bucket) const
 {
-    for (; bucket != m_bucketCount; ++bucket) {
+    while ((bucket = nextUsedBucket(bucket)) != m_bucketCount) {
         if (A* const node = *chainOf(bucket); node != nullptr) {
             return node;
         }
+        ++bucket; // what came into it is gone
     }
     return nullptr;
 }
@@ -355,7 +376,8 @@ void TuHashTable<K, E, A, F, S, H>::RemoveAll()
         return;
     }
     // A value that goes may look into the table: it finds no node that is gone already.
-    for (unsigned int bucket = 0; bucket != m_bucketCount; ++bucket) {
+    for (unsigned int bucket = nextUsedBucket(0); bucket != m_bucketCount;
+         bucket = nextUsedBucket(bucket)) {
         while (A* const node = *chainOf(bucket)) {
             *chainOf(bucket) = node->m_next;
             --m_count;

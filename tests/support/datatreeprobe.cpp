@@ -44,34 +44,27 @@ private:
     {
         unsigned int locks = 0;
         unsigned int writes = 0;
-        for (const auto& [threadId, handles] : manager.m_grantedHandles) {
-            const unsigned int* const count = manager.m_threadLockCount.Lookup(threadId);
-            expect(count != nullptr && *count == handles.GetCount(), "thread ", threadId,
-                " has another lock count than handles: ", handles.GetCount());
-            expect(!handles.IsEmpty(), "thread ", threadId, " has an empty set of handles");
-            for (TaDataHandleBase* const handle : handles) {
-                const bool write = handle->GetAccessRights() == TaDataHandleBase::eAR_Write;
-                expect(handle->IsAccessGranted() && handle->m_manager == &manager
-                        && handle->m_threadId == threadId,
-                    "a granted handle has no access, or another thread");
-                ++locks;
-                writes += write ? 1 : 0;
-                if (handle->m_isCounted) {
-                    SLocks& direct = m_direct[handle->getNode()][threadId];
-                    ++(write ? direct.write : direct.read);
-                }
+        manager.m_grantedHandles.ForEach([&](unsigned int threadId, TaDataHandleBase& handle) {
+            const bool write = handle.GetAccessRights() == TaDataHandleBase::eAR_Write;
+            expect(handle.IsAccessGranted() && handle.m_isHolding && handle.m_manager == &manager
+                    && handle.m_threadId == threadId,
+                "a granted handle has no access, or another thread");
+            ++locks;
+            writes += write ? 1 : 0;
+            if (handle.m_isCounted) {
+                SLocks& direct = m_direct[handle.getNode()][threadId];
+                ++(write ? direct.write : direct.read);
             }
-        }
-        expect(manager.m_threadLockCount.GetCount() == manager.m_grantedHandles.GetCount(),
-            "lock counts and sets of handles are of different threads");
+            return true;
+        });
         expect(manager.m_lockCount == locks && manager.m_writeLockCount == writes,
             "the totals of the manager are wrong");
-        for (const auto& [threadId, handles] : manager.m_pendingRequests) {
-            for (TaDataHandleBase* const handle : handles) {
-                expect(!handle->IsAccessGranted() && handle->m_threadId == threadId,
-                    "a request has access, or another thread");
-            }
-        }
+        manager.m_pendingRequests.ForEach([&](unsigned int threadId, TaDataHandleBase& handle) {
+            expect(
+                !handle.IsAccessGranted() && !handle.m_isHolding && handle.m_threadId == threadId,
+                "a request has access, or another thread");
+            return true;
+        });
     }
 
     void checkTree(const TaNode& top, const TaDataManager* manager)
@@ -136,10 +129,10 @@ std::string TaDataTreeProbe::FindFault(const TaDataManager& manager)
 
 std::string TaDataTreeProbe::FindFault(const TaNode& top) { return Check().Run(top); }
 
-std::size_t TaDataTreeProbe::GetPendingThreads(const TaDataManager& manager)
+unsigned int TaDataTreeProbe::GetPendingCount(const TaDataManager& manager, unsigned int threadId)
 {
     const TuCriticalSectionAuto guard(manager.m_lock);
-    return manager.m_pendingRequests.GetCount();
+    return manager.m_pendingRequests.GetCount(threadId);
 }
 
 std::size_t TaDataTreeProbe::GetWaitingThreads(const TaDataManager& manager)

@@ -28,7 +28,7 @@ public:
         parent->addChild(child);
     }
     static void CreateData(TaNode& node, const String& className) { node.CreateData(className); }
-    static std::size_t GetPendingThreads(const TaDataManager& manager);
+    static unsigned int GetPendingCount(const TaDataManager& manager, unsigned int threadId);
     static std::size_t GetWaitingThreads(const TaDataManager& manager);
 
 private:

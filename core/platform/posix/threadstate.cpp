@@ -111,7 +111,7 @@ std::uint32_t MakeThreadNumber() noexcept
 
 std::uint32_t GetCurrentThreadId() noexcept
 {
-    static thread_local std::uint32_t t_id = 0;
+    static constinit thread_local std::uint32_t t_id __attribute__((tls_model("initial-exec"))) = 0;
     // The only thread of a forked child has a new number.
     [[maybe_unused]] static const int s_atFork = pthread_atfork(nullptr, nullptr, [] { t_id = 0; });
     if (t_id == 0) {

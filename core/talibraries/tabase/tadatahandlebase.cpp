@@ -1,5 +1,6 @@
 #include "tabase/tadatahandlebase.h"
 
+#include "groundwork/tuassert.h"
 #include "platform/platformthread.h"
 #include "tabase/tadatamanager.h"
 
@@ -7,14 +8,13 @@ TaDataHandleBase::TaDataHandleBase(TaDataManager& manager)
     : m_manager(&manager)
     , m_threadId(platform::GetCurrentThreadId())
 {
-    manager.registerHandle(*this);
 }
 
 TaDataHandleBase::~TaDataHandleBase()
 {
-    if (m_manager != nullptr) {
-        m_manager->unregisterHandle(*this);
-    }
+    TU_ASSERT(!m_isListed,
+        "a handle goes that its manager still knows: the destructor of each class of handles calls"
+        " releaseLock");
 }
 
 void TaDataHandleBase::requestLock()
@@ -26,21 +26,17 @@ void TaDataHandleBase::requestLock()
 
 void TaDataHandleBase::releaseLock() noexcept
 {
-    if (m_manager != nullptr) {
-        m_manager->unrequestLock(*this);
-        m_manager->unlock(*this);
+    if (m_isListed) {
+        m_manager->forgetHandle(*this);
     }
 }
 
 void TaDataHandleBase::takeOver(TaDataHandleBase& other) noexcept
 {
-    if (m_manager != nullptr) {
-        m_manager->unregisterHandle(*this);
-        m_manager = nullptr;
-    }
+    m_manager = nullptr;
     m_threadId = other.m_threadId;
     m_used = other.m_used;
-    if (other.m_manager != nullptr) {
+    if (other.m_isListed) {
         other.m_manager->replaceHandle(other, *this);
     }
 }

@@ -60,7 +60,7 @@ protected:
 
     /// Files the request. Throws TuExceptionPreconditionViolation for a node of another manager.
     void requestLock();
-    /// Withdraws the request, or gives back the lock.
+    /// Withdraws the request, or gives back the lock, for good.
     void releaseLock() noexcept;
     /// For moves: takes over the request or the lock, the thread and the manager of `other`, whose
     /// node this handle has already. This one has neither lock nor request.
@@ -79,7 +79,9 @@ private:
     unsigned int m_threadId = 0;
     std::atomic<bool> m_accessGranted{ false };
     bool m_used = false;
+    bool m_isListed = false; // among all handles of the manager
+    bool m_isHolding = false; // a lock: not so a handle without a node
     bool m_isCounted = false; // by the counters of the node: not so when that has left the tree
-    TaDataHandleBase* m_previous = nullptr; // among all handles of the manager
+    TaDataHandleBase* m_previous = nullptr; // in that list
     TaDataHandleBase* m_next = nullptr;
 };

@@ -46,20 +46,41 @@ TaDataManager::TaDataManager(EFairness fairness)
 TaDataManager::~TaDataManager()
 {
     const TuCriticalSectionAuto guard(m_lock);
-    while (TaDataHandleBase* const handle = m_firstHandle) {
-        unrequestLock(*handle);
-        unlock(*handle);
-        unregisterHandle(*handle);
-        handle->m_manager = nullptr;
+    while (m_firstHandle != nullptr) {
+        forgetHandle(*m_firstHandle);
     }
     m_root->setDataManager(nullptr);
 }
 
 // Handles.
 
-void TaDataManager::registerHandle(TaDataHandleBase& handle)
+void TaDataManager::requestLock(TaDataHandleBase& handle)
 {
     const TuCriticalSectionAuto guard(m_lock);
+    const TaNode* const node = handle.getNode();
+    if (node == nullptr) {
+        handle.m_accessGranted.store(true, std::memory_order_release);
+    } else if (TaDataManager* const owner = node->m_dataManager.load();
+               owner != nullptr && owner != this) {
+        throw TuExceptionPreconditionViolation(
+            TU_HERE, u"a handle is made with the manager whose tree holds the node");
+    } else {
+        const SReadWriteCount held = node->getThreadManager().Get(handle.m_threadId);
+        const bool write = handle.GetAccessRights() == TaDataHandleBase::eAR_Write;
+        if (write ? held.write != 0 : !held.IsZero()) {
+            addLock(handle);
+        } else {
+            m_pendingRequests.Add(handle.m_threadId, handle);
+        }
+    }
+    enlist(handle);
+}
+
+/// Among all handles that live.
+void TaDataManager::enlist(TaDataHandleBase& handle) noexcept
+{
+    handle.m_manager = this;
+    handle.m_isListed = true;
     handle.m_next = m_firstHandle;
     if (m_firstHandle != nullptr) {
         m_firstHandle->m_previous = &handle;
@@ -67,9 +88,10 @@ void TaDataManager::registerHandle(TaDataHandleBase& handle)
     m_firstHandle = &handle;
 }
 
-void TaDataManager::unregisterHandle(TaDataHandleBase& handle) noexcept
+void TaDataManager::delist(TaDataHandleBase& handle) noexcept
 {
-    const TuCriticalSectionAuto guard(m_lock);
+    handle.m_manager = nullptr;
+    handle.m_isListed = false;
     (handle.m_previous != nullptr ? handle.m_previous->m_next : m_firstHandle) = handle.m_next;
     if (handle.m_next != nullptr) {
         handle.m_next->m_previous = handle.m_previous;
@@ -77,49 +99,34 @@ void TaDataManager::unregisterHandle(TaDataHandleBase& handle) noexcept
     handle.m_previous = handle.m_next = nullptr;
 }
 
-void TaDataManager::requestLock(TaDataHandleBase& handle)
+/// The end of a handle, or of the manager.
+void TaDataManager::forgetHandle(TaDataHandleBase& handle) noexcept
 {
     const TuCriticalSectionAuto guard(m_lock);
-    const TaNode* const node = handle.getNode();
-    if (node == nullptr) {
-        handle.m_accessGranted.store(true);
-        return;
-    }
-    if (node->IsManaged() && node->m_dataManager.load() != this) {
-        throw TuExceptionPreconditionViolation(
-            TU_HERE, u"a handle is made with the manager whose tree holds the node");
-    }
-    const SReadWriteCount held = node->getThreadManager().Get(handle.m_threadId);
-    const bool isCovered = handle.GetAccessRights() == TaDataHandleBase::eAR_Write ? held.write != 0
-                                                                                   : !held.IsZero();
-    if (isCovered) {
-        grant(handle.m_threadId, Handles{ &handle });
+    if (handle.m_isHolding) {
+        unlock(handle);
     } else {
-        openHandles(m_pendingRequests, handle.m_threadId).Add(&handle);
+        unrequestLock(handle);
+        handle.m_accessGranted.store(false, std::memory_order_release);
     }
+    delist(handle);
 }
 
 void TaDataManager::unrequestLock(TaDataHandleBase& handle) noexcept
 {
-    const TuCriticalSectionAuto guard(m_lock);
-    Handles* const pending = m_pendingRequests.Lookup(handle.m_threadId);
-    if (pending != nullptr && pending->RemoveKey(&handle) && pending->IsEmpty()) {
-        closeHandles(m_pendingRequests, handle.m_threadId);
-    }
+    m_pendingRequests.Remove(handle.m_threadId, handle);
 }
 
 void TaDataManager::unlock(TaDataHandleBase& handle) noexcept
 {
-    const TuCriticalSectionAuto guard(m_lock);
-    handle.m_accessGranted.store(false);
-    Handles* const granted = m_grantedHandles.Lookup(handle.m_threadId);
-    if (granted == nullptr || !granted->RemoveKey(&handle)) {
-        return; // not granted, or without a node
+    if (!handle.m_isHolding) {
+        handle.m_accessGranted.store(false, std::memory_order_release); // a handle without a node
+        return;
     }
-    const bool write = handle.GetAccessRights() == TaDataHandleBase::eAR_Write;
-    removeLock(handle, write);
-    countDown(handle.m_threadId);
-    if (write && isLocking(handle.m_threadId)) {
+    removeLock(handle);
+    if (!m_grantedHandles.Has(handle.m_threadId)) {
+        m_pendingRequests.RemoveAll(handle.m_threadId);
+    } else if (handle.GetAccessRights() == TaDataHandleBase::eAR_Write) {
         wakeWaiting(); // who reads may be let in where the thread only reads now
     }
 }
@@ -127,115 +134,78 @@ void TaDataManager::unlock(TaDataHandleBase& handle) noexcept
 void TaDataManager::replaceHandle(TaDataHandleBase& handle, TaDataHandleBase& by) noexcept
 {
     const TuCriticalSectionAuto guard(m_lock);
-    // The place that the one leaves serves the other: this needs no memory.
-    for (HandlesOfThreads* all : { &m_pendingRequests, &m_grantedHandles }) {
-        Handles* const handles = all->Lookup(handle.m_threadId);
-        if (handles != nullptr && handles->RemoveKey(&handle)) {
-            handles->Add(&by);
-        }
-    }
+    m_pendingRequests.Replace(handle.m_threadId, handle, by);
+    m_grantedHandles.Replace(handle.m_threadId, handle, by);
     by.m_accessGranted.store(handle.m_accessGranted.exchange(false));
+    by.m_isHolding = std::exchange(handle.m_isHolding, false);
     by.m_isCounted = std::exchange(handle.m_isCounted, false);
-    unregisterHandle(handle);
-    registerHandle(by);
-    by.m_manager = std::exchange(handle.m_manager, nullptr);
+    delist(handle);
+    enlist(by);
 }
 
-// The set of a thread is made and goes with each lock that it takes alone; the memory of the last
-// one is kept for the next.
-
-TaDataManager::Handles& TaDataManager::openHandles(HandlesOfThreads& all, unsigned int threadId)
+/// All requests of the thread, or, where there is no memory, none.
+void TaDataManager::grantAll(unsigned int threadId) TU_NO_THREAD_SAFETY_ANALYSIS
 {
-    if (Handles* const handles = all.Lookup(threadId)) {
-        return *handles;
-    }
-    Handles& handles = all[threadId];
-    handles.Swap(m_spareHandles);
-    return handles;
-}
-
-void TaDataManager::closeHandles(HandlesOfThreads& all, unsigned int threadId) noexcept
-{
-    if (Handles* const handles = all.Lookup(threadId)) {
-        handles->RemoveAll();
-        handles->Swap(m_spareHandles);
-        all.RemoveKey(threadId);
-    }
-}
-
-/// All of the handles, or, where there is no memory, none. They may stand among the requests.
-void TaDataManager::grant(unsigned int threadId, const Handles& handles)
-{
+    unsigned int count = 0;
     try {
-        unsigned int& lockCount = m_threadLockCount[threadId];
-        Handles& granted = openHandles(m_grantedHandles, threadId);
-        for (TaDataHandleBase* const handle : handles) {
-            granted.Add(handle);
-            addLock(*handle);
-            ++lockCount;
-        }
+        m_pendingRequests.ForEachOf(threadId, [&](TaDataHandleBase& request) {
+            addLock(request);
+            ++count;
+            return true;
+        });
     } catch (...) {
-        for (TaDataHandleBase* const handle : handles) {
-            Handles* const granted = m_grantedHandles.Lookup(threadId);
-            if (granted != nullptr && granted->RemoveKey(handle) && handle->m_isCounted) {
-                removeLock(*handle, handle->GetAccessRights() == TaDataHandleBase::eAR_Write);
-                --m_threadLockCount[threadId];
+        m_pendingRequests.ForEachOf(threadId, [&](TaDataHandleBase& request) {
+            const bool isAdded = count != 0;
+            if (isAdded) {
+                removeLock(request);
+                --count;
             }
-        }
-        if (!isLocking(threadId)) {
-            closeHandles(m_grantedHandles, threadId);
-            m_threadLockCount.RemoveKey(threadId);
-        }
+            return isAdded;
+        });
         throw;
     }
-    Handles* const pending = m_pendingRequests.Lookup(threadId);
-    for (TaDataHandleBase* const handle : handles) {
-        handle->m_accessGranted.store(true);
-        if (pending != nullptr && pending != &handles) {
-            pending->RemoveKey(handle);
-        }
-    }
-    if (pending != nullptr && (pending == &handles || pending->IsEmpty())) {
-        closeHandles(m_pendingRequests, threadId);
-    }
+    m_pendingRequests.RemoveAll(threadId);
 }
 
+void TaDataManager::grant(TaDataHandleBase& handle)
+{
+    addLock(handle);
+    m_pendingRequests.Remove(handle.m_threadId, handle);
+}
+
+/// Enters the lock into the books, or, where there is no memory, into none of them.
 void TaDataManager::addLock(TaDataHandleBase& handle)
 {
-    TaNode* const node = mutableNode(handle.getNode());
+    const unsigned int threadId = handle.m_threadId;
     const bool write = handle.GetAccessRights() == TaDataHandleBase::eAR_Write;
-    if (write) {
-        node->incrementWriteCounter(handle.m_threadId);
-        ++m_writeLockCount;
-    } else {
-        node->incrementReadCounter(handle.m_threadId);
+    m_grantedHandles.Add(threadId, handle);
+    try {
+        TaNode* const node = mutableNode(handle.getNode());
+        write ? node->incrementWriteCounter(threadId) : node->incrementReadCounter(threadId);
+    } catch (...) {
+        m_grantedHandles.Remove(threadId, handle);
+        throw;
     }
-    ++m_lockCount;
+    handle.m_accessGranted.store(true, std::memory_order_release);
+    handle.m_isHolding = true;
     handle.m_isCounted = true;
+    ++m_lockCount;
+    m_writeLockCount += write ? 1 : 0;
 }
 
-void TaDataManager::removeLock(TaDataHandleBase& handle, bool write) noexcept
+void TaDataManager::removeLock(TaDataHandleBase& handle) noexcept
 {
+    const unsigned int threadId = handle.m_threadId;
+    const bool write = handle.GetAccessRights() == TaDataHandleBase::eAR_Write;
     if (std::exchange(handle.m_isCounted, false)) {
         TaNode* const node = mutableNode(handle.getNode());
-        if (write) {
-            node->decrementWriteCounter(handle.m_threadId);
-        } else {
-            node->decrementReadCounter(handle.m_threadId);
-        }
+        write ? node->decrementWriteCounter(threadId) : node->decrementReadCounter(threadId);
     }
+    handle.m_accessGranted.store(false, std::memory_order_release);
+    handle.m_isHolding = false;
+    m_grantedHandles.Remove(threadId, handle);
     --m_lockCount;
     m_writeLockCount -= write ? 1 : 0;
-}
-
-void TaDataManager::countDown(unsigned int threadId) noexcept
-{
-    unsigned int* const lockCount = m_threadLockCount.Lookup(threadId);
-    if (lockCount != nullptr && --*lockCount == 0) {
-        closeHandles(m_pendingRequests, threadId);
-        closeHandles(m_grantedHandles, threadId);
-        m_threadLockCount.RemoveKey(threadId);
-    }
 }
 
 void TaDataManager::unlockHandlesCurrentThread(TaDataHandleBase& handle, bool withHandle) noexcept
@@ -244,12 +214,8 @@ void TaDataManager::unlockHandlesCurrentThread(TaDataHandleBase& handle, bool wi
     if (withHandle) {
         unlock(handle); // it may be another thread's
     }
-    for (;;) {
-        const Handles* const granted = m_grantedHandles.Lookup(threadId);
-        if (granted == nullptr || granted->IsEmpty()) {
-            return;
-        }
-        unlock(**granted->begin());
+    while (TaDataHandleBase* const granted = m_grantedHandles.GetFirst(threadId)) {
+        unlock(*granted);
     }
 }
 
@@ -291,24 +257,22 @@ const TaNode* TaDataManager::checkReadWriteLocks(
 bool TaDataManager::isHeldBack(
     unsigned int threadId, const TaNode& node, const TaLockAttempt& attempt) const
 {
-    if (m_fairness == eF_None || isLocking(threadId)) {
+    if (m_fairness == eF_None || m_grantedHandles.Has(threadId)) {
         return false;
     }
     for (const TaLockAttempt* const other : m_waiting) {
         if (other == &attempt) {
             return false; // those that follow have waited less long
         }
-        const Handles* const requests = m_pendingRequests.Lookup(other->GetThreadId());
-        if (requests == nullptr) {
-            continue;
-        }
-        for (TaDataHandleBase* const request : *requests) {
-            const TaNode* const wanted = request->getNode();
-            if (request->GetAccessRights() == TaDataHandleBase::eAR_Write
-                && (wanted == &node || wanted->isDescendantOf(&node)
-                    || node.isDescendantOf(wanted))) {
-                return true;
-            }
+        const bool passes
+            = m_pendingRequests.ForEachOf(other->GetThreadId(), [&node](TaDataHandleBase& request) {
+                  const TaNode* const wanted = request.getNode();
+                  return request.GetAccessRights() != TaDataHandleBase::eAR_Write
+                      || (wanted != &node && !wanted->isDescendantOf(&node)
+                          && !node.isDescendantOf(wanted));
+              });
+        if (!passes) {
+            return true;
         }
     }
     return false;
@@ -321,30 +285,20 @@ void TaDataManager::wakeWaiting() noexcept
     }
 }
 
-bool TaDataManager::isLocking(unsigned int threadId) const
-{
-    const unsigned int* const lockCount = m_threadLockCount.Lookup(threadId);
-    return lockCount != nullptr && *lockCount != 0;
-}
-
 bool TaDataManager::isAnotherThreadLocking(bool write) const
 {
     const unsigned int self = platform::GetCurrentThreadId();
-    for (const auto& [threadId, handles] : m_grantedHandles) {
-        for (TaDataHandleBase* const handle : handles) {
-            if (threadId != self
-                && (!write || handle->GetAccessRights() == TaDataHandleBase::eAR_Write)) {
-                return true;
-            }
-        }
-    }
-    return false;
+    return !m_grantedHandles.ForEach(
+        [self, write](unsigned int threadId, TaDataHandleBase& handle) {
+            return threadId == self
+                || (write && handle.GetAccessRights() != TaDataHandleBase::eAR_Write);
+        });
 }
 
 bool TaDataManager::IsCurrentThreadLocking() const
 {
     const TuCriticalSectionAuto guard(m_lock);
-    return isLocking(platform::GetCurrentThreadId());
+    return m_grantedHandles.Has(platform::GetCurrentThreadId());
 }
 
 // The tree.
@@ -486,13 +440,12 @@ void TaDataManager::forget(TaNode& node) noexcept
 {
     node.resetReadWriteCounters();
     node.setDataManager(nullptr);
-    for (const auto& [threadId, handles] : m_grantedHandles) {
-        for (TaDataHandleBase* const handle : handles) {
-            if (handle->getNode()->getThreadManager().Get(threadId).IsZero()) {
-                handle->m_isCounted = false;
-            }
+    m_grantedHandles.ForEach([](unsigned int threadId, TaDataHandleBase& handle) {
+        if (handle.getNode()->getThreadManager().Get(threadId).IsZero()) {
+            handle.m_isCounted = false;
         }
-    }
+        return true;
+    });
 }
 
 void TaDataManager::Serialize(TuStreamWriteBinary& stream) const
@@ -506,7 +459,7 @@ void TaDataManager::Serialize(TuStreamWriteBinary& stream) const
                 TU_HERE, u"no other thread holds a write lock while the tree is stored");
         }
         if (!reading.IsAccessGranted()) {
-            self.grant(platform::GetCurrentThreadId(), Handles{ &reading });
+            self.grant(reading);
         }
     }
     TaNodeTreeWriter(stream).Write(*m_root);
@@ -537,11 +490,10 @@ void TaDataManager::dump(TuStreamWriteASCII& stream) const
         const TuCriticalSectionAuto guard(m_lock);
         m_root->dump(text);
         dumpLocks(text, *m_root);
-        for (const auto& [threadId, requests] : m_pendingRequests) {
-            for (TaDataHandleBase* const request : requests) {
-                dumpRequest(text, *request);
-            }
-        }
+        m_pendingRequests.ForEach([&](unsigned int, TaDataHandleBase& request) {
+            dumpRequest(text, request);
+            return true;
+        });
     }
     stream << text;
 }
@@ -549,14 +501,13 @@ void TaDataManager::dump(TuStreamWriteASCII& stream) const
 /// The locks on the node, above it and below it, each with the thread that holds it.
 void TaDataManager::dumpLocks(TuStreamWriteASCII& stream, const TaNode& node) const
 {
-    for (const auto& [threadId, handles] : m_grantedHandles) {
-        for (TaDataHandleBase* const handle : handles) {
-            if (isOneBelowTheOther(node, handle->getNode())) {
-                dumpLock(stream, *handle);
-                stream << u"\n";
-            }
+    m_grantedHandles.ForEach([&](unsigned int, TaDataHandleBase& handle) {
+        if (isOneBelowTheOther(node, handle.getNode())) {
+            dumpLock(stream, handle);
+            stream << u"\n";
         }
-    }
+        return true;
+    });
 }
 
 void TaDataManager::dumpLock(TuStreamWriteASCII& stream, TaDataHandleBase& handle) const
@@ -577,15 +528,14 @@ void TaDataManager::dumpRequest(TuStreamWriteASCII& stream, TaDataHandleBase& ha
         return;
     }
     stream << u"; in the way:\n";
-    for (const auto& [threadId, handles] : m_grantedHandles) {
-        for (TaDataHandleBase* const other : handles) {
-            const bool covers
-                = other->getNode() == obstacle || obstacle->isDescendantOf(other->getNode());
-            if (covers && (write || other->GetAccessRights() == TaDataHandleBase::eAR_Write)) {
-                stream << u"    ";
-                dumpLock(stream, *other);
-                stream << (threadId == handle.m_threadId ? u" itself\n" : u"\n");
-            }
+    m_grantedHandles.ForEach([&](unsigned int threadId, TaDataHandleBase& other) {
+        const bool covers
+            = other.getNode() == obstacle || obstacle->isDescendantOf(other.getNode());
+        if (covers && (write || other.GetAccessRights() == TaDataHandleBase::eAR_Write)) {
+            stream << u"    ";
+            dumpLock(stream, other);
+            stream << (threadId == handle.m_threadId ? u" itself\n" : u"\n");
         }
-    }
+        return true;
+    });
 }

@@ -3,14 +3,12 @@
 #include "groundwork/cstring.h"
 #include "groundwork/tucheckreturn.h"
 #include "groundwork/tucriticalsection.h"
-#include "groundwork/tuevent.h"
 #include "groundwork/tuidumpable.h"
 #include "groundwork/tuinoncopyable.h"
 #include "groundwork/tulist.h"
-#include "groundwork/tumap.h"
-#include "groundwork/tuset.h"
 #include "groundwork/tusmartpointer.h"
 #include "tabase/tadatahandlebase.h"
+#include "tabase/tahandlesofthreads.h"
 #include "tabase/tanode.h"
 
 class TaLockAttempt;
@@ -114,30 +112,26 @@ private:
     friend class TaDataHandleBase;
     friend class TaLockAttempt;
     friend class TaDataTreeProbe; // the tests look at the books with it
-    using Handles = TuSet<TaDataHandleBase*>;
-    using HandlesOfThreads = TuMap<unsigned int, Handles>;
 
     // What the handles call.
-    void registerHandle(TaDataHandleBase& handle);
-    void unregisterHandle(TaDataHandleBase& handle) noexcept;
     void requestLock(TaDataHandleBase& handle);
-    void unrequestLock(TaDataHandleBase& handle) noexcept;
-    void unlock(TaDataHandleBase& handle) noexcept;
     void replaceHandle(TaDataHandleBase& handle, TaDataHandleBase& by) noexcept;
+    void forgetHandle(TaDataHandleBase& handle) noexcept;
 
     // All below hold the lock already.
-    Handles& openHandles(HandlesOfThreads& all, unsigned int threadId) TU_REQUIRES(m_lock);
-    void closeHandles(HandlesOfThreads& all, unsigned int threadId) noexcept TU_REQUIRES(m_lock);
-    void grant(unsigned int threadId, const Handles& handles) TU_REQUIRES(m_lock);
+    void unrequestLock(TaDataHandleBase& handle) noexcept TU_REQUIRES(m_lock);
+    void unlock(TaDataHandleBase& handle) noexcept TU_REQUIRES(m_lock);
+    void enlist(TaDataHandleBase& handle) noexcept TU_REQUIRES(m_lock);
+    void delist(TaDataHandleBase& handle) noexcept TU_REQUIRES(m_lock);
+    void grantAll(unsigned int threadId) TU_REQUIRES(m_lock);
+    void grant(TaDataHandleBase& handle) TU_REQUIRES(m_lock);
     void addLock(TaDataHandleBase& handle) TU_REQUIRES(m_lock);
-    void removeLock(TaDataHandleBase& handle, bool write) noexcept TU_REQUIRES(m_lock);
-    void countDown(unsigned int threadId) noexcept TU_REQUIRES(m_lock);
+    void removeLock(TaDataHandleBase& handle) noexcept TU_REQUIRES(m_lock);
     void unlockHandlesCurrentThread(TaDataHandleBase& handle, bool withHandle) noexcept
         TU_REQUIRES(m_lock);
     const TaNode* checkReadWriteLocks(const TaNode* node, bool write) const TU_REQUIRES(m_lock);
     bool isHeldBack(unsigned int threadId, const TaNode& node, const TaLockAttempt& attempt) const
         TU_REQUIRES(m_lock);
-    bool isLocking(unsigned int threadId) const TU_REQUIRES(m_lock);
     bool isAnotherThreadLocking(bool write) const TU_REQUIRES(m_lock);
     bool checkAccessRightsRemove(TaDataHandleBase& handle) const TU_REQUIRES(m_lock);
     bool checkAccessRightsInsert(const TaNode* parent) const TU_REQUIRES(m_lock);
@@ -153,15 +147,13 @@ private:
     void dumpRequest(TuStreamWriteASCII& stream, TaDataHandleBase& handle) const
         TU_REQUIRES(m_lock);
 
-    HandlesOfThreads m_pendingRequests TU_GUARDED_BY(m_lock);
-    HandlesOfThreads m_grantedHandles TU_GUARDED_BY(m_lock);
-    TuMap<unsigned int, unsigned int> m_threadLockCount TU_GUARDED_BY(m_lock);
+    TaHandlesOfThreads m_pendingRequests TU_GUARDED_BY(m_lock);
+    TaHandlesOfThreads m_grantedHandles TU_GUARDED_BY(m_lock); // a thread's lock count, too
     mutable TuCriticalSection m_lock;
     TuSmartPointer<TaNode> m_root;
 
     const EFairness m_fairness;
     TuList<TaLockAttempt*> m_waiting TU_GUARDED_BY(m_lock); // in the order in which they came
-    Handles m_spareHandles TU_GUARDED_BY(m_lock); // keeps its memory for the next thread
     TaDataHandleBase* m_firstHandle TU_GUARDED_BY(m_lock) = nullptr; // of all that live
     /// How many locks are granted, in all and to write.
     unsigned int m_lockCount TU_GUARDED_BY(m_lock) = 0;

@@ -10,10 +10,10 @@ TaLockAttempt::TaLockAttempt(TaDataManager& manager, unsigned int timeout, TaDat
     , m_threadId(platform::GetCurrentThreadId())
     , m_timeout(timeout)
     , m_timer(TuTimer::eR_Milliseconds)
+    , m_single(handle)
 {
-    m_timer.Start();
-    if (handle != nullptr) {
-        m_single.Add(handle);
+    if (timeout != 0) {
+        m_timer.Start();
     }
 }
 
@@ -46,16 +46,14 @@ std::optional<TaLockAttempt::ELockStatus> TaLockAttempt::pass()
     if (m_hasTimedOut || m_hasFailed) {
         return fail(m_hasTimedOut ? TaDataManager::eLS_TimedOut : TaDataManager::eLS_WaitFailed);
     }
-    Handles* const pending = m_manager.m_pendingRequests.Lookup(m_threadId);
-    if (pending == nullptr || pending->IsEmpty()) {
+    if (!m_manager.m_pendingRequests.Has(m_threadId)) {
         return TaDataManager::eLS_NoRequests;
     }
-    const Handles& requests = m_single.IsEmpty() ? *pending : m_single;
-    if (!findObstacles(requests)) {
+    if (!findObstacles()) {
         return fail(TaDataManager::eLS_InvalidHandle);
     }
     if (m_obstacles.IsEmpty() && !m_isHeldBack) {
-        m_manager.grant(m_threadId, requests);
+        m_single != nullptr ? m_manager.grant(*m_single) : m_manager.grantAll(m_threadId);
         return TaDataManager::eLS_Granted;
     }
     if (m_timeout == 0) {
@@ -71,30 +69,36 @@ std::optional<TaLockAttempt::ELockStatus> TaLockAttempt::pass()
     return std::nullopt;
 }
 
-bool TaLockAttempt::findObstacles(const Handles& requests) TU_NO_THREAD_SAFETY_ANALYSIS
+bool TaLockAttempt::findObstacles() TU_NO_THREAD_SAFETY_ANALYSIS
 {
     m_isHeldBack = false;
-    for (TaDataHandleBase* const handle : requests) {
-        if (!handle->IsValid()) {
-            return false;
-        }
-        const TaNode* const node = handle->getNode();
-        const bool write = handle->GetAccessRights() == TaDataHandleBase::eAR_Write;
-        if (const TaNode* const obstacle = m_manager.checkReadWriteLocks(node, write)) {
-            m_obstacles.Add(TuSmartPointer<const TaNode>(obstacle));
-        } else if (!write && node != nullptr && m_manager.isHeldBack(m_threadId, *node, *this)) {
-            m_isHeldBack = true;
-        }
+    return m_single != nullptr
+        ? findObstacle(*m_single)
+        : m_manager.m_pendingRequests.ForEachOf(
+            m_threadId, [this](TaDataHandleBase& handle) { return findObstacle(handle); });
+}
+
+bool TaLockAttempt::findObstacle(TaDataHandleBase& handle) TU_NO_THREAD_SAFETY_ANALYSIS
+{
+    if (!handle.IsValid()) {
+        return false;
+    }
+    const TaNode* const node = handle.getNode();
+    const bool write = handle.GetAccessRights() == TaDataHandleBase::eAR_Write;
+    if (const TaNode* const obstacle = m_manager.checkReadWriteLocks(node, write)) {
+        m_obstacles.Add(TuSmartPointer<const TaNode>(obstacle));
+    } else if (!write && node != nullptr && m_manager.isHeldBack(m_threadId, *node, *this)) {
+        m_isHeldBack = true;
     }
     return true;
 }
 
 TaDataManager::ELockStatus TaLockAttempt::fail(ELockStatus reason) TU_NO_THREAD_SAFETY_ANALYSIS
 {
-    if (m_single.IsEmpty()) {
-        m_manager.closeHandles(m_manager.m_pendingRequests, m_threadId);
+    if (m_single != nullptr) {
+        m_manager.unrequestLock(*m_single);
     } else {
-        m_manager.unrequestLock(**m_single.begin());
+        m_manager.m_pendingRequests.RemoveAll(m_threadId);
     }
     return reason;
 }

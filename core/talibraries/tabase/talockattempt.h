@@ -1,7 +1,7 @@
 #pragma once
 
+#include "groundwork/tuarray.h"
 #include "groundwork/tuevent.h"
-#include "groundwork/tuset.h"
 #include "groundwork/tusmartpointer.h"
 #include "groundwork/tutimer.h"
 #include "tabase/tadatamanager.h"
@@ -27,12 +27,12 @@ public:
 
 private:
     using ELockStatus = TaDataManager::ELockStatus;
-    using Handles = TaDataManager::Handles;
 
     /// Nothing where the attempt has to wait.
     std::optional<ELockStatus> pass();
     /// False for a handle that is no longer valid.
-    bool findObstacles(const Handles& requests);
+    bool findObstacles();
+    bool findObstacle(TaDataHandleBase& handle);
     /// Drops the requests.
     ELockStatus fail(ELockStatus reason);
     void wait();
@@ -41,8 +41,8 @@ private:
     const unsigned int m_threadId;
     const unsigned int m_timeout;
     TuTimer m_timer; // started once, so that many short waits cannot outlast the time-out
-    Handles m_single;
-    TuSet<TuSmartPointer<const TaNode>> m_obstacles; // they may leave the tree meanwhile
+    TaDataHandleBase* const m_single; // null for all requests
+    TuArray<TuSmartPointer<const TaNode>> m_obstacles; // they may leave the tree meanwhile
     bool m_isHeldBack = false; // by requests that wait longer
     bool m_isListed = false; // among those that wait
     bool m_isLast = false; // the time is over, and one more look is left

@@ -9,7 +9,7 @@ bool TaThreadCounts::IsEmpty() const
     return m_first[0].count.IsZero() && m_first[1].count.IsZero() && m_others == nullptr;
 }
 
-SReadWriteCount& TaThreadCounts::findOrMake(unsigned int threadId)
+SReadWriteCount& TaThreadCounts::findOrMakeInMap(unsigned int threadId)
 {
     if (const SReadWriteCount* count = find(threadId); count != nullptr) {
         return const_cast<SReadWriteCount&>(*count);
@@ -27,16 +27,6 @@ SReadWriteCount& TaThreadCounts::findOrMake(unsigned int threadId)
     SReadWriteCount& count = (*others)[threadId];
     m_others = std::move(others);
     return count;
-}
-
-void TaThreadCounts::Add(unsigned int threadId, std::int64_t read, std::int64_t write)
-{
-    SReadWriteCount& count = findOrMake(threadId);
-    count.read = static_cast<std::uint32_t>(count.read + read);
-    count.write = static_cast<std::uint32_t>(count.write + write);
-    if (count.IsZero() && m_others != nullptr) {
-        removeFromMap(threadId);
-    }
 }
 
 void TaThreadCounts::removeFromMap(unsigned int threadId)

@@ -57,6 +57,7 @@ private:
 
     const SReadWriteCount* find(unsigned int threadId) const;
     SReadWriteCount& findOrMake(unsigned int threadId);
+    SReadWriteCount& findOrMakeInMap(unsigned int threadId);
     void removeFromMap(unsigned int threadId);
 
     std::array<SThread, 2> m_first;
@@ -71,6 +72,29 @@ inline const SReadWriteCount* TaThreadCounts::find(unsigned int threadId) const
         }
     }
     return m_others != nullptr ? m_others->Lookup(threadId) : nullptr;
+}
+
+// The next two are called for each node of a tree that is locked.
+
+inline SReadWriteCount& TaThreadCounts::findOrMake(unsigned int threadId)
+{
+    SThread& first = m_first[0];
+    if (m_others == nullptr && m_first[1].count.IsZero()
+        && (first.id == threadId || first.count.IsZero())) {
+        first.id = threadId;
+        return first.count;
+    }
+    return findOrMakeInMap(threadId);
+}
+
+inline void TaThreadCounts::Add(unsigned int threadId, std::int64_t read, std::int64_t write)
+{
+    SReadWriteCount& count = findOrMake(threadId);
+    count.read = static_cast<std::uint32_t>(count.read + read);
+    count.write = static_cast<std::uint32_t>(count.write + write);
+    if (m_others != nullptr && count.IsZero()) {
+        removeFromMap(threadId);
+    }
 }
 
 template <class Use> void TaThreadCounts::ForEach(Use&& use) const
