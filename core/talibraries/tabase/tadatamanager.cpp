@@ -244,9 +244,6 @@ TuCheckReturn<bool> TaDataManager::TryLock() { return TryLockAndWait(0); }
 const TaNode* TaDataManager::checkReadWriteLocks(
     const TaNode* node, bool write) const TU_NO_THREAD_SAFETY_ANALYSIS
 {
-    if (node == nullptr || (write ? m_lockCount : m_writeLockCount) == 0) {
-        return nullptr;
-    }
     const TaNode* next = node;
     while (next != nullptr && next->m_writeCount == 0 && (!write || next->m_readCount == 0)) {
         next = next->getNext(*node);

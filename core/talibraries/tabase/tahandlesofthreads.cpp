@@ -28,7 +28,7 @@ void TaHandlesOfThreads::Add(unsigned int threadId, TaDataHandleBase& handle)
         try {
             addToSet(threadId, handle);
         } catch (...) {
-            RemoveAll(threadId); // it stays a single
+            removeSet(threadId); // it stays a single
             throw;
         }
         single->handle = nullptr;
@@ -93,14 +93,12 @@ void TaHandlesOfThreads::Replace(
     }
 }
 
-void TaHandlesOfThreads::RemoveAll(unsigned int threadId) noexcept
+void TaHandlesOfThreads::removeSet(unsigned int threadId) noexcept
 {
-    if (Handles* const handles = m_sets.Lookup(threadId);
-        handles != nullptr && !handles->IsEmpty()) {
+    Handles* const handles = m_sets.Lookup(threadId);
+    if (handles != nullptr && !handles->IsEmpty()) {
         handles->RemoveAll();
         noteEmpty(threadId);
-    } else if (SSingle* const single = findSingle(threadId)) {
-        single->handle = nullptr;
     }
 }
 

@@ -24,7 +24,7 @@ public:
     unsigned int GetCount(unsigned int threadId) const;
     bool Has(unsigned int threadId) const
     {
-        return findSingle(threadId) != nullptr || GetFirst(threadId) != nullptr;
+        return findSingle(threadId) != nullptr || (!m_sets.IsEmpty() && GetCount(threadId) != 0);
     }
     /// Null for a thread without handles.
     TaDataHandleBase* GetFirst(unsigned int threadId) const;
@@ -34,7 +34,14 @@ public:
     bool Remove(unsigned int threadId, TaDataHandleBase& handle) noexcept;
     /// Puts `by` into the place of `handle`, where that is there. Needs no memory.
     void Replace(unsigned int threadId, TaDataHandleBase& handle, TaDataHandleBase& by) noexcept;
-    void RemoveAll(unsigned int threadId) noexcept;
+    void RemoveAll(unsigned int threadId) noexcept
+    {
+        if (SSingle* const single = findSingle(threadId)) {
+            single->handle = nullptr;
+        } else if (!m_sets.IsEmpty()) {
+            removeSet(threadId);
+        }
+    }
 
     /// Calls `use(handle)` for the handles of the thread, up to the first for which it is false;
     /// whether it was true for all.
@@ -57,6 +64,7 @@ private:
     {
         return const_cast<SSingle*>(std::as_const(*this).findSingle(threadId));
     }
+    void removeSet(unsigned int threadId) noexcept;
     void addToSet(unsigned int threadId, TaDataHandleBase& handle);
     void noteEmpty(unsigned int threadId) noexcept;
 

@@ -83,11 +83,13 @@ bool TaLockAttempt::findObstacle(TaDataHandleBase& handle) TU_NO_THREAD_SAFETY_A
     if (!handle.IsValid()) {
         return false;
     }
-    const TaNode* const node = handle.getNode();
     const bool write = handle.GetAccessRights() == TaDataHandleBase::eAR_Write;
-    if (const TaNode* const obstacle = m_manager.checkReadWriteLocks(node, write)) {
+    const TaNode* const node = handle.getNode();
+    const bool isFree = (write ? m_manager.m_lockCount : m_manager.m_writeLockCount) == 0;
+    if (const TaNode* const obstacle
+        = isFree ? nullptr : m_manager.checkReadWriteLocks(node, write)) {
         m_obstacles.Add(TuSmartPointer<const TaNode>(obstacle));
-    } else if (!write && node != nullptr && m_manager.isHeldBack(m_threadId, *node, *this)) {
+    } else if (!write && m_manager.isHeldBack(m_threadId, *node, *this)) {
         m_isHeldBack = true;
     }
     return true;
