@@ -59,7 +59,15 @@ private:
     };
 
     /// Of a thread with one handle, which is then not in the map.
-    const SSingle* findSingle(unsigned int threadId) const;
+    const SSingle* findSingle(unsigned int threadId) const
+    {
+        for (const SSingle& single : m_singles) {
+            if (single.threadId == threadId && single.handle != nullptr) {
+                return &single;
+            }
+        }
+        return nullptr;
+    }
     SSingle* findSingle(unsigned int threadId)
     {
         return const_cast<SSingle*>(std::as_const(*this).findSingle(threadId));
@@ -72,17 +80,6 @@ private:
     TuMap<unsigned int, Handles> m_sets; // keyed by the system's number of the thread
     unsigned int m_emptied = 0; // the thread whose set was the last to become empty
 };
-
-inline const TaHandlesOfThreads::SSingle* TaHandlesOfThreads::findSingle(
-    unsigned int threadId) const
-{
-    for (const SSingle& single : m_singles) {
-        if (single.threadId == threadId && single.handle != nullptr) {
-            return &single;
-        }
-    }
-    return nullptr;
-}
 
 template <class Use> bool TaHandlesOfThreads::ForEachOf(unsigned int threadId, Use&& use) const
 {

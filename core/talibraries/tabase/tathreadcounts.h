@@ -55,7 +55,15 @@ private:
         SReadWriteCount count; // zero: the place is free
     };
 
-    const SReadWriteCount* find(unsigned int threadId) const;
+    const SReadWriteCount* find(unsigned int threadId) const
+    {
+        for (const SThread& thread : m_first) {
+            if (thread.id == threadId && !thread.count.IsZero()) {
+                return &thread.count;
+            }
+        }
+        return m_others != nullptr ? m_others->Lookup(threadId) : nullptr;
+    }
     SReadWriteCount& findOrMake(unsigned int threadId);
     SReadWriteCount& findOrMakeInMap(unsigned int threadId);
     void removeFromMap(unsigned int threadId);
@@ -63,16 +71,6 @@ private:
     std::array<SThread, 2> m_first;
     std::unique_ptr<Map> m_others; // none where the places above suffice
 };
-
-inline const SReadWriteCount* TaThreadCounts::find(unsigned int threadId) const
-{
-    for (const SThread& thread : m_first) {
-        if (thread.id == threadId && !thread.count.IsZero()) {
-            return &thread.count;
-        }
-    }
-    return m_others != nullptr ? m_others->Lookup(threadId) : nullptr;
-}
 
 // The next two are called for each node of a tree that is locked.
 
