@@ -8,13 +8,22 @@
 
 namespace {
 
+/// As a user derives it.
+class CountNode : public TaDataNodeInt32
+{
+public:
+    explicit CountNode(std::int32_t count)
+        : TaDataNodeInt32(u"Count", TuMake<TuInt32>(count), true, true)
+    {
+    }
+};
+
 TEST(TaNodeTest, DumpsItsSubtreeAsAnIndentedTree)
 {
     const auto top = TuMake<TaNode>(u"Top", true, true);
     const auto first = TuMake<TaNode>(u"First", true, true);
     TaDataTreeProbe::AddChild(top, first);
-    TaDataTreeProbe::AddChild(
-        first, TuMake<TaDataNodeInt32>(u"Number", TuMake<TuInt32>(-7), true, true));
+    TaDataTreeProbe::AddChild(first, TuMake<CountNode>(-7));
     TaDataTreeProbe::AddChild(first, TuMake<TaNode>(u"Inner", true, true));
     const auto second = TuMake<TaNode>(u"Second", true, true);
     TaDataTreeProbe::AddChild(top, second);
@@ -24,7 +33,7 @@ TEST(TaNodeTest, DumpsItsSubtreeAsAnIndentedTree)
     EXPECT_EQ(top->ToString().ToUtf8(),
         "Top (TaNode)\n"
         " |-- First (TaNode)\n"
-        " |   |-- Number (TaDataNodeInt32) = -7\n"
+        " |   |-- Count (TaDataNodeInt32) = -7\n"
         " |   |-- Inner (TaNode)\n"
         " |-- Second (TaNode), modified\n"
         "     |-- Text (TaDataNodeString) = two\\x0Alines\n");

@@ -41,18 +41,15 @@ template <class T> class GROUNDWORK_TEMPLATE TaDataNode : public TaNode, public 
 
 public:
     using TaDataNodeRecord::RTTI;
-    const TuRTTI& GetRTTI() const override { return TaDataNodeRecord::RTTI; }
+    const TuRTTI& GetRTTI() const override;
 
     /// Without a value.
-    TaDataNode() = default;
-    TaDataNode(const String& name, TuSmartPointer<T> data, bool serializeLeaves, bool trackModified)
-        : TaNode(name, serializeLeaves, trackModified)
-        , m_data(std::move(data))
-    {
-    }
-    ~TaDataNode() override = default;
+    TaDataNode();
+    TaDataNode(
+        const String& name, TuSmartPointer<T> data, bool serializeLeaves, bool trackModified);
+    ~TaDataNode() override;
 
-    bool IsSerializable() const override { return true; }
+    bool IsSerializable() const override;
     const TuRTTI& GetRTTIData() const override;
 
     /// Null where there is none yet.
@@ -62,11 +59,8 @@ public:
 protected:
     /// A new value with the create function of that class. An unknown class, one that is no T, or a
     /// function that throws leave the node as it is.
-    void CreateData(const String& className) override
-    {
-        createData(className, TuIntToType<kIsMadeByName>());
-    }
-    ISerializable* getData() const override { return m_data.Get(); }
+    void CreateData(const String& className) override;
+    ISerializable* getData() const override;
 
 private:
     /// A class without a default constructor has no create function.
@@ -77,6 +71,32 @@ private:
 
     TuSmartPointer<T> m_data;
 };
+
+// Outside of the class, also what is short: MinGW-w64 exports only that of an instance, and classes
+// of users derive from those of the boxed values.
+
+template <class T> TaDataNode<T>::TaDataNode() = default;
+
+template <class T>
+TaDataNode<T>::TaDataNode(
+    const String& name, TuSmartPointer<T> data, bool serializeLeaves, bool trackModified)
+    : TaNode(name, serializeLeaves, trackModified)
+    , m_data(std::move(data))
+{
+}
+
+template <class T> TaDataNode<T>::~TaDataNode() = default;
+
+template <class T> const TuRTTI& TaDataNode<T>::GetRTTI() const { return TaDataNodeRecord::RTTI; }
+
+template <class T> bool TaDataNode<T>::IsSerializable() const { return true; }
+
+template <class T> ISerializable* TaDataNode<T>::getData() const { return m_data.Get(); }
+
+template <class T> void TaDataNode<T>::CreateData(const String& className)
+{
+    createData(className, TuIntToType<kIsMadeByName>());
+}
 
 template <class T> const TuRTTI& TaDataNode<T>::GetRTTIData() const
 {

@@ -1,7 +1,5 @@
 #include "tabase/tadatanodes.h"
 
-#include <utility>
-
 template class TaDataNode<TuBool>;
 template class TaDataNode<TuChar>;
 template class TaDataNode<TuInt8>;
@@ -20,13 +18,6 @@ template class TaDataNode<TuString>;
 
 #define TA_DEFINE_DATA_NODE(Class, Value)                                                          \
     TU_DEFINE_RTTI(Class, TaDataNode<Value>, &Class::CreateByFactory, nullptr);                    \
-    Class::Class() = default;                                                                      \
-    Class::Class(                                                                                  \
-        const String& name, TuSmartPointer<Value> data, bool serializeLeaves, bool trackModified)  \
-        : TaDataNode(name, std::move(data), serializeLeaves, trackModified)                        \
-    {                                                                                              \
-    }                                                                                              \
-    Class::~Class() = default;                                                                     \
     IObject* Class::CreateByFactory() { return new Class; }
 
 TA_DEFINE_DATA_NODE(TaDataNodeBool, TuBool)

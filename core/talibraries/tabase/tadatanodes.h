@@ -20,18 +20,19 @@ extern template class TABASE_API TaDataNode<TuFloat64>;
 extern template class TABASE_API TaDataNode<TuString>;
 
 /// One data node class: the node of a boxed value, with a record and a create function, so that it
-/// can be read back by name. (Nothing of it is inline: on Windows a user's code could not make the
-/// tables of virtual functions.)
+/// can be read back by name.
 #define TA_DECLARE_DATA_NODE(Class, Value)                                                         \
     class TABASE_API Class : public TaDataNode<Value>                                              \
     {                                                                                              \
         TU_DECLARE_RTTI                                                                            \
                                                                                                    \
     public:                                                                                        \
-        Class();                                                                                   \
+        Class() = default;                                                                         \
         Class(const String& name, TuSmartPointer<Value> data, bool serializeLeaves,                \
-            bool trackModified);                                                                   \
-        ~Class() override;                                                                         \
+            bool trackModified)                                                                    \
+            : TaDataNode(name, std::move(data), serializeLeaves, trackModified)                    \
+        {                                                                                          \
+        }                                                                                          \
                                                                                                    \
     private:                                                                                       \
         static IObject* CreateByFactory();                                                         \
