@@ -8,6 +8,7 @@ set -euo pipefail
 
 packages=(g++ cmake ninja-build ccache pkg-config git python3 ca-certificates
     libutfcpp-dev      # UTF conversion
+    uuid-dev           # identifiers
     zlib1g-dev         # checksums
     libcli11-dev       # tamesh: command line
     libgtest-dev       # tests

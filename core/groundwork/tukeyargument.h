@@ -74,8 +74,8 @@ public:
     {
     }
     template <class U>
-    requires std::convertible_to<U*, T*> TuPointerArgument(
-        const TuSmartPointer<U>& pointer) // NOLINT(google-explicit-constructor)
+    requires std::convertible_to<U*, T*> TuPointerArgument( // NOLINT(google-explicit-constructor)
+        const TuSmartPointer<U>& pointer)
         : m_object(pointer.Get())
     {
     }
