@@ -1,15 +1,19 @@
 #include "tamesh/commands.h"
 
+#include "tabase/tauniqueid.h"
+#include "tamesh/displaytext.h"
 #include "tamesh/document.h"
 #include "tamesh/files.h"
 #include "tamesh/meshanalysis.h"
 #include "tamesh/meshfailure.h"
 #include "tamesh/meshgenerator.h"
 #include "tamesh/meshreader.h"
+#include "tamesh/meshtree.h"
 #include "tamesh/offwriter.h"
 #include "tamesh/progress.h"
 
 #include <new>
+#include <sstream>
 
 namespace tamesh {
 
@@ -27,17 +31,29 @@ namespace {
         }
     }
 
-    void showFigures(
-        IConsole& console, const std::string& name, std::string_view kind, const Mesh& mesh)
+    void showFigures(IConsole& console, const std::string& name, std::string_view kind,
+        const Mesh& mesh, const std::string& tree = {})
     {
         std::string text = name + " (" + std::string(kind) + ")\n";
         {
             Progress progress(console, "analysing " + name, GetAnalysisSteps(mesh));
             text += FormatFigures(AnalyseMesh(mesh, &progress));
         }
+        text += tree;
         if (!console.WriteOutput(text)) {
             throw MeshFailure(TU_HERE, "standard output", 0, "cannot be written");
         }
+    }
+
+    /// The data tree of a document, which may be anybody's, a line for each node.
+    std::string formatTree(const TaNode& root)
+    {
+        std::istringstream lines(root.ToString().ToUtf8());
+        std::string text;
+        for (std::string line; std::getline(lines, line);) {
+            text += "  " + MakeDisplayText(line) + "\n";
+        }
+        return text;
     }
 
     Mesh readMeshFile(IConsole& console, const std::string& name)
@@ -119,15 +135,18 @@ EExitCode ShowDocuments(IConsole& console, const std::vector<std::string>& docum
             Progress progress(console, "reading " + name, file.GetSize());
             document.Load(file.GetStream(), &progress);
         }
-        showFigures(console, name, "document", document.GetMesh());
+        showFigures(console, name, "document", document.GetMesh(),
+            formatTree(*document.GetTree().GetRootNode()));
     });
 }
 
 EExitCode PackMesh(IConsole& console, const std::string& meshFile, const std::string& documentFile)
 {
     Document document;
-    const EExitCode code
-        = guard(console, meshFile, [&] { document = Document(readMeshFile(console, meshFile)); });
+    const EExitCode code = guard(console, meshFile, [&] {
+        document = Document(readMeshFile(console, meshFile));
+        NameMesh(document.GetTree(), meshFile, TaUniqueID());
+    });
     return code != eEC_Done ? code : guard(console, documentFile, [&] {
         Progress progress(console, "writing " + documentFile, document.GetSavedSize());
         OutputFile file(documentFile);

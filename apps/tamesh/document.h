@@ -1,8 +1,10 @@
 #pragma once
 
+#include "tabase/tadatamanager.h"
 #include "tamesh/tameshrecord.h"
 
-#include <utility>
+#include <cstdint>
+#include <memory>
 
 class TuStreamReadBinary;
 class TuStreamWriteBinary;
@@ -11,24 +13,27 @@ namespace tamesh {
 
 class Progress;
 
-/// A document: what tamesh keeps of a mesh, in one file. It holds a marker, the format's version,
-/// one chunk with the mesh, and a checksum; docs/format.md states it byte by byte.
+/// A document: a mesh and what is known of it, in one file. It holds a marker, the format's
+/// version, one chunk with the mesh, the data tree, and a checksum; docs/format.md states it byte
+/// by byte.
+///
+/// Ownership: moved, never copied.
 class Document
 {
 public:
-    Document() = default;
-    explicit Document(Mesh mesh)
-        : m_record(std::move(mesh))
-    {
-    }
+    Document();
+    /// With the tree that DescribeMesh makes.
+    explicit Document(Mesh mesh);
 
     const Mesh& GetMesh() const { return m_record.GetMesh(); }
+    TaDataManager& GetTree() { return *m_tree; }
 
     void Save(TuStreamWriteBinary& stream, Progress* progress = nullptr) const;
     /// How many bytes Save writes.
     std::uint64_t GetSavedSize() const;
 
-    /// Reads to the end of the stream.
+    /// Reads to the end of the stream. A document of version 0 has no tree: it gets that of a new
+    /// one.
     /// Throws TuExceptionWrongFileVersion for what is no document, or one of a later version, and
     /// TuExceptionStream (TuException for a chunk of a class that is unknown) for a damaged one;
     /// the document is then as it was.
@@ -36,6 +41,7 @@ public:
 
 private:
     TaMeshRecord m_record;
+    std::unique_ptr<TaDataManager> m_tree; // never null, unless moved from
 };
 
 } // namespace tamesh
