@@ -23,7 +23,8 @@ ROOT = Path(__file__).resolve().parent.parent
 
 # What is compared: objects of subject, workload, ours, peers, kind and, where there is one, goal.
 # Of several peers the best counts. The ratio is ours to the peer: of times for "time", where it is
-# to be at most the goal, of throughputs for "rate", where it is to be at least the goal.
+# to be at most the goal, of throughputs for "rate", where it is to be at least the goal. Without
+# peers stand "bytes", a size that is to be at most the goal, and "speed", in bytes per second.
 PAIRS = json.loads((ROOT / "benchmarks/pairs.json").read_text())
 
 
@@ -78,13 +79,16 @@ def measure_all(programs, results, wanted):
                     measure(program, names, result_path(results, "growth", stem))
 
 
-def medians(path):
-    """Nanoseconds per iteration by benchmark name, and the context."""
+def medians(path, kind="time"):
+    """What the kind counts, by benchmark name (nanoseconds per iteration, where it has peers), and
+    the context."""
     data = json.loads(path.read_text())
     unit = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
-    times = {run["run_name"]: run["real_time"] * unit[run["time_unit"]]
-             for run in data["benchmarks"] if run.get("aggregate_name") == "median"}
-    return times, data["context"]
+    counters = {"bytes": "bytes", "speed": "bytes_per_second"}
+    values = {run["run_name"]: run[counters[kind]] if kind in counters
+              else run["real_time"] * unit[run["time_unit"]]
+              for run in data["benchmarks"] if run.get("aggregate_name") == "median"}
+    return values, data["context"]
 
 
 def readable(nanoseconds):
@@ -101,7 +105,19 @@ def processor():
     return platform.processor()
 
 
+def row_without_peer(pair, values):
+    ours = values[pair["ours"]]
+    if pair["kind"] == "speed":
+        shown, verdict = f"{ours / 1e6:.0f} MB/s", ""
+    else:
+        missed = "" if ours <= pair["goal"] else " — missed"
+        shown, verdict = f"{ours:.0f} bytes", f"at most {pair['goal']} bytes{missed}"
+    return "| " + " | ".join([pair["subject"], pair["workload"], shown, "", "", "", verdict]) + " |"
+
+
 def row(pair, times):
+    if not pair["peers"]:
+        return row_without_peer(pair, times)
     ours = times[pair["ours"]]
     peers = {name: times[name] for name in pair["peers"] if name in times}
     peer, best = min(peers.items(), key=lambda item: item[1])
@@ -138,10 +154,10 @@ def write_table(results, output):
         if not path.exists():
             print(f"no result yet: {pair['subject']}, {pair['workload']}")
             continue
-        times, row_context = medians(path)
+        times, row_context = medians(path, pair["kind"])
         if row_context["date"] >= context.get("date", ""):
             context = row_context
-        if len(times) > 1:
+        if len(times) > 1 or not pair["peers"]:
             lines.append(row(pair, times))
     head = [
         "# Benchmarks",

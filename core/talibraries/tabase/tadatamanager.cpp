@@ -114,7 +114,9 @@ void TaDataManager::forgetHandle(TaDataHandleBase& handle) noexcept
 
 void TaDataManager::unrequestLock(TaDataHandleBase& handle) noexcept
 {
-    m_pendingRequests.Remove(handle.m_threadId, handle);
+    if (m_pendingRequests.Remove(handle.m_threadId, handle) && m_fairness != eF_None) {
+        wakeWaiting(); // it may have held them back
+    }
 }
 
 void TaDataManager::unlock(TaDataHandleBase& handle) noexcept
@@ -340,7 +342,7 @@ TuCheckReturn<bool> TaDataManager::MoveNode(
     TaDataHandleBase& handle, TuSmartPointer<TaNode> newParent)
 {
     const TuCriticalSectionAuto guard(m_lock);
-    if (!handle.IsAccessGranted() || !checkAccessRightsRemove(handle)
+    if (!handle.m_isCounted || !checkAccessRightsRemove(handle)
         || !checkAccessRightsInsert(newParent.Get()) || newParent.Get() == handle.getNode()
         || newParent->isDescendantOf(handle.getNode())) {
         return false;
@@ -380,8 +382,9 @@ void TaDataManager::link(TuSmartPointer<TaNode> node, TuSmartPointer<TaNode> par
 bool TaDataManager::checkAccessRightsRemove(TaDataHandleBase& handle) const
 {
     const TaNode* const node = handle.getNode();
-    return handle.GetAccessRights() == TaDataHandleBase::eAR_Write && node != nullptr
-        && node->m_dataManager.load() == this && node->getParentNode() != nullptr;
+    return handle.m_manager == this && handle.GetAccessRights() == TaDataHandleBase::eAR_Write
+        && node != nullptr && node->m_dataManager.load() == this
+        && node->getParentNode() != nullptr;
 }
 
 TuCheckReturn<bool> TaDataManager::RemoveNode(TaDataHandleBase& handle)
@@ -445,20 +448,40 @@ void TaDataManager::forget(TaNode& node) noexcept
     });
 }
 
-void TaDataManager::Serialize(TuStreamWriteBinary& stream) const
+/// A read lock on the whole tree for the calling thread, whatever it holds itself. It leaves the
+/// thread's requests alone, which the last handle that is given back would not.
+class TaDataManager::Reading
 {
-    auto& self = const_cast<TaDataManager&>(*this);
-    TaDataHandleLockOnly<0> reading(self, m_root);
+public:
+    explicit Reading(TaDataManager& manager)
+        : m_manager(manager)
+        , m_handle(manager, manager.m_root)
     {
-        const TuCriticalSectionAuto guard(m_lock);
-        if (isAnotherThreadLocking(true)) {
+        const TuCriticalSectionAuto guard(m_manager.m_lock);
+        if (m_manager.isAnotherThreadLocking(true)) {
             throw TuExceptionPreconditionViolation(
                 TU_HERE, u"no other thread holds a write lock while the tree is stored");
         }
-        if (!reading.IsAccessGranted()) {
-            self.grant(reading);
+        if (!m_handle.IsAccessGranted()) {
+            m_manager.grant(m_handle);
         }
     }
+    ~Reading()
+    {
+        const TuCriticalSectionAuto guard(m_manager.m_lock);
+        m_manager.removeLock(m_handle);
+    }
+    Reading(const Reading&) = delete;
+    Reading& operator=(const Reading&) = delete;
+
+private:
+    TaDataManager& m_manager;
+    TaDataHandleLockOnly<0> m_handle;
+};
+
+void TaDataManager::Serialize(TuStreamWriteBinary& stream) const
+{
+    const Reading reading(const_cast<TaDataManager&>(*this));
     TaNodeTreeWriter(stream).Write(*m_root);
 }
 

@@ -112,6 +112,7 @@ private:
     friend class TaDataHandleBase;
     friend class TaLockAttempt;
     friend class TaDataTreeProbe; // the tests look at the books with it
+    class Reading;
 
     // What the handles call.
     void requestLock(TaDataHandleBase& handle);

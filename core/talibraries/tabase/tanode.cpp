@@ -17,7 +17,7 @@ constexpr unsigned int kChildrenBlockSize = 10;
 /// What a dump needs of a node, taken under the locks.
 struct SDumpLine
 {
-    TuSmartPointer<const TaNode> node;
+    TuSmartPointer<const TaNode> node; // null for the top, which may have no references at all
     std::uint32_t depth = 0;
     bool isLast = true; // among the children of its parent
 };
@@ -399,7 +399,8 @@ void TaNode::dump(TuStreamWriteASCII& stream) const
 {
     TuArray<SDumpLine> lines;
     for (Descent walk(*this, &TaNode::m_childrenLock); walk.Get() != nullptr; walk.Next(true)) {
-        lines.Add({ walk.Get(), walk.GetDepth(), walk.IsLastChild() });
+        lines.Add(
+            { walk.Get() != this ? walk.Get() : nullptr, walk.GetDepth(), walk.IsLastChild() });
     }
     std::u16string lead; // one piece for each level between the top and the parent of a node
     constexpr std::u16string_view kGoesOn = u" |  ";
@@ -410,7 +411,7 @@ void TaNode::dump(TuStreamWriteASCII& stream) const
             stream << lead.c_str() << u" |-- ";
             lead += line.isLast ? kEnded : kGoesOn;
         }
-        line.node->dumpLine(stream);
+        (line.node.IsNull() ? this : line.node.Get())->dumpLine(stream);
     }
 }
 
