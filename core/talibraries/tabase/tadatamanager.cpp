@@ -146,24 +146,26 @@ void TaDataManager::replaceHandle(TaDataHandleBase& handle, TaDataHandleBase& by
 }
 
 /// All requests of the thread, or, where there is no memory, none.
-void TaDataManager::grantAll(unsigned int threadId) TU_NO_THREAD_SAFETY_ANALYSIS
+void TaDataManager::grantAll(unsigned int threadId)
 {
     unsigned int count = 0;
     try {
-        m_pendingRequests.ForEachOf(threadId, [&](TaDataHandleBase& request) {
-            addLock(request);
-            ++count;
-            return true;
-        });
+        m_pendingRequests.ForEachOf(
+            threadId, [&](TaDataHandleBase& request) TU_NO_THREAD_SAFETY_ANALYSIS {
+                addLock(request);
+                ++count;
+                return true;
+            });
     } catch (...) {
-        m_pendingRequests.ForEachOf(threadId, [&](TaDataHandleBase& request) {
-            const bool isAdded = count != 0;
-            if (isAdded) {
-                removeLock(request);
-                --count;
-            }
-            return isAdded;
-        });
+        m_pendingRequests.ForEachOf(
+            threadId, [&](TaDataHandleBase& request) TU_NO_THREAD_SAFETY_ANALYSIS {
+                const bool isAdded = count != 0;
+                if (isAdded) {
+                    removeLock(request);
+                    --count;
+                }
+                return isAdded;
+            });
         throw;
     }
     m_pendingRequests.RemoveAll(threadId);
@@ -510,10 +512,11 @@ void TaDataManager::dump(TuStreamWriteASCII& stream) const
         const TuCriticalSectionAuto guard(m_lock);
         m_root->dump(text);
         dumpLocks(text, *m_root);
-        m_pendingRequests.ForEach([&](unsigned int, TaDataHandleBase& request) {
-            dumpRequest(text, request);
-            return true;
-        });
+        m_pendingRequests.ForEach(
+            [&](unsigned int, TaDataHandleBase& request) TU_NO_THREAD_SAFETY_ANALYSIS {
+                dumpRequest(text, request);
+                return true;
+            });
     }
     stream << text;
 }
@@ -521,13 +524,14 @@ void TaDataManager::dump(TuStreamWriteASCII& stream) const
 /// The locks on the node, above it and below it, each with the thread that holds it.
 void TaDataManager::dumpLocks(TuStreamWriteASCII& stream, const TaNode& node) const
 {
-    m_grantedHandles.ForEach([&](unsigned int, TaDataHandleBase& handle) {
-        if (isOneBelowTheOther(node, handle.getNode())) {
-            dumpLock(stream, handle);
-            stream << u"\n";
-        }
-        return true;
-    });
+    m_grantedHandles.ForEach(
+        [&](unsigned int, TaDataHandleBase& handle) TU_NO_THREAD_SAFETY_ANALYSIS {
+            if (isOneBelowTheOther(node, handle.getNode())) {
+                dumpLock(stream, handle);
+                stream << u"\n";
+            }
+            return true;
+        });
 }
 
 void TaDataManager::dumpLock(TuStreamWriteASCII& stream, TaDataHandleBase& handle) const
@@ -548,14 +552,15 @@ void TaDataManager::dumpRequest(TuStreamWriteASCII& stream, TaDataHandleBase& ha
         return;
     }
     stream << u"; in the way:\n";
-    m_grantedHandles.ForEach([&](unsigned int threadId, TaDataHandleBase& other) {
-        const bool covers
-            = other.getNode() == obstacle || obstacle->isDescendantOf(other.getNode());
-        if (covers && (write || other.GetAccessRights() == TaDataHandleBase::eAR_Write)) {
-            stream << u"    ";
-            dumpLock(stream, other);
-            stream << (threadId == handle.m_threadId ? u" itself\n" : u"\n");
-        }
-        return true;
-    });
+    m_grantedHandles.ForEach(
+        [&](unsigned int threadId, TaDataHandleBase& other) TU_NO_THREAD_SAFETY_ANALYSIS {
+            const bool covers
+                = other.getNode() == obstacle || obstacle->isDescendantOf(other.getNode());
+            if (covers && (write || other.GetAccessRights() == TaDataHandleBase::eAR_Write)) {
+                stream << u"    ";
+                dumpLock(stream, other);
+                stream << (threadId == handle.m_threadId ? u" itself\n" : u"\n");
+            }
+            return true;
+        });
 }

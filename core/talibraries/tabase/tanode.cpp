@@ -142,8 +142,9 @@ bool TaNode::isDescendantOf(const TaNode* node) const
 
 bool TaNode::IsModified(bool recursive) const
 {
-    if (isModified() || !recursive) {
-        return isModified();
+    const bool isOwn = isModified(); // asked once: another thread may change the answer
+    if (isOwn || !recursive) {
+        return isOwn;
     }
     Descent walk(*this, &TaNode::m_childrenLock);
     do {
