@@ -9,6 +9,7 @@
 
 #include <process.h>
 
+#include <cerrno>
 #include <exception>
 #include <utility>
 
@@ -75,8 +76,20 @@ ThreadState::~ThreadState()
 bool ThreadState::Create()
 {
     m_ofThread = shared_from_this();
-    const std::uintptr_t handle = _beginthreadex(nullptr, 0, run, this, CREATE_SUSPENDED, &m_id);
-    m_handle = reinterpret_cast<void*>(handle);
+    // Wine may refuse a thread, as if the arguments were wrong, right after one was killed that had
+    // not run yet; a moment later it makes it.
+    constexpr int kAttempts = 10;
+    for (int attempt = 0; m_handle == nullptr && attempt < kAttempts; ++attempt) {
+        if (attempt != 0) {
+            if (errno != EINVAL) {
+                break;
+            }
+            Sleep(1);
+        }
+        const std::uintptr_t handle
+            = _beginthreadex(nullptr, 0, run, this, CREATE_SUSPENDED, &m_id);
+        m_handle = reinterpret_cast<void*>(handle);
+    }
     if (m_handle == nullptr) {
         m_ofThread = nullptr;
     }
