@@ -13,7 +13,8 @@ TaDataHandleLockOnly<Access>::TaDataHandleLockOnly(
 
 template <int Access>
 TaDataHandleLockOnly<Access>::TaDataHandleLockOnly(TaDataHandleLockOnly&& other) noexcept
-    : m_node(other.m_node)
+    // The other one keeps its node, too, until the books name this handle.
+    : m_node(other.m_node) // NOLINT(performance-move-constructor-init)
 {
     takeOver(other);
     other.m_node.Reset();

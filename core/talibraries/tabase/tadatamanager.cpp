@@ -317,7 +317,7 @@ bool TaDataManager::checkAccessRightsInsert(const TaNode* parent) const
 }
 
 TuCheckReturn<bool> TaDataManager::InsertNode(
-    TuSmartPointer<TaNode> node, TuSmartPointer<TaNode> parent)
+    const TuSmartPointer<TaNode>& node, const TuSmartPointer<TaNode>& parent)
 {
     const TuCriticalSectionAuto guard(m_lock);
     if (node.IsNull() || !checkAccessRightsInsert(parent.Get())
@@ -341,7 +341,7 @@ TuCheckReturn<bool> TaDataManager::InsertNode(
 }
 
 TuCheckReturn<bool> TaDataManager::MoveNode(
-    TaDataHandleBase& handle, TuSmartPointer<TaNode> newParent)
+    TaDataHandleBase& handle, const TuSmartPointer<TaNode>& newParent)
 {
     const TuCriticalSectionAuto guard(m_lock);
     if (!handle.m_isCounted || !checkAccessRightsRemove(handle)
@@ -361,7 +361,7 @@ TuCheckReturn<bool> TaDataManager::MoveNode(
 }
 
 /// Puts the node behind the children of `parent`, and takes it off its former one.
-void TaDataManager::link(TuSmartPointer<TaNode> node, TuSmartPointer<TaNode> parent)
+void TaDataManager::link(const TuSmartPointer<TaNode>& node, const TuSmartPointer<TaNode>& parent)
 {
     // The first weak link to a node needs memory. After this one, setParent cannot fail.
     const TuWeakPointer<TaNode> firstLink(parent.Get());
@@ -375,7 +375,7 @@ void TaDataManager::link(TuSmartPointer<TaNode> node, TuSmartPointer<TaNode> par
         node->m_place = formerPlace;
         throw;
     }
-    node->setParent(parent);
+    node->setParent(parent.Get());
     if (!formerParent.IsNull()) {
         formerParent->removeChild(formerPlace);
     }

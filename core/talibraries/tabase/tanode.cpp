@@ -122,7 +122,7 @@ std::uint32_t TaNode::GetChildrenCount() const
     return m_children.GetCount();
 }
 
-bool TaNode::IsDescendantOf(TuSmartPointer<const TaNode> node) const
+bool TaNode::IsDescendantOf(const TuSmartPointer<const TaNode>& node) const
 {
     TuSmartPointer<const TaNode> ancestor = node.IsNull() ? nullptr : GetParent();
     while (!ancestor.IsNull() && ancestor != node) {
@@ -176,7 +176,7 @@ void TaNode::setModified(bool modified, bool recursive)
     }
 }
 
-void TaNode::addChild(TuSmartPointer<TaNode>& child)
+void TaNode::addChild(const TuSmartPointer<TaNode>& child)
 {
     const TuCriticalSectionAuto guard(m_childrenLock);
     child->m_place = m_children.Add({ child });
@@ -188,13 +188,13 @@ void TaNode::removeChild(TuList<SChildData>::iterator place)
     m_children.Erase(place);
 }
 
-void TaNode::setParent(TuSmartPointer<TaNode> parent)
+void TaNode::setParent(TaNode* parent)
 {
     TuSmartPointer<TaNode> former; // goes when the lock has been left
     const TuCriticalSectionAuto guard(m_childrenLock);
     former = m_parent.Lock();
-    if (former != parent || parent.IsNull()) {
-        m_parent.Set(parent.Get());
+    if (parent == nullptr || former != parent) {
+        m_parent.Set(parent);
     }
 }
 
