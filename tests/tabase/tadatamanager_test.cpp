@@ -1,6 +1,7 @@
 #include "tabase/tadatamanager.h"
 
 #include "groundwork/tuexceptions.h"
+#include "largestblock.h"
 #include "support/allocationlimit.h"
 #include "support/datatreeprobe.h"
 #include "support/processortime.h"
@@ -858,6 +859,11 @@ TEST_F(TaDataManagerTest, WithoutMemoryNothingHasChanged)
     });
     EXPECT_GT(failures, 0u);
     EXPECT_TRUE(writing->IsAccessGranted());
+    before = m_manager.ToString().ToUtf8();
+    s_isMemoryGone = true; // which the first link to a node needs, too
+    EXPECT_THROW(static_cast<void>(m_manager.InsertNode(node, m_aa)), std::bad_alloc);
+    s_isMemoryGone = false;
+    EXPECT_EQ(m_manager.ToString().ToUtf8(), before);
     EXPECT_GT(failEach([&] { EXPECT_TRUE(m_manager.InsertNode(node, m_aa)); }), 1u);
     EXPECT_EQ(findFault(), "");
 
