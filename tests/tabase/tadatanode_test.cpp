@@ -17,11 +17,7 @@ class Numbered : public TuReferenceCounted, public ISerializable
     TU_DECLARE_RTTI
 
 public:
-    explicit Numbered(int value)
-        : m_value(value)
-    {
-        ++s_living;
-    }
+    explicit Numbered(int /*value*/) { ++s_living; }
     ~Numbered() override { --s_living; }
     void Serialize(TuStreamWriteBinary&) const override { }
     void Serialize(TuStreamReadBinary&) override { }
@@ -30,9 +26,6 @@ public:
 
     static IObject* CreateByFactory() { return new Numbered(0); }
     static inline int s_living = 0;
-
-private:
-    int m_value;
 };
 TU_DEFINE_RTTI_ROOT(Numbered, &Numbered::CreateByFactory, nullptr);
 TU_DEFINE_EXTENSIONS(Numbered, ISerializable)
