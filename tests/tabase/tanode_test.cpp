@@ -2,7 +2,7 @@
 
 #include "support/datatreeprobe.h"
 #include "support/treebytes.h"
-#include "support/treesize.h"
+#include "support/treelimits.h"
 #include "tabase/tadatahandlelockonly.h"
 #include "tabase/tadatamanager.h"
 #include "tabase/tadatanodes.h"
