@@ -18,6 +18,17 @@ void* operator new(std::size_t size)
     return block;
 }
 
+// The library's own does the same, but not that of the address sanitizer, which then misses the
+// block at its delete.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    try {
+        return operator new(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 void operator delete(void* block) noexcept { std::free(block); }
 
 void operator delete(void* block, std::size_t) noexcept { std::free(block); }

@@ -1,0 +1,1090 @@
+#include "tabase/tadatamanager.h"
+
+#include "groundwork/tuexceptions.h"
+#include "largestblock.h"
+#include "support/allocationlimit.h"
+#include "support/datatreeprobe.h"
+#include "support/processortime.h"
+#include "support/testlatch.h"
+#include "support/testrandom.h"
+#include "support/treelimits.h"
+#include "support/worker.h"
+#include "tabase/tadatahandlelockonly.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+#include <type_traits>
+#include <vector>
+
+namespace {
+
+using Pointer = TuSmartPointer<TaNode>;
+using Read = TaDataHandleLockOnly<0>;
+using Write = TaDataHandleLockOnly<1>;
+using Manager = TaDataManager;
+
+constexpr unsigned int kPatienceMs = 60'000; // spent in full only by a failing test
+
+static_assert(!std::is_copy_constructible_v<Read> && !std::is_copy_assignable_v<Write>);
+static_assert(std::is_nothrow_move_constructible_v<Read>);
+
+Pointer makeNode(const CString& name) { return TuMake<TaNode>(name, true, true); }
+
+/// The calling thread's attempt.
+Manager::ELockStatus tryLock(Manager& manager, unsigned int timeout = 0)
+{
+    Manager::ELockStatus status = Manager::eLS_Exception;
+    const bool granted = manager.TryLockAndWait(timeout, status);
+    EXPECT_EQ(granted, status == Manager::eLS_Granted);
+    return status;
+}
+
+/// Root - a - (aa, ab), and b. Workers come behind it, so that they end before it goes.
+class TaDataManagerTest : public testing::Test
+{
+protected:
+    TaDataManagerTest()
+        : m_a(insert(u"a", m_manager.GetRootNode()))
+        , m_aa(insert(u"aa", m_a))
+        , m_ab(insert(u"ab", m_a))
+        , m_b(insert(u"b", m_manager.GetRootNode()))
+    {
+        m_manager.GetRootNode()->SetModified(false, true);
+    }
+    ~TaDataManagerTest() override
+    {
+        EXPECT_EQ(findFault(), "");
+        EXPECT_EQ(countRequests(), 0u);
+        EXPECT_EQ(TaDataTreeProbe::GetReadCount(*m_manager.GetRootNode()), 0u);
+        EXPECT_EQ(TaDataTreeProbe::GetWriteCount(*m_manager.GetRootNode()), 0u);
+    }
+
+    Pointer insert(const CString& name, const Pointer& parent)
+    {
+        const Pointer node = makeNode(name);
+        EXPECT_TRUE(m_manager.InsertNode(node, parent));
+        return node;
+    }
+    /// Of the calling thread.
+    unsigned int countRequests() const
+    {
+        return TaDataTreeProbe::GetPendingCount(m_manager, platform::GetCurrentThreadId());
+    }
+    std::string findFault() const { return TaDataTreeProbe::FindFault(m_manager); }
+    Manager::ELockStatus lock(unsigned int timeout = 0)
+    {
+        const Manager::ELockStatus status = tryLock(m_manager, timeout);
+        EXPECT_EQ(findFault(), "");
+        return status;
+    }
+    /// What an attempt of the calling thread comes to that asks for this node alone, and then lets
+    /// it go.
+    template <class Handle>
+    Manager::ELockStatus lockFor(const Pointer& node, unsigned int timeout = 0)
+    {
+        const Handle handle(m_manager, node);
+        return lock(timeout);
+    }
+    template <class Handle> Manager::ELockStatus lockFor(Worker& worker, const Pointer& node)
+    {
+        Manager::ELockStatus status = Manager::eLS_Exception;
+        worker.Do([&] { status = lockFor<Handle>(node); });
+        return status;
+    }
+    /// A lock that is the worker's.
+    template <class Handle> Handle granted(Worker& worker, const Pointer& node)
+    {
+        Handle handle;
+        worker.Do([&] {
+            handle = Handle(m_manager, node);
+            if (!handle.IsAccessGranted()) {
+                EXPECT_EQ(lock(), Manager::eLS_Granted);
+            }
+        });
+        return handle;
+    }
+    /// Starts an attempt of the worker, and returns when that waits.
+    template <class Handle>
+    void beginToWait(Worker& worker, const Pointer& node, Manager::ELockStatus& status,
+        unsigned int timeout = kPatienceMs)
+    {
+        const std::size_t before = TaDataTreeProbe::GetWaitingThreads(m_manager);
+        worker.Begin([this, node, &status, timeout] {
+            const Handle handle(m_manager, node);
+            status = tryLock(m_manager, timeout);
+        });
+        for (int i = 0; TaDataTreeProbe::GetWaitingThreads(m_manager) == before; ++i) {
+            ASSERT_LT(i, 60'000) << "the worker does not wait";
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
+
+    Manager m_manager;
+    const Pointer m_a;
+    const Pointer m_aa;
+    const Pointer m_ab;
+    const Pointer m_b;
+};
+
+TEST_F(TaDataManagerTest, GrantsAllRequestsOfAThreadOrNone)
+{
+    EXPECT_EQ(lock(), Manager::eLS_NoRequests);
+    Worker other;
+    {
+        const Write obstacle = granted<Write>(other, m_ab);
+        const Read a(m_manager, m_aa);
+        const Write b(m_manager, m_ab);
+        EXPECT_EQ(lock(), Manager::eLS_Conflict);
+        EXPECT_FALSE(a.IsAccessGranted() || b.IsAccessGranted());
+        EXPECT_EQ(TaDataTreeProbe::GetReadCount(*m_aa), 0u);
+        EXPECT_EQ(countRequests(), 0u);
+        EXPECT_EQ(lock(), Manager::eLS_NoRequests);
+        const Read again(m_manager, m_ab);
+        EXPECT_EQ(lock(1), Manager::eLS_TimedOut);
+        EXPECT_EQ(lock(1), Manager::eLS_NoRequests);
+    }
+    // Those of one thread are not in each other's way.
+    const Write top(m_manager, m_manager.GetRootNode());
+    const Read middle(m_manager, m_a);
+    const Write bottom(m_manager, m_aa);
+    EXPECT_FALSE(m_manager.IsCurrentThreadLocking());
+    EXPECT_EQ(lock(), Manager::eLS_Granted);
+    EXPECT_TRUE(top.IsAccessGranted() && middle.IsAccessGranted() && bottom.IsAccessGranted());
+    EXPECT_TRUE(m_manager.IsCurrentThreadLocking());
+    other.Do([&] { EXPECT_FALSE(m_manager.IsCurrentThreadLocking()); });
+}
+
+/// A handle whose validity is the test's choice.
+class FadingHandle : public TaDataHandleBase
+{
+public:
+    FadingHandle(Manager& manager, Pointer node)
+        : TaDataHandleBase(manager)
+        , m_node(std::move(node))
+    {
+        requestLock();
+    }
+    ~FadingHandle() override { releaseLock(); }
+    bool valid = false;
+
+protected:
+    EAccessRights getAccessRights() override { return eAR_Write; }
+    bool isValid() const override { return valid; }
+    const TaNode* getNode() const override { return m_node.Get(); }
+
+private:
+    Pointer m_node;
+};
+
+TEST_F(TaDataManagerTest, AnInvalidHandleDropsTheRequests)
+{
+    const Read good(m_manager, m_b);
+    const FadingHandle bad(m_manager, m_a);
+    EXPECT_EQ(lock(kPatienceMs), Manager::eLS_InvalidHandle);
+    EXPECT_FALSE(good.IsAccessGranted());
+    EXPECT_EQ(lock(), Manager::eLS_NoRequests);
+}
+
+TEST_F(TaDataManagerTest, AFittingLockOnTheNodeIsGrantedAgainAtOnce)
+{
+    {
+        std::optional<Write> outer(std::in_place, m_manager, m_a);
+        EXPECT_EQ(lock(), Manager::eLS_Granted);
+        const Read sameRead(m_manager, m_a);
+        const Write belowWrite(m_manager, m_aa); // the lock on the parent covers it
+        const Read belowRead(m_manager, m_aa);
+        EXPECT_TRUE(sameRead.IsAccessGranted() && belowWrite.IsAccessGranted()
+            && belowRead.IsAccessGranted());
+        EXPECT_EQ(lock(), Manager::eLS_NoRequests);
+        EXPECT_EQ(TaDataTreeProbe::GetWriteCount(*m_aa), 2u);
+        EXPECT_EQ(TaDataTreeProbe::GetReadCount(*m_aa), 2u);
+        outer.reset(); // each is counted for itself
+        EXPECT_EQ(findFault(), "");
+        EXPECT_TRUE(belowWrite.IsAccessGranted());
+        EXPECT_EQ(TaDataTreeProbe::GetWriteCount(*m_aa), 1u);
+        EXPECT_EQ(TaDataTreeProbe::GetWriteCount(*m_ab), 0u);
+    }
+    EXPECT_FALSE(m_manager.IsCurrentThreadLocking());
+    const Read reading(m_manager, m_a);
+    EXPECT_EQ(lock(), Manager::eLS_Granted);
+    const Read again(m_manager, m_ab);
+    EXPECT_TRUE(again.IsAccessGranted());
+    // Nobody else has it easier for that.
+    Worker other;
+    other.Do([&] { EXPECT_FALSE(Read(m_manager, m_aa).IsAccessGranted()); });
+}
+
+TEST_F(TaDataManagerTest, AThreadsOwnLocksAreInItsWay)
+{
+    const auto expectInTheWay = [this](auto&& makeHandle, const char* lockInTheWay) {
+        {
+            const auto handle = makeHandle();
+            EXPECT_FALSE(handle.IsAccessGranted());
+            const std::string text = m_manager.ToString().ToUtf8();
+            const std::size_t requests = text.find("in the way:");
+            ASSERT_NE(requests, text.npos) << text;
+            EXPECT_NE(text.find(lockInTheWay, requests), text.npos) << text;
+            EXPECT_NE(text.find("itself", requests), text.npos) << text;
+            EXPECT_EQ(lock(), Manager::eLS_Conflict);
+        }
+        const auto handle = makeHandle();
+        EXPECT_EQ(lock(1), Manager::eLS_TimedOut);
+    };
+    {
+        const Read reading(m_manager, m_a);
+        EXPECT_EQ(lock(), Manager::eLS_Granted);
+        for (const Pointer& node : { m_manager.GetRootNode(), m_a, m_aa }) {
+            expectInTheWay([&] { return Write(m_manager, node); }, "reads Root/a");
+        }
+    }
+    const Write writing(m_manager, m_aa);
+    EXPECT_EQ(lock(), Manager::eLS_Granted);
+    expectInTheWay([&] { return Write(m_manager, m_a); }, "writes Root/a/aa");
+    expectInTheWay([&] { return Read(m_manager, m_a); }, "writes Root/a/aa");
+}
+
+TEST_F(TaDataManagerTest, TheAccountNamesEachLockAndRequestAndWhatIsInTheWay)
+{
+    Worker other;
+    const Write obstacle = granted<Write>(other, m_ab);
+    const Read waiting(m_manager, m_a);
+    const Read free(m_manager, m_b);
+    const std::string text = m_manager.ToString().ToUtf8();
+    const std::string self = "thread " + std::to_string(platform::GetCurrentThreadId());
+    const std::string holder
+        = "thread " + std::to_string(other.GetThreadId()) + " writes Root/a/ab";
+    EXPECT_TRUE(text.starts_with("Root (TaNode)\n |-- a (TaNode)\n |   |-- aa (TaNode)\n")) << text;
+    EXPECT_NE(text.find("\n" + holder + "\n"), text.npos) << text;
+    EXPECT_NE(text.find(self + " asks to read Root/b\n"), text.npos) << text;
+    EXPECT_NE(
+        text.find(self + " asks to read Root/a; in the way:\n    " + holder + "\n"), text.npos)
+        << text;
+}
+
+TEST_F(TaDataManagerTest, ReadersShareAndAWriterWaitsForTheLast)
+{
+    Worker first;
+    Worker second;
+    Worker writer;
+    std::optional<Read> outer(granted<Read>(first, m_a));
+    std::optional<Read> inner(granted<Read>(second, m_aa));
+    EXPECT_EQ(lockFor<Write>(writer, m_a), Manager::eLS_Conflict);
+    EXPECT_EQ(lockFor<Write>(m_manager.GetRootNode(), 1), Manager::eLS_TimedOut);
+    EXPECT_EQ(lockFor<Write>(m_b), Manager::eLS_Granted);
+    Manager::ELockStatus status = Manager::eLS_Exception;
+    beginToWait<Write>(writer, m_a, status);
+    outer.reset();
+    EXPECT_EQ(TaDataTreeProbe::GetWaitingThreads(m_manager), 1u);
+    EXPECT_EQ(findFault(), "");
+    inner.reset();
+    writer.Finish();
+    EXPECT_EQ(status, Manager::eLS_Granted);
+}
+
+TEST_F(TaDataManagerTest, AReaderIsLetInWhereTheWriterOnlyReadsOn)
+{
+    Worker writer;
+    Worker reader;
+    std::optional<Write> writing(granted<Write>(writer, m_a));
+    const Read reading = granted<Read>(writer, m_a);
+    Manager::ELockStatus status = Manager::eLS_Exception;
+    beginToWait<Read>(reader, m_aa, status);
+    writing.reset();
+    reader.Finish();
+    EXPECT_EQ(status, Manager::eLS_Granted);
+}
+
+/// Two threads hold a node that comes below the lock of a third: when that goes, the event of the
+/// node says nothing, for there is a reader left.
+TEST_F(TaDataManagerTest, AReaderIsLetInWhereAnotherReaderCameWithAnInsertedNode)
+{
+    Worker first;
+    Worker reader;
+    const Pointer node = makeNode(u"new");
+    const Read early = granted<Read>(first, node);
+    std::optional<Write> writing(std::in_place, m_manager, m_a);
+    EXPECT_EQ(lock(), Manager::eLS_Granted);
+    EXPECT_TRUE(m_manager.InsertNode(node, m_a));
+    EXPECT_EQ(findFault(), "");
+    Manager::ELockStatus status = Manager::eLS_Exception;
+    beginToWait<Read>(reader, node, status, 2'000);
+    writing.reset();
+    reader.Finish();
+    EXPECT_EQ(status, Manager::eLS_Granted);
+}
+
+TEST_F(TaDataManagerTest, AWaiterGoesOnWhenItsObstacleLeavesTheTree)
+{
+    Worker holder;
+    Worker waiter;
+    Read obstacle = granted<Read>(holder, m_aa);
+    Manager::ELockStatus status = Manager::eLS_Exception;
+    beginToWait<Write>(waiter, m_a, status);
+    {
+        Write handle(m_manager, m_aa); // not granted, which is not asked
+        EXPECT_TRUE(m_manager.RemoveNode(handle));
+    }
+    waiter.Finish();
+    EXPECT_EQ(status, Manager::eLS_Granted);
+
+    // The same where the node is moved away by whoever holds it.
+    Write moved = granted<Write>(holder, m_ab);
+    const Write target = granted<Write>(holder, m_b);
+    beginToWait<Read>(waiter, m_a, status);
+    holder.Do([&] { EXPECT_TRUE(m_manager.MoveNode(moved, m_b)); });
+    waiter.Finish();
+    EXPECT_EQ(status, Manager::eLS_Granted);
+}
+
+TEST_F(TaDataManagerTest, ATimeOutIsOneDeadlineHoweverOftenTheWaiterIsWoken)
+{
+    constexpr unsigned int kTimeOutMs = 200;
+    Worker waiter;
+    std::optional<Write> first(std::in_place, m_manager, m_aa);
+    EXPECT_EQ(lock(), Manager::eLS_Granted);
+    std::atomic<bool> done = false;
+    Manager::ELockStatus status = Manager::eLS_Exception;
+    std::chrono::steady_clock::duration waited{};
+    waiter.Begin([&] {
+        const auto start = std::chrono::steady_clock::now();
+        const Write handle(m_manager, m_a);
+        status = tryLock(m_manager, kTimeOutMs);
+        waited = std::chrono::steady_clock::now() - start;
+        done = true;
+    });
+    // One of the children is always held, and each hand-over wakes the waiter.
+    const auto start = std::chrono::steady_clock::now();
+    while (!done && std::chrono::steady_clock::now() - start < std::chrono::minutes(1)) {
+        std::optional<Write> second(std::in_place, m_manager, m_ab);
+        EXPECT_EQ(tryLock(m_manager), Manager::eLS_Granted);
+        first.reset();
+        first.emplace(m_manager, m_aa);
+        EXPECT_EQ(tryLock(m_manager), Manager::eLS_Granted);
+    }
+    EXPECT_TRUE(done);
+    first.reset();
+    waiter.Finish();
+    EXPECT_EQ(status, Manager::eLS_TimedOut);
+    EXPECT_GE(waited, std::chrono::milliseconds(kTimeOutMs));
+}
+
+TEST_F(TaDataManagerTest, TheLongestTimeOutsDoNotEndAtOnce)
+{
+    for (const unsigned int timeout : { TuEvent::kInfinite, 0xFFFFFFFEu, 0x80000001u }) {
+        Worker waiter;
+        Manager::ELockStatus status = Manager::eLS_Exception;
+        std::optional<Write> first(std::in_place, m_manager, m_aa);
+        EXPECT_EQ(lock(), Manager::eLS_Granted);
+        beginToWait<Write>(waiter, m_a, status, timeout);
+        std::optional<Write> second(std::in_place, m_manager, m_ab);
+        EXPECT_EQ(lock(), Manager::eLS_Granted);
+        first.reset(); // wakes it, in vain
+        second.reset();
+        waiter.Finish();
+        EXPECT_EQ(status, Manager::eLS_Granted) << timeout;
+    }
+}
+
+TEST_F(TaDataManagerTest, WaitingTakesNoProcessorTime)
+{
+    SKIP_WITHOUT_PROCESSOR_TIME();
+    constexpr unsigned int kTimeOutMs = 1'000;
+    Worker waiter;
+    const Write writing(m_manager, m_a);
+    EXPECT_EQ(lock(), Manager::eLS_Granted);
+    Manager::ELockStatus status = Manager::eLS_Exception;
+    const double start = GetProcessorSeconds();
+    beginToWait<Read>(waiter, m_a, status, kTimeOutMs);
+    // The last read lock goes while the write lock stays.
+    static_cast<void>(Read(m_manager, m_a));
+    EXPECT_EQ(findFault(), "");
+    waiter.Finish();
+    EXPECT_EQ(status, Manager::eLS_TimedOut);
+    EXPECT_LT(GetProcessorSeconds() - start, kTimeOutMs / 2'000.0);
+}
+
+TEST_F(TaDataManagerTest, AHandleWithoutANodeIsGrantedAndLocksNothing)
+{
+    {
+        Write nothing(m_manager, nullptr);
+        EXPECT_TRUE(nothing.IsAccessGranted());
+        EXPECT_FALSE(nothing.IsValid());
+        EXPECT_FALSE(m_manager.IsCurrentThreadLocking());
+        EXPECT_EQ(lock(), Manager::eLS_NoRequests);
+        EXPECT_FALSE(m_manager.RemoveNode(nothing));
+        EXPECT_FALSE(m_manager.MoveNode(nothing, m_a));
+        const Read real(m_manager, m_a);
+        EXPECT_EQ(lock(), Manager::eLS_Granted);
+        const Write moved(std::move(nothing));
+        EXPECT_TRUE(moved.IsAccessGranted());
+        EXPECT_EQ(findFault(), "");
+    }
+    EXPECT_FALSE(Read().IsAccessGranted() || Read().IsValid());
+    EXPECT_EQ(findFault(), "");
+}
+
+TEST_F(TaDataManagerTest, ALockIsGivenBackOnceAndTheLastOneTakesTheRequestsAlong)
+{
+    {
+        Read first(m_manager, m_a);
+        const Read second(m_manager, m_a);
+        EXPECT_EQ(lock(), Manager::eLS_Granted);
+        first.Unlock();
+        EXPECT_FALSE(first.IsAccessGranted());
+        EXPECT_TRUE(first.IsValid());
+        first.Unlock();
+        EXPECT_EQ(TaDataTreeProbe::GetReadCount(*m_aa), 1u);
+        EXPECT_EQ(findFault(), "");
+    }
+    EXPECT_FALSE(m_manager.IsCurrentThreadLocking());
+
+    std::optional<Read> held(std::in_place, m_manager, m_a);
+    EXPECT_EQ(lock(), Manager::eLS_Granted);
+    Read request(m_manager, m_b);
+    request.Unlock(); // there is no lock to give back; the request stays
+    held.reset();
+    EXPECT_EQ(lock(), Manager::eLS_NoRequests);
+    EXPECT_FALSE(request.IsAccessGranted());
+    {
+        const Read withdrawn(m_manager, m_b);
+    }
+    EXPECT_EQ(lock(), Manager::eLS_NoRequests);
+}
+
+TEST_F(TaDataManagerTest, AMovedHandleTakesItsRequestOrLockAlong)
+{
+    Write pending(m_manager, m_a);
+    std::optional<Write> second(std::in_place, m_manager, m_ab);
+    std::optional<Write> target;
+    {
+        const AllocationLimit none(0);
+        target.emplace(std::move(pending));
+    }
+    EXPECT_FALSE(pending.IsValid()); // NOLINT(bugprone-use-after-move): that is the question
+    EXPECT_EQ(lock(), Manager::eLS_Granted);
+    EXPECT_TRUE(target->IsAccessGranted());
+    EXPECT_FALSE(pending.IsAccessGranted());
+    pending.Unlock();
+    {
+        const AllocationLimit none(0);
+        pending = std::move(*target);
+        target.reset();
+    }
+    EXPECT_EQ(findFault(), "");
+    EXPECT_TRUE(pending.IsAccessGranted());
+
+    // What the target held is given back; the last lock, too.
+    second.reset();
+    Write other(m_manager, m_b);
+    EXPECT_EQ(lock(), Manager::eLS_Granted);
+    other = std::move(pending);
+    EXPECT_EQ(findFault(), "");
+    EXPECT_EQ(TaDataTreeProbe::GetWriteCount(*m_b), 0u);
+    EXPECT_EQ(other.GetNode(), m_a);
+    Write& itself = other;
+    other = std::move(itself);
+    EXPECT_TRUE(other.IsAccessGranted());
+    other = Write();
+    EXPECT_FALSE(m_manager.IsCurrentThreadLocking());
+}
+
+TEST_F(TaDataManagerTest, ALockStaysItsThreadsWhereverTheHandleGoesAndWhenTheThreadEnds)
+{
+    std::optional<Worker> owner(std::in_place);
+    Worker other;
+    std::optional<Write> handle(granted<Write>(*owner, m_a));
+    other.Do([&] {
+        EXPECT_FALSE(m_manager.IsCurrentThreadLocking());
+        handle.reset();
+    });
+    owner->Do([&] { EXPECT_FALSE(m_manager.IsCurrentThreadLocking()); });
+    EXPECT_EQ(findFault(), "");
+
+    // A request stays its thread's, too.
+    owner->Do([&] { handle.emplace(m_manager, m_a); });
+    Write moved(std::move(*handle));
+    EXPECT_EQ(lock(), Manager::eLS_NoRequests);
+    owner->Do([&] { EXPECT_EQ(lock(), Manager::eLS_Granted); });
+    EXPECT_TRUE(moved.IsAccessGranted());
+
+    owner.reset();
+    EXPECT_EQ(findFault(), "");
+    EXPECT_EQ(lockFor<Read>(other, m_aa), Manager::eLS_Conflict);
+    moved.Unlock();
+    EXPECT_EQ(lockFor<Read>(other, m_aa), Manager::eLS_Granted);
+}
+
+TEST_F(TaDataManagerTest, AHandleMayOutliveItsManager)
+{
+    auto manager = std::make_unique<Manager>();
+    const Pointer node = makeNode(u"node");
+    ASSERT_TRUE(manager->InsertNode(node, manager->GetRootNode()));
+    Read held(*manager, node);
+    EXPECT_EQ(tryLock(*manager), Manager::eLS_Granted);
+    const Write pending(*manager, node);
+    Read none(*manager, nullptr);
+    EXPECT_THROW(Read(m_manager, node), TuExceptionPreconditionViolation);
+    manager.reset();
+    EXPECT_FALSE(held.IsAccessGranted() || pending.IsAccessGranted() || none.IsAccessGranted());
+    EXPECT_EQ(held.GetNode(), node.Get());
+    EXPECT_EQ(TaDataTreeProbe::FindFault(*node), "");
+    held.Unlock();
+    none = std::move(held);
+    EXPECT_TRUE(m_manager.InsertNode(node, m_a)); // it is free for another tree
+}
+
+TEST_F(TaDataManagerTest, ANodeIsInsertedOnceAndWhereNobodyLooks)
+{
+    const Pointer root = m_manager.GetRootNode();
+    const Pointer node = makeNode(u"node");
+    const Pointer inner = makeNode(u"inner");
+    TaDataTreeProbe::AddChild(node, inner);
+    Manager other;
+    EXPECT_FALSE(m_manager.InsertNode(nullptr, m_a));
+    EXPECT_FALSE(m_manager.InsertNode(node, nullptr));
+    EXPECT_FALSE(m_manager.InsertNode(node, makeNode(u"alone")));
+    EXPECT_FALSE(m_manager.InsertNode(node, node));
+    EXPECT_FALSE(m_manager.InsertNode(node, inner));
+    EXPECT_FALSE(m_manager.InsertNode(node, other.GetRootNode()));
+    EXPECT_FALSE(m_manager.InsertNode(inner, m_a)); // it has a parent
+    EXPECT_FALSE(m_manager.InsertNode(m_aa, m_b));
+    EXPECT_FALSE(m_manager.InsertNode(root, m_a));
+    EXPECT_FALSE(m_manager.InsertNode(other.GetRootNode(), m_a));
+    EXPECT_FALSE(root->IsModified(true));
+    EXPECT_EQ(findFault(), "");
+
+    Worker worker;
+    {
+        const Read elsewhere = granted<Read>(worker, m_b);
+        EXPECT_FALSE(m_manager.InsertNode(node, m_a)); // it might see this
+        const Read reading(m_manager, m_a);
+        EXPECT_EQ(lock(), Manager::eLS_Granted);
+        EXPECT_FALSE(m_manager.InsertNode(node, m_a));
+    }
+    const Read elsewhere = granted<Read>(worker, m_b);
+    const Write writing(m_manager, m_a);
+    EXPECT_EQ(lock(), Manager::eLS_Granted);
+    const Read again(m_manager, m_aa);
+    EXPECT_TRUE(m_manager.InsertNode(node, m_aa)); // the lock on a covers it
+    EXPECT_EQ(findFault(), "");
+    EXPECT_EQ(TaDataTreeProbe::GetWriteCount(*inner), 1u);
+    EXPECT_EQ(TaDataTreeProbe::GetReadCount(*inner), 1u);
+    EXPECT_TRUE(inner->IsManaged());
+    EXPECT_TRUE(m_aa->IsModified(false));
+    EXPECT_FALSE(m_a->IsModified(false) || node->IsModified(true));
+}
+
+TEST_F(TaDataManagerTest, AMovedNodeKeepsItsOwnLocksAndTakesThoseOfItsNewPlace)
+{
+    const Pointer root = m_manager.GetRootNode();
+    Worker worker;
+    {
+        Write pending(m_manager, m_aa);
+        EXPECT_FALSE(m_manager.MoveNode(pending, m_b));
+        EXPECT_EQ(lock(), Manager::eLS_Granted);
+        Read reading(m_manager, m_aa);
+        EXPECT_FALSE(m_manager.MoveNode(reading, m_b));
+        EXPECT_FALSE(m_manager.MoveNode(pending, nullptr));
+        EXPECT_FALSE(m_manager.MoveNode(pending, makeNode(u"alone")));
+        EXPECT_FALSE(m_manager.MoveNode(pending, m_aa));
+        const Read elsewhere = granted<Read>(worker, m_b);
+        EXPECT_FALSE(m_manager.MoveNode(pending, root));
+        EXPECT_FALSE(m_manager.MoveNode(pending, m_b));
+    }
+    {
+        Write rootHandle(m_manager, root);
+        Write a(m_manager, m_a);
+        EXPECT_EQ(lock(), Manager::eLS_Granted);
+        EXPECT_FALSE(m_manager.MoveNode(rootHandle, m_a));
+        EXPECT_FALSE(m_manager.MoveNode(a, m_ab)); // under itself
+        EXPECT_TRUE(m_manager.MoveNode(a, root)); // where it is
+        EXPECT_EQ(root->FindChild(u"a"), m_a);
+        EXPECT_EQ(std::as_const(*root).GetChildren()->GetName(), u"a");
+        EXPECT_FALSE(root->IsModified(true));
+    }
+    std::optional<Write> from(std::in_place, m_manager, m_a);
+    std::optional<Write> to(std::in_place, m_manager, m_b);
+    EXPECT_EQ(lock(), Manager::eLS_Granted);
+    std::optional<Read> toRead(std::in_place, m_manager, m_b);
+    Write node(m_manager, m_aa);
+    ASSERT_TRUE(node.IsAccessGranted());
+    EXPECT_TRUE(m_manager.MoveNode(node, m_b));
+    EXPECT_EQ(findFault(), "");
+    EXPECT_EQ(m_aa->GetParent(), m_b);
+    EXPECT_EQ(m_a->GetChildrenCount(), 1u);
+    EXPECT_EQ(TaDataTreeProbe::GetWriteCount(*m_aa), 2u);
+    EXPECT_EQ(TaDataTreeProbe::GetReadCount(*m_aa), 1u);
+    EXPECT_TRUE(m_a->IsModified(false) && m_b->IsModified(false));
+    EXPECT_FALSE(root->IsModified(false) || m_aa->IsModified(false));
+    from.reset();
+    to.reset();
+    EXPECT_EQ(findFault(), "");
+    EXPECT_EQ(TaDataTreeProbe::GetWriteCount(*m_aa), 1u);
+}
+
+TEST_F(TaDataManagerTest, ARemovedNodeTakesNoLockAlong)
+{
+    const Pointer root = m_manager.GetRootNode();
+    Worker worker;
+    {
+        Write rootHandle(m_manager, root);
+        Read reading(m_manager, m_a);
+        EXPECT_EQ(lock(), Manager::eLS_Granted);
+        EXPECT_FALSE(Manager().RemoveNode(rootHandle));
+        EXPECT_FALSE(m_manager.RemoveNode(rootHandle));
+        EXPECT_FALSE(m_manager.RemoveNode(reading));
+        EXPECT_TRUE(rootHandle.IsAccessGranted() && reading.IsAccessGranted());
+    }
+    Read above = granted<Read>(worker, root);
+    std::optional<Read> stale(granted<Read>(worker, m_aa));
+    const Read own(m_manager, m_b);
+    EXPECT_EQ(lock(), Manager::eLS_Granted);
+    Write handle(m_manager, m_a);
+    EXPECT_TRUE(m_manager.RemoveNode(handle));
+    EXPECT_EQ(findFault(), "");
+    EXPECT_EQ(TaDataTreeProbe::FindFault(*m_a), "");
+    EXPECT_FALSE(own.IsAccessGranted() || handle.IsAccessGranted());
+    EXPECT_FALSE(m_manager.IsCurrentThreadLocking());
+    EXPECT_TRUE(m_a->GetParent().IsNull());
+    EXPECT_FALSE(m_a->IsManaged() || m_aa->IsManaged());
+    EXPECT_EQ(m_aa->GetParent(), m_a);
+    EXPECT_TRUE(root->IsModified(false));
+    EXPECT_FALSE(m_manager.RemoveNode(handle));
+
+    // In its tree again it is covered by what lies there now; the stale handle counts on for its
+    // thread alone.
+    above.Unlock();
+    EXPECT_FALSE(m_manager.InsertNode(m_a, m_b));
+    worker.Do([&] {
+        EXPECT_TRUE(m_manager.IsCurrentThreadLocking());
+        EXPECT_TRUE(m_manager.InsertNode(m_a, m_b));
+    });
+    EXPECT_EQ(findFault(), "");
+    const Write again = granted<Write>(worker, m_aa);
+    EXPECT_EQ(TaDataTreeProbe::GetWriteCount(*m_aa), 1u);
+    worker.Do([&] { stale.reset(); });
+    EXPECT_EQ(findFault(), "");
+    EXPECT_EQ(TaDataTreeProbe::GetReadCount(*m_aa), 0u);
+    worker.Do([&] { EXPECT_TRUE(m_manager.IsCurrentThreadLocking()); });
+
+    Write unlocked = granted<Write>(worker, m_ab);
+    unlocked.Unlock();
+    EXPECT_TRUE(m_manager.RemoveNode(unlocked)); // it is not asked for a lock
+    EXPECT_TRUE(m_ab->GetParent().IsNull());
+}
+
+TEST_F(TaDataManagerTest, AHandleThatLostItsLockWithItsNodeMovesNothing)
+{
+    Worker former;
+    Worker present;
+    Write stale = granted<Write>(former, m_aa);
+    Write target = granted<Write>(former, m_b);
+    {
+        const Write above(m_manager, m_ab);
+        EXPECT_EQ(lock(), Manager::eLS_Granted);
+        Write handle(m_manager, m_aa);
+        EXPECT_TRUE(m_manager.RemoveNode(handle));
+        const Write parent(m_manager, m_a);
+        EXPECT_EQ(lock(), Manager::eLS_Granted);
+        EXPECT_TRUE(m_manager.InsertNode(m_aa, m_a));
+    }
+    const Read reading = granted<Read>(present, m_aa);
+    former.Do([&] { EXPECT_FALSE(m_manager.MoveNode(stale, m_b)); });
+    EXPECT_EQ(m_aa->GetParent(), m_a);
+    EXPECT_EQ(findFault(), "");
+}
+
+TEST_F(TaDataManagerTest, ResetWaitsUntilNobodyLooksAndEmptiesTheTree)
+{
+    const Pointer root = m_manager.GetRootNode();
+    Worker worker;
+    std::optional<Read> obstacle(granted<Read>(worker, m_aa));
+    const Write own(m_manager, m_b);
+    EXPECT_EQ(lock(), Manager::eLS_Granted);
+    for (const unsigned int timeout : { 0u, 1u }) {
+        EXPECT_FALSE(m_manager.Reset(timeout));
+        EXPECT_FALSE(own.IsAccessGranted());
+        EXPECT_EQ(root->GetChildrenCount(), 2u);
+        EXPECT_FALSE(root->IsModified(true));
+        EXPECT_EQ(countRequests(), 0u) << timeout;
+    }
+    worker.Begin([&] { obstacle.reset(); });
+    EXPECT_TRUE(m_manager.Reset(kPatienceMs));
+    worker.Finish();
+    EXPECT_EQ(findFault(), "");
+    EXPECT_FALSE(m_manager.IsCurrentThreadLocking());
+    EXPECT_FALSE(root->HasChildren());
+    EXPECT_TRUE(root->IsModified(false));
+    EXPECT_TRUE(m_a->GetParent().IsNull());
+    EXPECT_FALSE(m_a->IsManaged());
+    EXPECT_EQ(m_aa->GetParent(), m_a);
+    EXPECT_TRUE(m_manager.InsertNode(m_a, root));
+}
+
+/// The second run of each is one of the fair manager.
+TEST_F(TaDataManagerTest, AWaitingWriterHoldsBackNewReadersWhereTheManagerIsFair)
+{
+    for (const bool fair : { false, true }) {
+        Manager manager(fair ? Manager::eF_WritersFirst : Manager::eF_None);
+        const Pointer root = manager.GetRootNode();
+        const Pointer wanted = makeNode(u"wanted");
+        const Pointer inner = makeNode(u"inner");
+        const Pointer elsewhere = makeNode(u"elsewhere");
+        EXPECT_TRUE(manager.InsertNode(wanted, root));
+        EXPECT_TRUE(manager.InsertNode(inner, wanted));
+        EXPECT_TRUE(manager.InsertNode(elsewhere, root));
+        std::array<Worker, 3> workers;
+        const auto wait = [&](std::size_t count) {
+            while (TaDataTreeProbe::GetWaitingThreads(manager) != count) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
+        };
+        const auto tryRead = [&](const Pointer& node) {
+            const Read handle(manager, node);
+            return tryLock(manager);
+        };
+        Read reading(manager, inner);
+        EXPECT_EQ(tryLock(manager), Manager::eLS_Granted);
+        workers[0].Begin([&] {
+            const Write handle(manager, wanted);
+            EXPECT_EQ(tryLock(manager, kPatienceMs), Manager::eLS_Granted);
+        });
+        wait(1);
+        workers[1].Do([&] {
+            for (const Pointer& node : { root, wanted, inner }) {
+                EXPECT_EQ(tryRead(node), fair ? Manager::eLS_Conflict : Manager::eLS_Granted);
+            }
+            const Read free(manager, elsewhere);
+            EXPECT_EQ(tryLock(manager), Manager::eLS_Granted);
+            EXPECT_EQ(tryRead(inner), Manager::eLS_Granted); // it holds a lock already
+        });
+        EXPECT_EQ(tryRead(wanted), Manager::eLS_Granted); // as this thread does
+        if (fair) {
+            workers[2].Begin([&] {
+                const Read handle(manager, wanted);
+                EXPECT_EQ(tryLock(manager, kPatienceMs), Manager::eLS_Granted);
+            });
+            wait(2);
+        }
+        reading.Unlock(); // first the writer, then the reader behind it
+        workers[0].Finish();
+        workers[2].Finish();
+        EXPECT_EQ(TaDataTreeProbe::FindFault(manager), "");
+
+        // A writer that gives up lets in whom it has held back.
+        const Read held(manager, wanted);
+        EXPECT_EQ(tryLock(manager), Manager::eLS_Granted);
+        workers[0].Begin([&] {
+            const Write handle(manager, wanted);
+            EXPECT_EQ(tryLock(manager, 100), Manager::eLS_TimedOut);
+        });
+        workers[1].Do([&] {
+            const Read handle(manager, wanted);
+            EXPECT_EQ(tryLock(manager, kPatienceMs), Manager::eLS_Granted);
+        });
+        workers[0].Finish();
+    }
+}
+
+TEST_F(TaDataManagerTest, AFairManagerLetsAWriterInThoughReadersComeAndGo)
+{
+    Manager manager(Manager::eF_WritersFirst);
+    std::atomic<bool> done = false;
+    TestLatch overlapping(3);
+    std::vector<std::jthread> readers;
+    for (int i = 0; i < 2; ++i) {
+        readers.emplace_back([&] {
+            std::optional<Read> held;
+            for (bool first = true; !done; first = false) {
+                held.reset();
+                held.emplace(manager, manager.GetRootNode());
+                EXPECT_EQ(tryLock(manager, kPatienceMs), Manager::eLS_Granted);
+                if (first) {
+                    overlapping.arrive_and_wait();
+                }
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
+        });
+    }
+    overlapping.arrive_and_wait();
+    for (int i = 0; i < 20; ++i) {
+        const Write handle(manager, manager.GetRootNode());
+        EXPECT_EQ(tryLock(manager, kPatienceMs), Manager::eLS_Granted);
+    }
+    done = true;
+}
+
+/// Whether the action had the memory it asked for.
+template <class Action> bool succeedsWith(unsigned int allocations, Action&& action)
+{
+    const AllocationLimit limit(allocations);
+    try {
+        action();
+        return true;
+    } catch (const TuExceptionOutOfMemory&) {
+        return false;
+    }
+}
+
+TEST_F(TaDataManagerTest, WithoutMemoryNothingHasChanged)
+{
+    // Two more threads hold the node that comes, so that a third counter needs memory.
+    Worker first;
+    Worker second;
+    const Pointer node = makeNode(u"node");
+    const Pointer below = makeNode(u"below");
+    TaDataTreeProbe::AddChild(node, below);
+    const Read firstLock = granted<Read>(first, below);
+    const Read secondLock = granted<Read>(second, below);
+
+    std::string before;
+    const auto failEach = [&](auto&& action) {
+        before = m_manager.ToString().ToUtf8();
+        const unsigned int requests = countRequests();
+        return FailEachAllocation([&](unsigned int allowed) {
+            if (succeedsWith(allowed, action)) {
+                return true;
+            }
+            EXPECT_EQ(m_manager.ToString().ToUtf8(), before) << allowed;
+            EXPECT_EQ(findFault(), "") << allowed;
+            EXPECT_EQ(node->IsManaged(), !node->GetParent().IsNull());
+            EXPECT_EQ(TaDataTreeProbe::GetReadCount(*below), 2u);
+            EXPECT_EQ(countRequests(), requests) << allowed;
+            return false;
+        });
+    };
+    std::optional<Read> reading;
+    std::optional<Write> writing;
+    failEach([&] { reading.emplace(m_manager, m_b); });
+    EXPECT_GT(failEach([&] { writing.emplace(m_manager, m_aa); }), 0u);
+    const unsigned int failures = failEach([&] {
+        Manager::ELockStatus status = Manager::eLS_Granted;
+        if (!m_manager.TryLockAndWait(kPatienceMs, status)) {
+            EXPECT_EQ(status, Manager::eLS_Exception);
+            throw TuExceptionOutOfMemory(TU_HERE);
+        }
+    });
+    EXPECT_GT(failures, 0u);
+    EXPECT_TRUE(reading->IsAccessGranted() && writing->IsAccessGranted());
+    before = m_manager.ToString().ToUtf8();
+    s_isMemoryGone = true; // which the first link to a node needs, too
+    EXPECT_THROW(static_cast<void>(m_manager.InsertNode(node, m_aa)), std::bad_alloc);
+    s_isMemoryGone = false;
+    EXPECT_EQ(m_manager.ToString().ToUtf8(), before);
+    EXPECT_GT(failEach([&] { EXPECT_TRUE(m_manager.InsertNode(node, m_aa)); }), 1u);
+    EXPECT_EQ(findFault(), "");
+
+    Write moving(m_manager, m_ab);
+    EXPECT_EQ(lock(), Manager::eLS_Granted);
+    const Pointer leaf = insert(u"leaf", m_aa);
+    m_manager.GetRootNode()->SetModified(false, true);
+    EXPECT_GT(failEach([&] { EXPECT_TRUE(m_manager.MoveNode(moving, leaf)); }), 0u);
+    EXPECT_EQ(findFault(), "");
+    failEach([&] { EXPECT_TRUE(m_manager.RemoveNode(moving)); });
+    EXPECT_EQ(findFault(), "");
+}
+
+TEST_F(TaDataManagerTest, AWaitThatHasNoMemoryKeepsTheRequests)
+{
+    Worker other;
+    std::optional<Write> obstacle(granted<Write>(other, m_a));
+    const Write handle(m_manager, m_a);
+    EXPECT_GT(FailEachAllocation([&](unsigned int allowed) {
+        Manager::ELockStatus status = Manager::eLS_Granted;
+        {
+            const AllocationLimit limit(allowed);
+            EXPECT_FALSE(m_manager.TryLockAndWait(1, status));
+        }
+        EXPECT_EQ(findFault(), "");
+        EXPECT_EQ(TaDataTreeProbe::GetWaitingThreads(m_manager), 0u);
+        return status == Manager::eLS_TimedOut;
+    }),
+        0u);
+}
+
+/// Without a lock it is outdated at once what one sees of a tree, but the tree never looks broken.
+TEST_F(TaDataManagerTest, ATreeMayBeLookedAtWhileItsNodesMove)
+{
+    const Pointer root = m_manager.GetRootNode();
+    insert(u"behind", m_a);
+    insert(u"behind", m_b);
+    insert(u"below", m_aa);
+    std::atomic<bool> done = false;
+    std::vector<std::jthread> watchers;
+    watchers.emplace_back([&] {
+        while (!done) {
+            EXPECT_FALSE(m_ab->IsDescendantOf(m_aa));
+            EXPECT_TRUE(m_aa->FindChild(u"behind").IsNull());
+            EXPECT_TRUE(root->ToString().ToUtf8().starts_with("Root (TaNode)"));
+        }
+    });
+    watchers.emplace_back([&] {
+        while (!done) {
+            root->IsModified(true);
+            root->SetModified(false, true);
+        }
+    });
+    for (int i = 0; i < 3'000; ++i) {
+        const Write a(m_manager, m_a);
+        const Write b(m_manager, m_b);
+        EXPECT_EQ(tryLock(m_manager), Manager::eLS_Granted);
+        Write node(m_manager, m_aa);
+        EXPECT_TRUE(m_manager.MoveNode(node, i % 2 == 0 ? m_b : m_a));
+        Write other(m_manager, m_ab);
+        EXPECT_TRUE(m_manager.RemoveNode(other)); // gives back the locks
+        EXPECT_TRUE(m_manager.InsertNode(m_ab, m_a));
+    }
+    done = true;
+}
+
+/// Threads that lock, change and hand over at random what is a small tree.
+class Stress
+{
+public:
+    static constexpr unsigned int kThreads = 8;
+    static constexpr unsigned int kPhases = 6;
+    static constexpr unsigned int kSteps = 150;
+    static constexpr unsigned int kNodes = 40; // the depth, too, for the thread sanitizer's sake
+
+    explicit Stress(Manager::EFairness fairness)
+        : m_manager(fairness)
+    {
+        for (unsigned int i = 0; i < kNodes; ++i) {
+            m_nodes.push_back(makeNode(u"node"));
+        }
+        for (unsigned int i = 0; i < 2 * kPhases; ++i) {
+            m_gates.emplace_back(kThreads + 1);
+        }
+    }
+
+    void Run()
+    {
+        std::vector<std::jthread> threads;
+        for (unsigned int i = 0; i < kThreads; ++i) {
+            threads.emplace_back([this, i] { work(i); });
+        }
+        for (unsigned int phase = 0; phase < kPhases; ++phase) {
+            m_gates[2 * phase].arrive_and_wait();
+            EXPECT_EQ(TaDataTreeProbe::FindFault(m_manager), ""); // while locks are held
+            m_gates[2 * phase + 1].arrive_and_wait();
+        }
+        threads.clear();
+        m_shared.clear();
+        EXPECT_EQ(TaDataTreeProbe::FindFault(m_manager), "");
+        EXPECT_FALSE(m_manager.ToString().ToUtf8().find("thread") != std::string::npos);
+        for (const Pointer& node : m_nodes) {
+            if (!node->IsManaged() && node->GetParent().IsNull()) {
+                EXPECT_EQ(TaDataTreeProbe::FindFault(*node), "");
+            }
+        }
+        EXPECT_GT(m_changes, 0u);
+    }
+
+private:
+    void work(unsigned int number)
+    {
+        std::mt19937_64 random(GetTestSeed() + number);
+        for (unsigned int phase = 0; phase < kPhases; ++phase) {
+            std::deque<Read> held;
+            for (unsigned int i = 0; i < kSteps; ++i) {
+                step(random, held);
+            }
+            m_gates[2 * phase].arrive_and_wait();
+            m_gates[2 * phase + 1].arrive_and_wait();
+        }
+    }
+
+    const Pointer& pick(std::mt19937_64& random) { return m_nodes[random() % kNodes]; }
+    /// A node, and another to be its parent.
+    std::pair<Pointer, Pointer> pickTwo(std::mt19937_64& random)
+    {
+        const std::size_t first = random() % kNodes;
+        const std::size_t count = kMayNodesChangeOrder ? kNodes : first;
+        const std::size_t second = random() % (count + count / 4 + 1);
+        return { m_nodes[first], second < count ? m_nodes[second] : m_manager.GetRootNode() };
+    }
+    void count(bool changed) { m_changes += changed ? 1 : 0; }
+
+    void step(std::mt19937_64& random, std::deque<Read>& held)
+    {
+        const auto timeout = static_cast<unsigned int>(random() % 3);
+        switch (random() % 8) {
+        case 0: {
+            const auto [node, parent] = pickTwo(random);
+            count(m_manager.InsertNode(node, parent));
+            break;
+        }
+        case 1:
+        case 2: { // change what is locked
+            const auto [child, parent] = pickTwo(random);
+            Write node(m_manager, child);
+            const Write other(m_manager, parent);
+            if (m_manager.TryLockAndWait(timeout)) {
+                count(m_manager.MoveNode(node, parent));
+                const auto [newcomer, place] = pickTwo(random);
+                count(m_manager.InsertNode(newcomer, place));
+                child->SetModified(true, true);
+                if (random() % 4 == 0) {
+                    count(m_manager.RemoveNode(node));
+                }
+            }
+            break;
+        }
+        case 3:
+        case 4: { // keep it for a while
+            held.emplace_back(m_manager, pick(random));
+            m_manager.TryLockAndWait(timeout).MarkRead();
+            while (held.size() > 3) {
+                held.pop_front();
+            }
+            break;
+        }
+        case 5: // another thread gives it back
+            if (!held.empty()) {
+                const TuCriticalSectionAuto guard(m_sharedLock);
+                m_shared.push_back(std::move(held.front()));
+                held.pop_front();
+                if (m_shared.size() > kThreads) {
+                    m_shared.pop_front();
+                }
+            }
+            break;
+        case 6:
+            held.clear();
+            break;
+        default: // look at it without any lock
+            if (const Pointer parent = pick(random)->GetParent(); !parent.IsNull()) {
+                parent->IsModified(true);
+                parent->FindChild(u"none");
+                parent->IsDescendantOf(pick(random));
+                if (random() % 4 == 0) {
+                    parent->ToString();
+                    m_manager.ToString();
+                }
+            }
+        }
+    }
+
+    Manager m_manager;
+    std::vector<Pointer> m_nodes;
+    std::deque<TestLatch> m_gates;
+    TuCriticalSection m_sharedLock;
+    std::deque<Read> m_shared;
+    std::atomic<unsigned int> m_changes = 0;
+};
+
+TEST(TaDataManagerStress, EightThreadsLeaveTheBooksInOrder)
+{
+    Stress(Manager::eF_None).Run();
+    Stress(Manager::eF_WritersFirst).Run();
+}
+
+} // namespace
