@@ -25,7 +25,7 @@ TaDataHandleLockOnly<Access>& TaDataHandleLockOnly<Access>::operator=(
     TaDataHandleLockOnly&& other) noexcept
 {
     if (this != &other) {
-        releaseLock();
+        leaveManager();
         m_node = other.m_node;
         takeOver(other);
         other.m_node.Reset();
@@ -35,14 +35,9 @@ TaDataHandleLockOnly<Access>& TaDataHandleLockOnly<Access>::operator=(
 
 // Here, and not in the base: other threads ask the handle for its node until it is out of the
 // manager's books.
-template <int Access> TaDataHandleLockOnly<Access>::~TaDataHandleLockOnly() { releaseLock(); }
+template <int Access> TaDataHandleLockOnly<Access>::~TaDataHandleLockOnly() { leaveManager(); }
 
-template <int Access> void TaDataHandleLockOnly<Access>::Unlock() noexcept
-{
-    if (IsAccessGranted()) {
-        releaseLock();
-    }
-}
+template <int Access> void TaDataHandleLockOnly<Access>::Unlock() noexcept { releaseLock(); }
 
 template class TaDataHandleLockOnly<0>;
 template class TaDataHandleLockOnly<1>;

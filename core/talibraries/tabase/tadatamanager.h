@@ -70,7 +70,9 @@ public:
 
     // The tree is changed only where that is seen by nobody: the calling thread holds a write lock
     // on the node that gets a child, or no other thread holds any lock. A node that comes into the
-    // tree is covered by the locks on the nodes above; the parents are marked as modified.
+    // tree is covered by the locks on the nodes above; the parents are marked as modified. (What
+    // the hook of a parent throws passes on: an insertion or a move is complete then, a removal has
+    // not begun.)
 
     /// Adds `node`, with all below it, behind the children of `parent`, which is in this tree.
     /// False, and nothing changes, for a node that is in a tree already.
@@ -118,6 +120,7 @@ private:
     // What the handles call.
     void requestLock(TaDataHandleBase& handle);
     void replaceHandle(TaDataHandleBase& handle, TaDataHandleBase& by) noexcept;
+    void unlockHandle(TaDataHandleBase& handle) noexcept;
     void forgetHandle(TaDataHandleBase& handle) noexcept;
 
     // All below hold the lock already.
@@ -137,8 +140,7 @@ private:
     bool isAnotherThreadLocking(bool write) const TU_REQUIRES(m_lock);
     bool checkAccessRightsRemove(TaDataHandleBase& handle) const TU_REQUIRES(m_lock);
     bool checkAccessRightsInsert(const TaNode* parent) const TU_REQUIRES(m_lock);
-    void link(const TuSmartPointer<TaNode>& node, const TuSmartPointer<TaNode>& parent)
-        TU_REQUIRES(m_lock);
+    void link(TaNode& node, TaNode& parent) TU_REQUIRES(m_lock);
     /// Hands the children of the root to `former`, and gives it those of `next`.
     void exchangeTree(TaNode& former, TaNode& next) TU_REQUIRES(m_lock);
     void forget(TaNode& node) noexcept TU_REQUIRES(m_lock);

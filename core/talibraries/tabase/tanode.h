@@ -129,7 +129,11 @@ private:
     // changed under that lock and one of the node's own can be read under either.
 
     void addChild(const TuSmartPointer<TaNode>& child);
-    void removeChild(TuList<SChildData>::iterator place);
+    /// After it, one addChild and any setParent to this node need no memory.
+    void prepareChild();
+    /// From its former parent, where it has one, behind the children of `parent`, which is
+    /// prepared.
+    void moveTo(TaNode& parent) noexcept;
     void setParent(TaNode* parent);
     /// Takes the node's children off it, and the node off its parent.
     void unlink(bool children, bool fromParent);
