@@ -172,7 +172,7 @@ public:
     {
         requestLock();
     }
-    ~FadingHandle() override { releaseLock(); }
+    ~FadingHandle() override { leaveManager(); }
     bool valid = false;
 
 protected:
