@@ -420,10 +420,11 @@ template <class T, class P> std::size_t TuArray<T, P>::byteSize(unsigned int cap
 {
     static_assert(alignof(T) <= alignof(std::max_align_t),
         "the blocks of containers are aligned for fundamental types only");
-    if (capacity > std::numeric_limits<std::size_t>::max() / sizeof(T)) {
+    constexpr std::size_t kSize = sizeof(T); // NOLINT(bugprone-sizeof-expression): or of a pointer
+    if (capacity > std::numeric_limits<std::size_t>::max() / kSize) {
         throwOutOfMemory();
     }
-    return std::size_t{ capacity } * sizeof(T);
+    return std::size_t{ capacity } * kSize;
 }
 
 template <class T, class P> T* TuArray<T, P>::allocate(unsigned int capacity)

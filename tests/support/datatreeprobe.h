@@ -31,9 +31,9 @@ public:
     }
     static bool IsUnlockedEventSet(const TaNode& node) { return node.m_unlockedEvent.IsSet(); }
     /// A step of building that only the library takes, for trees that no manager has seen.
-    static void AddChild(TuSmartPointer<TaNode> parent, TuSmartPointer<TaNode> child)
+    static void AddChild(const TuSmartPointer<TaNode>& parent, const TuSmartPointer<TaNode>& child)
     {
-        child->setParent(parent);
+        child->setParent(parent.Get());
         parent->addChild(child);
     }
     static void CreateData(TaNode& node, const String& className) { node.CreateData(className); }

@@ -14,7 +14,7 @@ TaDataHandleBase::~TaDataHandleBase()
 {
     TU_ASSERT(!m_isListed,
         "a handle goes that its manager still knows: the destructor of each class of handles calls"
-        " releaseLock");
+        " leaveManager");
 }
 
 void TaDataHandleBase::requestLock()
@@ -25,6 +25,13 @@ void TaDataHandleBase::requestLock()
 }
 
 void TaDataHandleBase::releaseLock() noexcept
+{
+    if (m_isListed) {
+        m_manager->unlockHandle(*this);
+    }
+}
+
+void TaDataHandleBase::leaveManager() noexcept
 {
     if (m_isListed) {
         m_manager->forgetHandle(*this);

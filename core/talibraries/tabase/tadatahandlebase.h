@@ -17,7 +17,7 @@ class TaNode;
 /// yet are dropped, too.
 ///
 /// A class of handles calls requestLock at the end of its constructors, when getNode answers, and
-/// releaseLock in its destructor, while it still does. TaDataHandleLockOnly is the usual one.
+/// leaveManager in its destructor, while it still does. TaDataHandleLockOnly is the usual one.
 ///
 /// Ownership: the handle belongs to who made it, and may outlive its manager; it then has no
 /// access. Threads:   the lock belongs to the thread that made the handle, wherever it is given
@@ -60,8 +60,10 @@ protected:
 
     /// Files the request. Throws TuExceptionPreconditionViolation for a node of another manager.
     void requestLock();
-    /// Withdraws the request, or gives back the lock, for good.
+    /// Gives back a granted lock.
     void releaseLock() noexcept;
+    /// For destructors: withdraws the request, or gives back the lock, and leaves the manager.
+    void leaveManager() noexcept;
     /// For moves: takes over the request or the lock, the thread and the manager of `other`, whose
     /// node this handle has already. This one has neither lock nor request.
     void takeOver(TaDataHandleBase& other) noexcept;

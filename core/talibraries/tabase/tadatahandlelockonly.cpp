@@ -13,7 +13,8 @@ TaDataHandleLockOnly<Access>::TaDataHandleLockOnly(
 
 template <int Access>
 TaDataHandleLockOnly<Access>::TaDataHandleLockOnly(TaDataHandleLockOnly&& other) noexcept
-    : m_node(other.m_node)
+    // The other one keeps its node, too, until the books name this handle.
+    : m_node(other.m_node) // NOLINT(performance-move-constructor-init)
 {
     takeOver(other);
     other.m_node.Reset();
@@ -24,7 +25,7 @@ TaDataHandleLockOnly<Access>& TaDataHandleLockOnly<Access>::operator=(
     TaDataHandleLockOnly&& other) noexcept
 {
     if (this != &other) {
-        releaseLock();
+        leaveManager();
         m_node = other.m_node;
         takeOver(other);
         other.m_node.Reset();
@@ -34,14 +35,9 @@ TaDataHandleLockOnly<Access>& TaDataHandleLockOnly<Access>::operator=(
 
 // Here, and not in the base: other threads ask the handle for its node until it is out of the
 // manager's books.
-template <int Access> TaDataHandleLockOnly<Access>::~TaDataHandleLockOnly() { releaseLock(); }
+template <int Access> TaDataHandleLockOnly<Access>::~TaDataHandleLockOnly() { leaveManager(); }
 
-template <int Access> void TaDataHandleLockOnly<Access>::Unlock() noexcept
-{
-    if (IsAccessGranted()) {
-        releaseLock();
-    }
-}
+template <int Access> void TaDataHandleLockOnly<Access>::Unlock() noexcept { releaseLock(); }
 
 template class TaDataHandleLockOnly<0>;
 template class TaDataHandleLockOnly<1>;

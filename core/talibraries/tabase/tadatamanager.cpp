@@ -99,6 +99,13 @@ void TaDataManager::delist(TaDataHandleBase& handle) noexcept
     handle.m_previous = handle.m_next = nullptr;
 }
 
+/// A handle that is not yet at its end.
+void TaDataManager::unlockHandle(TaDataHandleBase& handle) noexcept
+{
+    const TuCriticalSectionAuto guard(m_lock);
+    unlock(handle);
+}
+
 /// The end of a handle, or of the manager.
 void TaDataManager::forgetHandle(TaDataHandleBase& handle) noexcept
 {
@@ -128,8 +135,9 @@ void TaDataManager::unlock(TaDataHandleBase& handle) noexcept
     removeLock(handle);
     if (!m_grantedHandles.Has(handle.m_threadId)) {
         m_pendingRequests.RemoveAll(handle.m_threadId);
-    } else if (handle.GetAccessRights() == TaDataHandleBase::eAR_Write) {
-        wakeWaiting(); // who reads may be let in where the thread only reads now
+    }
+    if (handle.GetAccessRights() == TaDataHandleBase::eAR_Write) {
+        wakeWaiting(); // who reads may be let in where readers are left, and the node is not free
     }
 }
 
@@ -317,7 +325,7 @@ bool TaDataManager::checkAccessRightsInsert(const TaNode* parent) const
 }
 
 TuCheckReturn<bool> TaDataManager::InsertNode(
-    TuSmartPointer<TaNode> node, TuSmartPointer<TaNode> parent)
+    const TuSmartPointer<TaNode>& node, const TuSmartPointer<TaNode>& parent)
 {
     const TuCriticalSectionAuto guard(m_lock);
     if (node.IsNull() || !checkAccessRightsInsert(parent.Get())
@@ -330,18 +338,18 @@ TuCheckReturn<bool> TaDataManager::InsertNode(
         return false;
     }
     try {
-        parent->setModified(true, false);
-        link(node, parent);
+        link(*node, *parent);
     } catch (...) {
         node->m_dataManager.store(nullptr);
         throw;
     }
     node->setDataManager(this);
+    parent->setModified(true, false);
     return true;
 }
 
 TuCheckReturn<bool> TaDataManager::MoveNode(
-    TaDataHandleBase& handle, TuSmartPointer<TaNode> newParent)
+    TaDataHandleBase& handle, const TuSmartPointer<TaNode>& newParent)
 {
     const TuCriticalSectionAuto guard(m_lock);
     if (!handle.m_isCounted || !checkAccessRightsRemove(handle)
@@ -352,33 +360,20 @@ TuCheckReturn<bool> TaDataManager::MoveNode(
     const TuSmartPointer<TaNode> node(mutableNode(handle.getNode()));
     const TuSmartPointer<TaNode> parent = node->GetParent();
     if (parent != newParent) {
+        link(*node, *newParent);
+        wakeWaiting();
         parent->setModified(true, false);
         newParent->setModified(true, false);
-        link(node, newParent);
-        wakeWaiting();
     }
     return true;
 }
 
 /// Puts the node behind the children of `parent`, and takes it off its former one.
-void TaDataManager::link(TuSmartPointer<TaNode> node, TuSmartPointer<TaNode> parent)
+void TaDataManager::link(TaNode& node, TaNode& parent)
 {
-    // The first weak link to a node needs memory. After this one, setParent cannot fail.
-    const TuWeakPointer<TaNode> firstLink(parent.Get());
-    const TuSmartPointer<TaNode> formerParent = node->GetParent();
-    const auto formerPlace = node->m_place;
-    parent->addChild(node);
-    try {
-        node->adaptCounters(*parent);
-    } catch (...) {
-        parent->removeChild(node->m_place);
-        node->m_place = formerPlace;
-        throw;
-    }
-    node->setParent(parent);
-    if (!formerParent.IsNull()) {
-        formerParent->removeChild(formerPlace);
-    }
+    parent.prepareChild();
+    node.adaptCounters(parent);
+    node.moveTo(parent);
 }
 
 bool TaDataManager::checkAccessRightsRemove(TaDataHandleBase& handle) const

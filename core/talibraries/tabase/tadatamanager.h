@@ -70,15 +70,18 @@ public:
 
     // The tree is changed only where that is seen by nobody: the calling thread holds a write lock
     // on the node that gets a child, or no other thread holds any lock. A node that comes into the
-    // tree is covered by the locks on the nodes above; the parents are marked as modified.
+    // tree is covered by the locks on the nodes above; the parents are marked as modified. (What
+    // the hook of a parent throws passes on: an insertion or a move is complete then, a removal has
+    // not begun.)
 
     /// Adds `node`, with all below it, behind the children of `parent`, which is in this tree.
     /// False, and nothing changes, for a node that is in a tree already.
-    TuCheckReturn<bool> InsertNode(TuSmartPointer<TaNode> node, TuSmartPointer<TaNode> parent);
+    TuCheckReturn<bool> InsertNode(
+        const TuSmartPointer<TaNode>& node, const TuSmartPointer<TaNode>& parent);
     /// Moves the node of a granted write handle behind the children of `newParent`; false where
     /// that is the node itself or lies below it. Its own locks stay. Where it is there already,
     /// nothing changes.
-    TuCheckReturn<bool> MoveNode(TaDataHandleBase& handle, TuSmartPointer<TaNode> newParent);
+    TuCheckReturn<bool> MoveNode(TaDataHandleBase& handle, const TuSmartPointer<TaNode>& newParent);
     /// Gives back all locks of the calling thread, and that of the handle, and takes the node of
     /// the handle, a write handle, out of the tree with all below it. No lock of another thread
     /// remains on it. False for a read handle and for the root. Whether the handle has been granted
@@ -117,6 +120,7 @@ private:
     // What the handles call.
     void requestLock(TaDataHandleBase& handle);
     void replaceHandle(TaDataHandleBase& handle, TaDataHandleBase& by) noexcept;
+    void unlockHandle(TaDataHandleBase& handle) noexcept;
     void forgetHandle(TaDataHandleBase& handle) noexcept;
 
     // All below hold the lock already.
@@ -136,7 +140,7 @@ private:
     bool isAnotherThreadLocking(bool write) const TU_REQUIRES(m_lock);
     bool checkAccessRightsRemove(TaDataHandleBase& handle) const TU_REQUIRES(m_lock);
     bool checkAccessRightsInsert(const TaNode* parent) const TU_REQUIRES(m_lock);
-    void link(TuSmartPointer<TaNode> node, TuSmartPointer<TaNode> parent) TU_REQUIRES(m_lock);
+    void link(TaNode& node, TaNode& parent) TU_REQUIRES(m_lock);
     /// Hands the children of the root to `former`, and gives it those of `next`.
     void exchangeTree(TaNode& former, TaNode& next) TU_REQUIRES(m_lock);
     void forget(TaNode& node) noexcept TU_REQUIRES(m_lock);

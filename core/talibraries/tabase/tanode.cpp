@@ -122,7 +122,7 @@ std::uint32_t TaNode::GetChildrenCount() const
     return m_children.GetCount();
 }
 
-bool TaNode::IsDescendantOf(TuSmartPointer<const TaNode> node) const
+bool TaNode::IsDescendantOf(const TuSmartPointer<const TaNode>& node) const
 {
     TuSmartPointer<const TaNode> ancestor = node.IsNull() ? nullptr : GetParent();
     while (!ancestor.IsNull() && ancestor != node) {
@@ -176,25 +176,46 @@ void TaNode::setModified(bool modified, bool recursive)
     }
 }
 
-void TaNode::addChild(TuSmartPointer<TaNode>& child)
+void TaNode::addChild(const TuSmartPointer<TaNode>& child)
 {
     const TuCriticalSectionAuto guard(m_childrenLock);
     child->m_place = m_children.Add({ child });
 }
 
-void TaNode::removeChild(TuList<SChildData>::iterator place)
+void TaNode::prepareChild()
 {
+    const TuWeakPointer<TaNode> firstLink(this); // the first one makes the block for all
     const TuCriticalSectionAuto guard(m_childrenLock);
-    m_children.Erase(place);
+    m_children.Add({ nullptr }); // nobody sees it, and its room is the next to be taken
+    m_children.RemoveTail();
 }
 
-void TaNode::setParent(TuSmartPointer<TaNode> parent)
+// A walk that holds the lock of a parent goes by the place of the child and its link to the parent,
+// so both change at once, under the locks of both parents: that of the upper one first, as walks
+// take them. (Where neither lies below the other, no walk holds one while it waits for the other.)
+void TaNode::moveTo(TaNode& parent) noexcept TU_NO_THREAD_SAFETY_ANALYSIS
+{
+    const TuSmartPointer<TaNode> self(this); // its parent may hold the last reference
+    const TuSmartPointer<TaNode> former = GetParent();
+    const bool isFormerLower = !former.IsNull() && former->isDescendantOf(&parent);
+    TuCriticalSection& formerLock
+        = former.IsNull() ? parent.m_childrenLock : former->m_childrenLock;
+    const TuCriticalSectionAuto first(isFormerLower ? parent.m_childrenLock : formerLock);
+    const TuCriticalSectionAuto second(isFormerLower ? formerLock : parent.m_childrenLock);
+    if (!former.IsNull()) {
+        former->m_children.Erase(m_place);
+    }
+    parent.addChild(self);
+    setParent(&parent);
+}
+
+void TaNode::setParent(TaNode* parent)
 {
     TuSmartPointer<TaNode> former; // goes when the lock has been left
     const TuCriticalSectionAuto guard(m_childrenLock);
     former = m_parent.Lock();
-    if (former != parent || parent.IsNull()) {
-        m_parent.Set(parent.Get());
+    if (parent == nullptr || former != parent) {
+        m_parent.Set(parent);
     }
 }
 
@@ -206,11 +227,12 @@ void TaNode::unlink(bool children, bool fromParent)
     if (!fromParent) {
         return;
     }
-    TuSmartPointer<TaNode> self(this); // its parent may hold the last reference
+    const TuSmartPointer<TaNode> self(this); // its parent may hold the last reference
     if (const TuSmartPointer<TaNode> parent = GetParent(); !parent.IsNull()) {
-        parent->removeChild(std::exchange(m_place, {}));
+        const TuCriticalSectionAuto guard(parent->m_childrenLock);
+        parent->m_children.Erase(std::exchange(m_place, {}));
+        setParent(nullptr);
     }
-    setParent(nullptr);
 }
 
 void TaNode::unlinkChildren()

@@ -94,7 +94,7 @@ public:
     ChildrenIterator GetChildren() { return ChildrenIterator(m_children); }
     ConstChildrenIterator GetChildren() const { return ConstChildrenIterator(m_children); }
     /// Whether `node` is an ancestor of this one; no node is its own. False for null.
-    bool IsDescendantOf(TuSmartPointer<const TaNode> node) const;
+    bool IsDescendantOf(const TuSmartPointer<const TaNode>& node) const;
 
     /// Whether the node is modified, or, where `recursive` is true, any node below it.
     bool IsModified(bool recursive) const;
@@ -128,9 +128,13 @@ private:
     // What follows is called under the lock of the manager whose tree it is, if any. So whatever is
     // changed under that lock and one of the node's own can be read under either.
 
-    void addChild(TuSmartPointer<TaNode>& child);
-    void removeChild(TuList<SChildData>::iterator place);
-    void setParent(TuSmartPointer<TaNode> parent);
+    void addChild(const TuSmartPointer<TaNode>& child);
+    /// After it, one addChild and any setParent to this node need no memory.
+    void prepareChild();
+    /// From its former parent, where it has one, behind the children of `parent`, which is
+    /// prepared.
+    void moveTo(TaNode& parent) noexcept;
+    void setParent(TaNode* parent);
     /// Takes the node's children off it, and the node off its parent.
     void unlink(bool children, bool fromParent);
     void unlinkChildren();

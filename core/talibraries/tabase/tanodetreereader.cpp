@@ -53,8 +53,8 @@ void TaNodeTreeReader::Read(const TuSmartPointer<TaNode>& top)
             continue;
         }
         --open.GetLast().childrenLeft;
-        TuSmartPointer<TaNode> node = readNode(count);
-        const TuSmartPointer<TaNode> parent(open.GetLast().node);
+        const TuSmartPointer<TaNode> node = readNode(count);
+        TaNode* const parent = open.GetLast().node;
         node->setParent(parent);
         parent->addChild(node);
         if (count != 0) {
