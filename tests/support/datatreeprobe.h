@@ -14,10 +14,19 @@ public:
     /// The same for a tree that has no manager: nobody holds a lock.
     static std::string FindFault(const TaNode& top);
 
-    static std::uint32_t GetReadCount(const TaNode& node) { return node.m_readCount; }
-    static std::uint32_t GetWriteCount(const TaNode& node) { return node.m_writeCount; }
+    static std::uint32_t GetReadCount(const TaNode& node)
+    {
+        const TuCriticalSectionAuto guard(node.m_countLock);
+        return node.m_readCount;
+    }
+    static std::uint32_t GetWriteCount(const TaNode& node)
+    {
+        const TuCriticalSectionAuto guard(node.m_countLock);
+        return node.m_writeCount;
+    }
     static SReadWriteCount GetCount(const TaNode& node, unsigned int threadId)
     {
+        const TuCriticalSectionAuto guard(node.m_countLock);
         return node.m_threadCounts.Get(threadId);
     }
     static bool IsUnlockedEventSet(const TaNode& node) { return node.m_unlockedEvent.IsSet(); }
