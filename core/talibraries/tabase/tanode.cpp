@@ -191,20 +191,13 @@ void TaNode::prepareChild()
 }
 
 // A walk that holds the lock of a parent goes by the place of the child and its link to the parent,
-// so both change at once, under the locks of both parents: that of the upper one first, as walks
-// take them. (Where neither lies below the other, no walk holds one while it waits for the other.)
-void TaNode::moveTo(TaNode& parent) noexcept TU_NO_THREAD_SAFETY_ANALYSIS
+// so both change under that lock. For a moment the node hangs nowhere: with the locks of two
+// parents held at once, the order of locks would depend on where these are in the tree.
+void TaNode::moveTo(TaNode& parent) noexcept
 {
     const TuSmartPointer<TaNode> self(this); // its parent may hold the last reference
-    const TuSmartPointer<TaNode> former = GetParent();
-    const bool isFormerLower = !former.IsNull() && former->isDescendantOf(&parent);
-    TuCriticalSection& formerLock
-        = former.IsNull() ? parent.m_childrenLock : former->m_childrenLock;
-    const TuCriticalSectionAuto first(isFormerLower ? parent.m_childrenLock : formerLock);
-    const TuCriticalSectionAuto second(isFormerLower ? formerLock : parent.m_childrenLock);
-    if (!former.IsNull()) {
-        former->m_children.Erase(m_place);
-    }
+    unlink(false, true);
+    const TuCriticalSectionAuto guard(parent.m_childrenLock);
     parent.addChild(self);
     setParent(&parent);
 }
