@@ -12,6 +12,9 @@
 
 namespace {
 
+/// A node's locks are taken from parent to child, and who is whose child changes.
+using Guard = TuCriticalSectionAutoInAnyOrder;
+
 constexpr unsigned int kChildrenBlockSize = 10;
 
 /// What a dump needs of a node, taken under the locks.
@@ -68,7 +71,7 @@ void TaNode::destroyBelow()
     for (;;) {
         TuSmartPointer<TaNode> child;
         {
-            const TuCriticalSectionAuto guard(node->m_childrenLock);
+            const Guard guard(node->m_childrenLock);
             if (!node->m_children.IsEmpty()) {
                 TaNode& first = *node->m_children.GetHead().node;
                 if (first.getReferenceCounter().GetCount() == 1 && first.HasChildren()) {
@@ -94,7 +97,7 @@ const TuRTTI& TaNode::GetRTTIData() const { return GetRTTI(); }
 
 TuSmartPointer<TaNode> TaNode::GetParent()
 {
-    const TuCriticalSectionAuto guard(m_childrenLock);
+    const Guard guard(m_childrenLock);
     return m_parent.Lock();
 }
 
@@ -105,7 +108,7 @@ TuSmartPointer<const TaNode> TaNode::GetParent() const
 
 TuSmartPointer<TaNode> TaNode::FindChild(const String& name)
 {
-    const TuCriticalSectionAuto guard(m_childrenLock);
+    const Guard guard(m_childrenLock);
     const auto found = std::find_if(m_children.begin(), m_children.end(),
         [&name](const SChildData& child) { return child.node->GetName() == name; });
     return found != m_children.end() ? found->node : TuSmartPointer<TaNode>();
@@ -118,7 +121,7 @@ TuSmartPointer<const TaNode> TaNode::FindChild(const String& name) const
 
 std::uint32_t TaNode::GetChildrenCount() const
 {
-    const TuCriticalSectionAuto guard(m_childrenLock);
+    const Guard guard(m_childrenLock);
     return m_children.GetCount();
 }
 
@@ -178,14 +181,14 @@ void TaNode::setModified(bool modified, bool recursive)
 
 void TaNode::addChild(const TuSmartPointer<TaNode>& child)
 {
-    const TuCriticalSectionAuto guard(m_childrenLock);
+    const Guard guard(m_childrenLock);
     child->m_place = m_children.Add({ child });
 }
 
 void TaNode::prepareChild()
 {
     const TuWeakPointer<TaNode> firstLink(this); // the first one makes the block for all
-    const TuCriticalSectionAuto guard(m_childrenLock);
+    const Guard guard(m_childrenLock);
     m_children.Add({ nullptr }); // nobody sees it, and its room is the next to be taken
     m_children.RemoveTail();
 }
@@ -197,7 +200,7 @@ void TaNode::moveTo(TaNode& parent) noexcept
 {
     const TuSmartPointer<TaNode> self(this); // its parent may hold the last reference
     unlink(false, true);
-    const TuCriticalSectionAuto guard(parent.m_childrenLock);
+    const Guard guard(parent.m_childrenLock);
     parent.addChild(self);
     setParent(&parent);
 }
@@ -205,7 +208,7 @@ void TaNode::moveTo(TaNode& parent) noexcept
 void TaNode::setParent(TaNode* parent)
 {
     TuSmartPointer<TaNode> former; // goes when the lock has been left
-    const TuCriticalSectionAuto guard(m_childrenLock);
+    const Guard guard(m_childrenLock);
     former = m_parent.Lock();
     if (parent == nullptr || former != parent) {
         m_parent.Set(parent);
@@ -222,7 +225,7 @@ void TaNode::unlink(bool children, bool fromParent)
     }
     const TuSmartPointer<TaNode> self(this); // its parent may hold the last reference
     if (const TuSmartPointer<TaNode> parent = GetParent(); !parent.IsNull()) {
-        const TuCriticalSectionAuto guard(parent->m_childrenLock);
+        const Guard guard(parent->m_childrenLock);
         parent->m_children.Erase(std::exchange(m_place, {}));
         setParent(nullptr);
     }
@@ -231,7 +234,7 @@ void TaNode::unlink(bool children, bool fromParent)
 void TaNode::unlinkChildren()
 {
     TuList<SChildData> children(kChildrenBlockSize); // they go when the lock has been left
-    const TuCriticalSectionAuto guard(m_childrenLock);
+    const Guard guard(m_childrenLock);
     m_children.Swap(children);
     for (const SChildData& child : children) {
         child.node->m_place = {};
@@ -241,8 +244,8 @@ void TaNode::unlinkChildren()
 
 void TaNode::takeChildren(TaNode& other)
 {
-    const TuCriticalSectionAuto guard(m_childrenLock);
-    const TuCriticalSectionAuto otherGuard(other.m_childrenLock);
+    const Guard guard(m_childrenLock);
+    const Guard otherGuard(other.m_childrenLock);
     for (const SChildData& child : other.m_children) {
         child.node->setParent(this); // only the first can fail, for the block of the weak links
     }
@@ -386,7 +389,7 @@ void TaNode::removeOwnCounters()
 
 void TaNode::resetReadWriteCounters(unsigned int threadId, SReadWriteCount count)
 {
-    const TuCriticalSectionAuto guard(m_countLock);
+    const Guard guard(m_countLock);
     const SReadWriteCount held = m_threadCounts.Get(threadId);
     changeOwnCounters(
         threadId, std::int64_t{ count.read } - held.read, std::int64_t{ count.write } - held.write);
@@ -394,19 +397,19 @@ void TaNode::resetReadWriteCounters(unsigned int threadId, SReadWriteCount count
 
 bool TaNode::isLocked() const
 {
-    const TuCriticalSectionAuto guard(m_countLock);
+    const Guard guard(m_countLock);
     return (m_readCount | m_writeCount) != 0;
 }
 
 bool TaNode::isReadLocked() const
 {
-    const TuCriticalSectionAuto guard(m_countLock);
+    const Guard guard(m_countLock);
     return m_readCount != 0;
 }
 
 bool TaNode::isWriteLocked() const
 {
-    const TuCriticalSectionAuto guard(m_countLock);
+    const Guard guard(m_countLock);
     return m_writeCount != 0;
 }
 
