@@ -14,6 +14,7 @@
 
 #include <new>
 #include <sstream>
+#include <vector>
 
 namespace tamesh {
 
@@ -48,6 +49,21 @@ namespace {
     /// The data tree of a document, which may be anybody's, a line for each node.
     std::string formatTree(const TaNode& root)
     {
+        // The lines of a dump grow with the depth, which costs little in a file.
+        constexpr std::size_t kDeepest = 100;
+        std::vector<TaNode::ConstChildrenIterator> open{ root.GetChildren() };
+        while (!open.empty()) {
+            if (open.size() > kDeepest) {
+                return "  (the data tree is too deep to be shown)\n";
+            }
+            if (!open.back()) {
+                open.pop_back();
+            } else {
+                const TaNode& child = *open.back();
+                ++open.back();
+                open.push_back(child.GetChildren());
+            }
+        }
         std::istringstream lines(root.ToString().ToUtf8());
         std::string text;
         for (std::string line; std::getline(lines, line);) {

@@ -12,7 +12,8 @@ namespace tamesh {
 // What tamesh knows of a mesh, as nodes of a data tree below the node "Mesh". Each function asks
 // for a write lock on what it changes, and waits for it.
 //
-// Failure: TuException where the tree has such a node already, or cannot be locked for a minute.
+// Failure: TuException where the tree has such a node already, or cannot be locked for a minute; a
+// part of the description may stand by then.
 
 /// "Vertices", "Faces" and "Corners", and, where there are vertices, "Bounds" with the smallest box
 /// around them.

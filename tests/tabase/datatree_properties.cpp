@@ -82,6 +82,8 @@ public:
         if (std::none_of(handles.begin(), handles.end(), isRequest)) {
             return Manager::eLS_NoRequests;
         }
+        const bool isInvalid = std::any_of(handles.begin(), handles.end(),
+            [&](const SHandle& request) { return isRequest(request) && !IsInTree(request.node); });
         const bool conflict
             = std::any_of(handles.begin(), handles.end(), [&](const SHandle& request) {
                   return isRequest(request) && isInConflict(request.node, request.write);
@@ -89,10 +91,11 @@ public:
         for (SHandle& handle : handles) {
             if (isRequest(handle)) {
                 handle.isPending = false;
-                handle.isGranted = handle.isCounted = !conflict;
+                handle.isGranted = handle.isCounted = !isInvalid && !conflict;
             }
         }
-        return !conflict ? Manager::eLS_Granted
+        return isInvalid ? Manager::eLS_InvalidHandle
+            : !conflict  ? Manager::eLS_Granted
             : hasTimeout ? Manager::eLS_TimedOut
                          : Manager::eLS_Conflict;
     }

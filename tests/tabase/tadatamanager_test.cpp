@@ -121,7 +121,11 @@ protected:
             const Handle handle(m_manager, node);
             status = tryLock(m_manager, timeout);
         });
-        for (int i = 0; TaDataTreeProbe::GetWaitingThreads(m_manager) == before; ++i) {
+        waitForWaiters(before + 1);
+    }
+    void waitForWaiters(std::size_t count)
+    {
+        for (int i = 0; TaDataTreeProbe::GetWaitingThreads(m_manager) < count; ++i) {
             ASSERT_LT(i, 60'000) << "the worker does not wait";
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
@@ -302,23 +306,45 @@ TEST_F(TaDataManagerTest, AReaderIsLetInWhereTheWriterOnlyReadsOn)
     EXPECT_EQ(status, Manager::eLS_Granted);
 }
 
-/// Two threads hold a node that comes below the lock of a third: when that goes, the event of the
-/// node says nothing, for there is a reader left.
-TEST_F(TaDataManagerTest, AReaderIsLetInWhereAnotherReaderCameWithAnInsertedNode)
+TEST_F(TaDataManagerTest, ANodeInNoTreeIsNotLocked)
 {
-    Worker first;
-    Worker reader;
     const Pointer node = makeNode(u"new");
-    const Read early = granted<Read>(first, node);
-    std::optional<Write> writing(std::in_place, m_manager, m_a);
-    EXPECT_EQ(lock(), Manager::eLS_Granted);
-    EXPECT_TRUE(m_manager.InsertNode(node, m_a));
-    EXPECT_EQ(findFault(), "");
+    EXPECT_EQ(lockFor<Read>(node), Manager::eLS_InvalidHandle);
+    EXPECT_EQ(TaDataTreeProbe::GetReadCount(*node), 0u);
+
+    // Nor one that is taken out while somebody waits for it.
+    Worker holder;
+    Worker waiter;
+    Write removing = granted<Write>(holder, m_a);
     Manager::ELockStatus status = Manager::eLS_Exception;
-    beginToWait<Read>(reader, node, status, 2'000);
-    writing.reset();
-    reader.Finish();
-    EXPECT_EQ(status, Manager::eLS_Granted);
+    beginToWait<Read>(waiter, m_aa, status);
+    EXPECT_TRUE(m_manager.RemoveNode(removing));
+    waiter.Finish();
+    EXPECT_EQ(status, Manager::eLS_InvalidHandle);
+}
+
+/// Without being told it would sleep until its obstacle goes, or its time is over.
+TEST_F(TaDataManagerTest, AWaiterIsToldWhenOthersChangeItsRequests)
+{
+    Worker holder;
+    Worker waiter;
+    const Write obstacle = granted<Write>(holder, m_a);
+    Manager::ELockStatus status = Manager::eLS_Exception;
+    std::optional<Write> requested;
+    Read last = granted<Read>(waiter, m_b);
+    waiter.Do([&] { requested.emplace(m_manager, m_aa); });
+    waiter.Begin([&] { status = tryLock(m_manager, kPatienceMs); });
+    waitForWaiters(1);
+    requested.reset();
+    waiter.Finish();
+    EXPECT_EQ(status, Manager::eLS_NoRequests);
+
+    waiter.Do([&] { requested.emplace(m_manager, m_aa); });
+    waiter.Begin([&] { status = tryLock(m_manager, kPatienceMs); });
+    waitForWaiters(1);
+    last.Unlock(); // its thread's last one
+    waiter.Finish();
+    EXPECT_EQ(status, Manager::eLS_NoRequests);
 }
 
 TEST_F(TaDataManagerTest, AWaiterGoesOnWhenItsObstacleLeavesTheTree)
@@ -836,14 +862,14 @@ template <class Action> bool succeedsWith(unsigned int allocations, Action&& act
 
 TEST_F(TaDataManagerTest, WithoutMemoryNothingHasChanged)
 {
-    // Two more threads hold the node that comes, so that a third counter needs memory.
+    // Two more threads read a node, so that a third counter there needs memory.
     Worker first;
     Worker second;
     const Pointer node = makeNode(u"node");
     const Pointer below = makeNode(u"below");
     TaDataTreeProbe::AddChild(node, below);
-    const Read firstLock = granted<Read>(first, below);
-    const Read secondLock = granted<Read>(second, below);
+    std::optional<Read> firstLock(granted<Read>(first, m_b));
+    std::optional<Read> secondLock(granted<Read>(second, m_b));
 
     std::string before;
     const auto failEach = [&](auto&& action) {
@@ -856,7 +882,6 @@ TEST_F(TaDataManagerTest, WithoutMemoryNothingHasChanged)
             EXPECT_EQ(m_manager.ToString().ToUtf8(), before) << allowed;
             EXPECT_EQ(findFault(), "") << allowed;
             EXPECT_EQ(node->IsManaged(), !node->GetParent().IsNull());
-            EXPECT_EQ(TaDataTreeProbe::GetReadCount(*below), 2u);
             EXPECT_EQ(countRequests(), requests) << allowed;
             return false;
         });
@@ -888,6 +913,8 @@ TEST_F(TaDataManagerTest, WithoutMemoryNothingHasChanged)
 
     // The first link to a node is no container's block. (A library on Windows has an operator new
     // of its own, which does not fail.)
+    firstLock.reset();
+    secondLock.reset();
     const Write target(m_manager, m_b);
     EXPECT_EQ(lock(), Manager::eLS_Granted);
     before = m_manager.ToString().ToUtf8();

@@ -19,12 +19,11 @@ class TaNode;
 /// A class of handles calls requestLock at the end of its constructors, when getNode answers, and
 /// leaveManager in its destructor, while it still does. TaDataHandleLockOnly is the usual one.
 ///
-/// Ownership: the handle belongs to who made it, and may outlive its manager; it then has no
-/// access. Threads:   the lock belongs to the thread that made the handle, wherever it is given
-/// back: a
-///            handle may be moved to, and destroyed on, another thread. (A thread that ends leaves
+/// Ownership: who made the handle. It may outlive its manager, and then has no access.
+/// Threads:   the lock belongs to the thread that made the handle, wherever it is given back: a
+///            handle may be moved to, and destroyed on, another thread. A thread that ends leaves
 ///            its locks to its handles; the system may give its number to a new thread, which then
-///            holds them.) One thread at a time uses a handle, and none while its manager is being
+///            holds them. One thread at a time uses a handle, and none while its manager is being
 ///            destroyed.
 /// Failure:   none from the questions.
 class TABASE_API TaDataHandleBase

@@ -121,8 +121,8 @@ void TaDataManager::forgetHandle(TaDataHandleBase& handle) noexcept
 
 void TaDataManager::unrequestLock(TaDataHandleBase& handle) noexcept
 {
-    if (m_pendingRequests.Remove(handle.m_threadId, handle) && m_fairness != eF_None) {
-        wakeWaiting(); // it may have held them back
+    if (m_pendingRequests.Remove(handle.m_threadId, handle)) {
+        wakeWaiting(); // its thread, which it may have kept waiting, and whom it has held back
     }
 }
 
@@ -133,11 +133,11 @@ void TaDataManager::unlock(TaDataHandleBase& handle) noexcept
         return;
     }
     removeLock(handle);
-    if (!m_grantedHandles.Has(handle.m_threadId)) {
+    if (!m_grantedHandles.Has(handle.m_threadId) && m_pendingRequests.Has(handle.m_threadId)) {
         m_pendingRequests.RemoveAll(handle.m_threadId);
-    }
-    if (handle.GetAccessRights() == TaDataHandleBase::eAR_Write) {
-        wakeWaiting(); // who reads may be let in where readers are left, and the node is not free
+        wakeWaiting(); // its thread waits for nothing now
+    } else if (handle.GetAccessRights() == TaDataHandleBase::eAR_Write) {
+        wakeReaders(*handle.getNode());
     }
 }
 
@@ -273,18 +273,38 @@ bool TaDataManager::isHeldBack(
         if (other == &attempt) {
             return false; // those that follow have waited less long
         }
-        const bool passes
-            = m_pendingRequests.ForEachOf(other->GetThreadId(), [&node](TaDataHandleBase& request) {
-                  const TaNode* const wanted = request.getNode();
-                  return request.GetAccessRights() != TaDataHandleBase::eAR_Write
-                      || (wanted != &node && !wanted->isDescendantOf(&node)
-                          && !node.isDescendantOf(wanted));
-              });
+        const bool passes = m_pendingRequests.ForEachOf(
+            other->GetThreadId(), [this, &node](TaDataHandleBase& request) {
+                const TaNode* const wanted = request.getNode();
+                return request.GetAccessRights() != TaDataHandleBase::eAR_Write || !isInTree(wanted)
+                    || !areOnOnePath(*wanted, node);
+            });
         if (!passes) {
             return true;
         }
     }
     return false;
+}
+
+/// The two nodes are in the tree.
+bool TaDataManager::areOnOnePath(const TaNode& a, const TaNode& b)
+{
+    return &a == &b || a.isDescendantOf(&b) || b.isDescendantOf(&a);
+}
+
+/// Where a write lock goes and read locks stay, no event says so, and yet readers may be let in.
+void TaDataManager::wakeReaders(const TaNode& node) noexcept
+{
+    for (TaLockAttempt* const attempt : m_waiting) {
+        const bool isElsewhere = m_pendingRequests.ForEachOf(
+            attempt->GetThreadId(), [this, &node](TaDataHandleBase& request) {
+                const TaNode* const wanted = request.getNode();
+                return isInTree(wanted) && isInTree(&node) && !areOnOnePath(*wanted, node);
+            });
+        if (!isElsewhere) {
+            attempt->Wake();
+        }
+    }
 }
 
 void TaDataManager::wakeWaiting() noexcept
@@ -297,6 +317,9 @@ void TaDataManager::wakeWaiting() noexcept
 bool TaDataManager::isAnotherThreadLocking(bool write) const
 {
     const unsigned int self = platform::GetCurrentThreadId();
+    if (m_grantedHandles.GetCount(self) == m_lockCount) {
+        return false;
+    }
     return !m_grantedHandles.ForEach(
         [self, write](unsigned int threadId, TaDataHandleBase& handle) {
             return threadId == self
@@ -328,8 +351,7 @@ TuCheckReturn<bool> TaDataManager::InsertNode(
     const TuSmartPointer<TaNode>& node, const TuSmartPointer<TaNode>& parent)
 {
     const TuCriticalSectionAuto guard(m_lock);
-    if (node.IsNull() || !checkAccessRightsInsert(parent.Get())
-        || node->getParentNode() != nullptr) {
+    if (node.IsNull() || !checkAccessRightsInsert(parent.Get()) || !node->GetParent().IsNull()) {
         return false;
     }
     // Another manager may be about to do the same.
@@ -443,6 +465,7 @@ void TaDataManager::forget(TaNode& node) noexcept
         }
         return true;
     });
+    wakeWaiting(); // who waits for what has left the tree, or was held back for it
 }
 
 /// A read lock on the whole tree for the calling thread, whatever it holds itself. It leaves the
@@ -466,7 +489,9 @@ public:
     ~Reading()
     {
         const TuCriticalSectionAuto guard(m_manager.m_lock);
-        m_manager.removeLock(m_handle);
+        if (m_handle.m_isHolding) { // a value may have reset the tree
+            m_manager.removeLock(m_handle);
+        }
     }
     Reading(const Reading&) = delete;
     Reading& operator=(const Reading&) = delete;
@@ -505,7 +530,7 @@ void TaDataManager::dump(TuStreamWriteASCII& stream) const
     TuStreamWriteASCIIStringT<CString> text;
     {
         const TuCriticalSectionAuto guard(m_lock);
-        m_root->dump(text);
+        m_root->dumpTree(text, platform::GetCurrentThreadId());
         dumpLocks(text, *m_root);
         m_pendingRequests.ForEach(
             [&](unsigned int, TaDataHandleBase& request) TU_NO_THREAD_SAFETY_ANALYSIS {
@@ -541,6 +566,10 @@ void TaDataManager::dumpRequest(TuStreamWriteASCII& stream, TaDataHandleBase& ha
     const bool write = handle.GetAccessRights() == TaDataHandleBase::eAR_Write;
     stream << u"thread " << handle.m_threadId << (write ? u" asks to write " : u" asks to read ")
            << pathOf(*handle.getNode());
+    if (!isInTree(handle.getNode())) {
+        stream << u", which is in no tree\n";
+        return;
+    }
     const TaNode* const obstacle = checkReadWriteLocks(handle.getNode(), write);
     if (obstacle == nullptr) {
         stream << u"\n";

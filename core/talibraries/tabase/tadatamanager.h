@@ -43,7 +43,7 @@ public:
         eLS_Exception = 1, // raised inside the attempt, and swallowed; the requests are still there
         eLS_NoRequests = 2,
         eLS_WaitFailed = 3, // the system refused; as behind all that follow, the requests are gone
-        eLS_InvalidHandle = 4, // one of the requests is for a node that is no longer there
+        eLS_InvalidHandle = 4, // one of the requests is for a node that is not in the tree
         eLS_Conflict = 5, // another lock is in the way, and the time-out is 0
         eLS_TimedOut = 6,
     };
@@ -72,7 +72,7 @@ public:
     // on the node that gets a child, or no other thread holds any lock. A node that comes into the
     // tree is covered by the locks on the nodes above; the parents are marked as modified. (What
     // the hook of a parent throws passes on: an insertion or a move is complete then, a removal has
-    // not begun.)
+    // only given back the thread's locks.)
 
     /// Adds `node`, with all below it, behind the children of `parent`, which is in this tree.
     /// False, and nothing changes, for a node that is in a tree already.
@@ -144,6 +144,12 @@ private:
     /// Hands the children of the root to `former`, and gives it those of `next`.
     void exchangeTree(TaNode& former, TaNode& next) TU_REQUIRES(m_lock);
     void forget(TaNode& node) noexcept TU_REQUIRES(m_lock);
+    bool isInTree(const TaNode* node) const
+    {
+        return node != nullptr && node->m_dataManager.load() == this;
+    }
+    static bool areOnOnePath(const TaNode& a, const TaNode& b);
+    void wakeReaders(const TaNode& node) noexcept TU_REQUIRES(m_lock);
     void wakeWaiting() noexcept TU_REQUIRES(m_lock);
 
     void dump(TuStreamWriteASCII& stream) const override;

@@ -50,7 +50,17 @@ public:
     template <class Use> bool ForEach(Use&& use) const;
 
 private:
-    using Handles = TuSet<TaDataHandleBase*>;
+    /// With buckets for threads that ask for many nodes at once.
+    class Handles : public TuSet<TaDataHandleBase*>
+    {
+    public:
+        Handles()
+            : TuSet(kBlockSize, kBucketCount)
+        {
+        }
+    };
+    static constexpr unsigned int kBlockSize = 10;
+    static constexpr unsigned int kBucketCount = 1021;
     /// A thread that has one handle; no handle: the place is free.
     struct SSingle
     {

@@ -80,11 +80,11 @@ bool TaLockAttempt::findObstacles() TU_NO_THREAD_SAFETY_ANALYSIS
 
 bool TaLockAttempt::findObstacle(TaDataHandleBase& handle) TU_NO_THREAD_SAFETY_ANALYSIS
 {
-    if (!handle.IsValid()) {
+    const TaNode* const node = handle.getNode();
+    if (!handle.IsValid() || !m_manager.isInTree(node)) {
         return false;
     }
     const bool write = handle.GetAccessRights() == TaDataHandleBase::eAR_Write;
-    const TaNode* const node = handle.getNode();
     const bool isFree = (write ? m_manager.m_lockCount : m_manager.m_writeLockCount) == 0;
     if (const TaNode* const obstacle
         = isFree ? nullptr : m_manager.checkReadWriteLocks(node, write)) {

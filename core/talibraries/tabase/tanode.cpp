@@ -409,7 +409,9 @@ bool TaNode::isWriteLocked() const
 }
 
 // The stream may be anybody's, so nothing is written under a lock.
-void TaNode::dump(TuStreamWriteASCII& stream) const
+void TaNode::dump(TuStreamWriteASCII& stream) const { dumpTree(stream, std::nullopt); }
+
+void TaNode::dumpTree(TuStreamWriteASCII& stream, std::optional<unsigned int> reader) const
 {
     TuArray<SDumpLine> lines;
     for (Descent walk(*this, &TaNode::m_childrenLock); walk.Get() != nullptr; walk.Next(true)) {
@@ -425,17 +427,25 @@ void TaNode::dump(TuStreamWriteASCII& stream) const
             stream << lead.c_str() << u" |-- ";
             lead += line.isLast ? kEnded : kGoesOn;
         }
-        (line.node.IsNull() ? this : line.node.Get())->dumpLine(stream);
+        (line.node.IsNull() ? this : line.node.Get())->dumpLine(stream, reader);
     }
 }
 
-void TaNode::dumpLine(TuStreamWriteASCII& stream) const
+void TaNode::dumpLine(TuStreamWriteASCII& stream, std::optional<unsigned int> reader) const
 {
     stream << makePrintable(GetName()) << u" (" << GetClassName() << u")";
-    if (const ISerializable* const data = getData(); data != nullptr) {
-        if (const auto* value = dynamic_cast<const TuIDumpable<1>*>(data)) {
+    if (const auto* value = dynamic_cast<const TuIDumpable<1>*>(getData())) {
+        if (reader && isWrittenByOthers(*reader)) {
+            stream << u", being written";
+        } else {
             stream << u" = " << makePrintable(value->ToString());
         }
     }
     stream << (isModified() ? u", modified\n" : u"\n");
+}
+
+bool TaNode::isWrittenByOthers(unsigned int threadId) const
+{
+    const Guard guard(m_countLock);
+    return m_writeCount != m_threadCounts.Get(threadId).write;
 }

@@ -16,6 +16,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <optional>
 
 #include "platform/platformmacrospush.h"
 
@@ -175,7 +176,10 @@ private:
         TU_REQUIRES(m_countLock);
     void signalLocked(bool wasLocked) TU_REQUIRES(m_countLock);
     void destroyBelow();
-    void dumpLine(TuStreamWriteASCII& stream) const;
+    /// For `reader`, under the manager's lock: without the values that other threads may change.
+    void dumpTree(TuStreamWriteASCII& stream, std::optional<unsigned int> reader) const;
+    void dumpLine(TuStreamWriteASCII& stream, std::optional<unsigned int> reader) const;
+    bool isWrittenByOthers(unsigned int threadId) const;
 
     bool m_serializeLeaves; // changed only while the node is read back from a stream
     bool m_trackModified; // likewise
