@@ -14,6 +14,11 @@ public:
     TuCriticalSection& operator=(const TuCriticalSection&) = delete;
 
     void Enter() noexcept TU_ACQUIRE() TU_NO_THREAD_SAFETY_ANALYSIS { m_lock.Enter(); }
+    /// For locks whose order follows from data: see platform::CriticalSection.
+    void EnterInAnyOrder() noexcept TU_ACQUIRE() TU_NO_THREAD_SAFETY_ANALYSIS
+    {
+        m_lock.EnterInAnyOrder();
+    }
     void Leave() noexcept TU_RELEASE() TU_NO_THREAD_SAFETY_ANALYSIS { m_lock.Leave(); }
 
 private:
@@ -32,6 +37,23 @@ public:
     ~TuCriticalSectionAuto() TU_RELEASE() { m_lock.Leave(); }
     TuCriticalSectionAuto(const TuCriticalSectionAuto&) = delete;
     TuCriticalSectionAuto& operator=(const TuCriticalSectionAuto&) = delete;
+
+private:
+    TuCriticalSection& m_lock;
+};
+
+/// The same for a lock whose order among others follows from data.
+class TU_SCOPED_CAPABILITY TuCriticalSectionAutoInAnyOrder
+{
+public:
+    explicit TuCriticalSectionAutoInAnyOrder(TuCriticalSection& lock) noexcept TU_ACQUIRE(lock)
+        : m_lock(lock)
+    {
+        m_lock.EnterInAnyOrder();
+    }
+    ~TuCriticalSectionAutoInAnyOrder() TU_RELEASE() { m_lock.Leave(); }
+    TuCriticalSectionAutoInAnyOrder(const TuCriticalSectionAutoInAnyOrder&) = delete;
+    TuCriticalSectionAutoInAnyOrder& operator=(const TuCriticalSectionAutoInAnyOrder&) = delete;
 
 private:
     TuCriticalSection& m_lock;

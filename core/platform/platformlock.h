@@ -28,12 +28,16 @@ public:
     CriticalSection& operator=(const CriticalSection&) = delete;
 
     void Enter() noexcept TU_ACQUIRE();
+    /// The same for locks whose order is not fixed but follows from data, as that of a tree that
+    /// changes does: the thread sanitizer then looks for no order in them.
+    void EnterInAnyOrder() noexcept TU_ACQUIRE();
     void Leave() noexcept TU_RELEASE();
 
 private:
 #if defined(_WIN32)
     alignas(void*) unsigned char m_native[40]; // a CRITICAL_SECTION
 #else
+    void enter() noexcept;
     void enterSlowly(std::uint32_t self) noexcept;
 
     std::atomic<std::uint32_t> m_holder{ 0 }; // the thread's number, and a bit that others wait

@@ -21,6 +21,10 @@ namespace {
     void noteGone(void* lock) { __tsan_mutex_destroy(lock, kKind); }
     void noteEntering(void* lock) { __tsan_mutex_pre_lock(lock, kKind); }
     void noteEntered(void* lock) { __tsan_mutex_post_lock(lock, kKind, 0); }
+    // As if it were only tried, which can block nobody.
+    constexpr unsigned int kAnyOrder = kKind | __tsan_mutex_try_lock;
+    void noteEnteringInAnyOrder(void* lock) { __tsan_mutex_pre_lock(lock, kAnyOrder); }
+    void noteEnteredInAnyOrder(void* lock) { __tsan_mutex_post_lock(lock, kAnyOrder, 0); }
     void noteLeaving(void* lock) { __tsan_mutex_pre_unlock(lock, kKind); }
     void noteLeft(void* lock) { __tsan_mutex_post_unlock(lock, kKind); }
 #else
@@ -28,6 +32,8 @@ namespace {
     void noteGone(void*) { }
     void noteEntering(void*) { }
     void noteEntered(void*) { }
+    void noteEnteringInAnyOrder(void*) { }
+    void noteEnteredInAnyOrder(void*) { }
     void noteLeaving(void*) { }
     void noteLeft(void*) { }
 #endif
@@ -41,6 +47,19 @@ CriticalSection::~CriticalSection() { noteGone(this); }
 void CriticalSection::Enter() noexcept TU_NO_THREAD_SAFETY_ANALYSIS
 {
     noteEntering(this);
+    enter();
+    noteEntered(this);
+}
+
+void CriticalSection::EnterInAnyOrder() noexcept TU_NO_THREAD_SAFETY_ANALYSIS
+{
+    noteEnteringInAnyOrder(this);
+    enter();
+    noteEnteredInAnyOrder(this);
+}
+
+inline void CriticalSection::enter() noexcept
+{
     const std::uint32_t self = CurrentThreadNumber();
     std::uint32_t holder = 0;
     if (!m_holder.compare_exchange_strong(
@@ -51,7 +70,6 @@ void CriticalSection::Enter() noexcept TU_NO_THREAD_SAFETY_ANALYSIS
             enterSlowly(self);
         }
     }
-    noteEntered(this);
 }
 
 /// Who had to wait cannot know whether he was the last one, so he holds the lock with the bit set;

@@ -29,6 +29,8 @@ void CriticalSection::Enter() noexcept TU_NO_THREAD_SAFETY_ANALYSIS
     ::EnterCriticalSection(asSection(m_native));
 }
 
+void CriticalSection::EnterInAnyOrder() noexcept TU_NO_THREAD_SAFETY_ANALYSIS { Enter(); }
+
 void CriticalSection::Leave() noexcept TU_NO_THREAD_SAFETY_ANALYSIS
 {
     ::LeaveCriticalSection(asSection(m_native));

@@ -12,6 +12,9 @@
 
 namespace {
 
+/// A node's locks are taken from parent to child, and who is whose child changes.
+using Guard = TuCriticalSectionAutoInAnyOrder;
+
 constexpr unsigned int kChildrenBlockSize = 10;
 
 /// What a dump needs of a node, taken under the locks.
@@ -68,7 +71,7 @@ void TaNode::destroyBelow()
     for (;;) {
         TuSmartPointer<TaNode> child;
         {
-            const TuCriticalSectionAuto guard(node->m_childrenLock);
+            const Guard guard(node->m_childrenLock);
             if (!node->m_children.IsEmpty()) {
                 TaNode& first = *node->m_children.GetHead().node;
                 if (first.getReferenceCounter().GetCount() == 1 && first.HasChildren()) {
@@ -94,7 +97,7 @@ const TuRTTI& TaNode::GetRTTIData() const { return GetRTTI(); }
 
 TuSmartPointer<TaNode> TaNode::GetParent()
 {
-    const TuCriticalSectionAuto guard(m_childrenLock);
+    const Guard guard(m_childrenLock);
     return m_parent.Lock();
 }
 
@@ -105,7 +108,7 @@ TuSmartPointer<const TaNode> TaNode::GetParent() const
 
 TuSmartPointer<TaNode> TaNode::FindChild(const String& name)
 {
-    const TuCriticalSectionAuto guard(m_childrenLock);
+    const Guard guard(m_childrenLock);
     const auto found = std::find_if(m_children.begin(), m_children.end(),
         [&name](const SChildData& child) { return child.node->GetName() == name; });
     return found != m_children.end() ? found->node : TuSmartPointer<TaNode>();
@@ -118,7 +121,7 @@ TuSmartPointer<const TaNode> TaNode::FindChild(const String& name) const
 
 std::uint32_t TaNode::GetChildrenCount() const
 {
-    const TuCriticalSectionAuto guard(m_childrenLock);
+    const Guard guard(m_childrenLock);
     return m_children.GetCount();
 }
 
@@ -178,33 +181,26 @@ void TaNode::setModified(bool modified, bool recursive)
 
 void TaNode::addChild(const TuSmartPointer<TaNode>& child)
 {
-    const TuCriticalSectionAuto guard(m_childrenLock);
+    const Guard guard(m_childrenLock);
     child->m_place = m_children.Add({ child });
 }
 
 void TaNode::prepareChild()
 {
     const TuWeakPointer<TaNode> firstLink(this); // the first one makes the block for all
-    const TuCriticalSectionAuto guard(m_childrenLock);
+    const Guard guard(m_childrenLock);
     m_children.Add({ nullptr }); // nobody sees it, and its room is the next to be taken
     m_children.RemoveTail();
 }
 
 // A walk that holds the lock of a parent goes by the place of the child and its link to the parent,
-// so both change at once, under the locks of both parents: that of the upper one first, as walks
-// take them. (Where neither lies below the other, no walk holds one while it waits for the other.)
-void TaNode::moveTo(TaNode& parent) noexcept TU_NO_THREAD_SAFETY_ANALYSIS
+// so both change under that lock. For a moment the node hangs nowhere: with the locks of two
+// parents held at once, the order of locks would depend on where these are in the tree.
+void TaNode::moveTo(TaNode& parent) noexcept
 {
     const TuSmartPointer<TaNode> self(this); // its parent may hold the last reference
-    const TuSmartPointer<TaNode> former = GetParent();
-    const bool isFormerLower = !former.IsNull() && former->isDescendantOf(&parent);
-    TuCriticalSection& formerLock
-        = former.IsNull() ? parent.m_childrenLock : former->m_childrenLock;
-    const TuCriticalSectionAuto first(isFormerLower ? parent.m_childrenLock : formerLock);
-    const TuCriticalSectionAuto second(isFormerLower ? formerLock : parent.m_childrenLock);
-    if (!former.IsNull()) {
-        former->m_children.Erase(m_place);
-    }
+    unlink(false, true);
+    const Guard guard(parent.m_childrenLock);
     parent.addChild(self);
     setParent(&parent);
 }
@@ -212,7 +208,7 @@ void TaNode::moveTo(TaNode& parent) noexcept TU_NO_THREAD_SAFETY_ANALYSIS
 void TaNode::setParent(TaNode* parent)
 {
     TuSmartPointer<TaNode> former; // goes when the lock has been left
-    const TuCriticalSectionAuto guard(m_childrenLock);
+    const Guard guard(m_childrenLock);
     former = m_parent.Lock();
     if (parent == nullptr || former != parent) {
         m_parent.Set(parent);
@@ -229,7 +225,7 @@ void TaNode::unlink(bool children, bool fromParent)
     }
     const TuSmartPointer<TaNode> self(this); // its parent may hold the last reference
     if (const TuSmartPointer<TaNode> parent = GetParent(); !parent.IsNull()) {
-        const TuCriticalSectionAuto guard(parent->m_childrenLock);
+        const Guard guard(parent->m_childrenLock);
         parent->m_children.Erase(std::exchange(m_place, {}));
         setParent(nullptr);
     }
@@ -238,7 +234,7 @@ void TaNode::unlink(bool children, bool fromParent)
 void TaNode::unlinkChildren()
 {
     TuList<SChildData> children(kChildrenBlockSize); // they go when the lock has been left
-    const TuCriticalSectionAuto guard(m_childrenLock);
+    const Guard guard(m_childrenLock);
     m_children.Swap(children);
     for (const SChildData& child : children) {
         child.node->m_place = {};
@@ -248,8 +244,8 @@ void TaNode::unlinkChildren()
 
 void TaNode::takeChildren(TaNode& other)
 {
-    const TuCriticalSectionAuto guard(m_childrenLock);
-    const TuCriticalSectionAuto otherGuard(other.m_childrenLock);
+    const Guard guard(m_childrenLock);
+    const Guard otherGuard(other.m_childrenLock);
     for (const SChildData& child : other.m_children) {
         child.node->setParent(this); // only the first can fail, for the block of the weak links
     }
@@ -393,7 +389,7 @@ void TaNode::removeOwnCounters()
 
 void TaNode::resetReadWriteCounters(unsigned int threadId, SReadWriteCount count)
 {
-    const TuCriticalSectionAuto guard(m_countLock);
+    const Guard guard(m_countLock);
     const SReadWriteCount held = m_threadCounts.Get(threadId);
     changeOwnCounters(
         threadId, std::int64_t{ count.read } - held.read, std::int64_t{ count.write } - held.write);
@@ -401,19 +397,19 @@ void TaNode::resetReadWriteCounters(unsigned int threadId, SReadWriteCount count
 
 bool TaNode::isLocked() const
 {
-    const TuCriticalSectionAuto guard(m_countLock);
+    const Guard guard(m_countLock);
     return (m_readCount | m_writeCount) != 0;
 }
 
 bool TaNode::isReadLocked() const
 {
-    const TuCriticalSectionAuto guard(m_countLock);
+    const Guard guard(m_countLock);
     return m_readCount != 0;
 }
 
 bool TaNode::isWriteLocked() const
 {
-    const TuCriticalSectionAuto guard(m_countLock);
+    const Guard guard(m_countLock);
     return m_writeCount != 0;
 }
 

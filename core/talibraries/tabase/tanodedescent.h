@@ -1,5 +1,6 @@
 #pragma once
 
+#include "groundwork/tuassert.h"
 #include "tabase/tanode.h"
 
 #include <cstdint>
@@ -69,7 +70,9 @@ private:
     }
     void enter(TaNode* node) TU_NO_THREAD_SAFETY_ANALYSIS
     {
-        (node->*m_lock).Enter();
+        TU_ASSERT(m_node == nullptr || node->getParentNode() == m_node,
+            "a walk takes the locks of nodes from parent to child, or two could block each other");
+        (node->*m_lock).EnterInAnyOrder();
         m_node = node;
         fetchAhead();
     }
