@@ -7,7 +7,6 @@
 #include "support/processortime.h"
 #include "support/testlatch.h"
 #include "support/testrandom.h"
-#include "support/treelimits.h"
 #include "support/worker.h"
 #include "tabase/tadatahandlelockonly.h"
 
@@ -770,13 +769,9 @@ private:
     }
 
     const Pointer& pick(std::mt19937_64& random) { return m_nodes[random() % kNodes]; }
-    /// A node, and another to be its parent.
-    std::pair<Pointer, Pointer> pickTwo(std::mt19937_64& random)
+    const Pointer& pickParent(std::mt19937_64& random)
     {
-        const std::size_t first = random() % kNodes;
-        const std::size_t count = kMayNodesChangeOrder ? kNodes : first;
-        const std::size_t second = random() % (count + count / 4 + 1);
-        return { m_nodes[first], second < count ? m_nodes[second] : m_manager.GetRootNode() };
+        return random() % 4 == 0 ? m_root : pick(random);
     }
     void count(bool changed) { m_changes += changed ? 1 : 0; }
 
@@ -784,21 +779,17 @@ private:
     {
         const auto timeout = static_cast<unsigned int>(random() % 3);
         switch (random() % 8) {
-        case 0: {
-            const auto [node, parent] = pickTwo(random);
-            count(m_manager.InsertNode(node, parent));
+        case 0:
+            count(m_manager.InsertNode(pick(random), pickParent(random)));
             break;
-        }
         case 1:
         case 2: { // change what is locked
-            const auto [child, parent] = pickTwo(random);
-            Write node(m_manager, child);
-            const Write other(m_manager, parent);
+            Write node(m_manager, pick(random));
+            const Write parent(m_manager, pickParent(random));
             if (m_manager.TryLockAndWait(timeout)) {
-                count(m_manager.MoveNode(node, parent));
-                const auto [newcomer, place] = pickTwo(random);
-                count(m_manager.InsertNode(newcomer, place));
-                child->SetModified(true, true);
+                count(m_manager.MoveNode(node, parent.GetNode()));
+                count(m_manager.InsertNode(pick(random), parent.GetNode()));
+                node.GetNode()->SetModified(true, true);
                 if (random() % 4 == 0) {
                     count(m_manager.RemoveNode(node));
                 }
@@ -841,6 +832,7 @@ private:
     }
 
     Manager m_manager;
+    const Pointer m_root = m_manager.GetRootNode();
     std::vector<Pointer> m_nodes;
     std::deque<TestLatch> m_gates;
     TuCriticalSection m_sharedLock;
