@@ -105,6 +105,10 @@ private:
             locks.size());
         expect(total.read == node.m_readCount && total.write == node.m_writeCount, name,
             ": the totals are not the sums over the threads");
+        expect(node.isReadLocked() == (node.m_readCount != 0)
+                && node.isWriteLocked() == (node.m_writeCount != 0)
+                && node.isLocked() == (node.m_readCount + node.m_writeCount != 0),
+            name, ": it does not tell its locks");
         expect(node.m_unlockedEvent.IsSet() == (node.m_readCount + node.m_writeCount == 0), name,
             ": the event does not tell whether the node is free");
         expect(node.m_dataManager.load() == manager, name, ": the wrong manager");

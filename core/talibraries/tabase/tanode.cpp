@@ -6,6 +6,7 @@
 #include "tabase/tanodedescent.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -374,17 +375,11 @@ void TaNode::adaptCounters(const TaNode& newParent)
 void TaNode::resetReadWriteCounters() TU_NO_THREAD_SAFETY_ANALYSIS
 {
     for (Descent walk(*this, &TaNode::m_countLock); walk.Get() != nullptr; walk.Next(true)) {
-        walk.Get()->removeOwnCounters();
+        while (
+            const std::optional<unsigned int> thread = walk.Get()->m_threadCounts.GetAnyThread()) {
+            walk.Get()->resetReadWriteCounters(*thread, SReadWriteCount());
+        }
     }
-}
-
-void TaNode::removeOwnCounters()
-{
-    const bool wasLocked = (m_readCount | m_writeCount) != 0;
-    m_threadCounts.RemoveAll();
-    m_readCount = 0;
-    m_writeCount = 0;
-    signalLocked(wasLocked);
 }
 
 void TaNode::resetReadWriteCounters(unsigned int threadId, SReadWriteCount count)

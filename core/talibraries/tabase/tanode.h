@@ -173,7 +173,6 @@ private:
     /// False, and without effect, where that would take away more than is there.
     bool changeOwnCounters(unsigned int threadId, std::int64_t read, std::int64_t write)
         TU_REQUIRES(m_countLock);
-    void removeOwnCounters() TU_REQUIRES(m_countLock);
     void signalLocked(bool wasLocked) TU_REQUIRES(m_countLock);
     void destroyBelow();
     void dumpLine(TuStreamWriteASCII& stream) const;

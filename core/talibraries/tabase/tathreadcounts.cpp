@@ -4,9 +4,11 @@
 constexpr unsigned int TaThreadCounts::kBlockSize;
 constexpr unsigned int TaThreadCounts::kBucketCount;
 
-bool TaThreadCounts::IsEmpty() const
+std::optional<unsigned int> TaThreadCounts::GetAnyThread() const
 {
-    return m_first[0].count.IsZero() && m_first[1].count.IsZero() && m_others == nullptr;
+    std::optional<unsigned int> any;
+    ForEach([&any](unsigned int threadId, SReadWriteCount) { any = threadId; });
+    return any;
 }
 
 SReadWriteCount& TaThreadCounts::findOrMakeInMap(unsigned int threadId)
@@ -35,10 +37,4 @@ void TaThreadCounts::removeFromMap(unsigned int threadId)
     if (m_others->IsEmpty()) {
         m_others.reset();
     }
-}
-
-void TaThreadCounts::RemoveAll()
-{
-    m_first = {};
-    m_others.reset();
 }

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 /// The locks that one thread holds on a node.
 struct SReadWriteCount
@@ -38,12 +39,12 @@ public:
         const SReadWriteCount* count = find(threadId);
         return count != nullptr ? *count : SReadWriteCount();
     }
-    bool IsEmpty() const;
+    /// Some thread that holds something; nothing where nobody does.
+    std::optional<unsigned int> GetAnyThread() const;
 
     /// Changes what the thread holds by the two numbers, which take away no more than is there. A
     /// thread that holds nothing any more has no entry.
     void Add(unsigned int threadId, std::int64_t read, std::int64_t write);
-    void RemoveAll();
 
     /// Calls `use(threadId, count)` for each thread that holds something.
     template <class Use> void ForEach(Use&& use) const;
