@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-/// What the trees of a test may be under a sanitizer.
+/// How large the trees of a test may be under a sanitizer.
 
 #if defined(TA_THREAD_SANITIZER)
 /// Leaves out, by name, tests of deep trees: a walk holds the lock of each node on its way.
@@ -12,14 +12,6 @@
     GTEST_SKIP() << "the thread sanitizer ends a program where a thread holds 65 locks"
 #else
 #define SKIP_IF_LOCKS_PER_THREAD_ARE_FEW() static_cast<void>(0)
-#endif
-
-/// Whether a node may come above one that it was below before. The thread sanitizer, which does not
-/// know that a walk holds still the lists on its way, sees a danger of deadlock in their locks.
-#if defined(TA_THREAD_SANITIZER)
-inline constexpr bool kMayNodesChangeOrder = false;
-#else
-inline constexpr bool kMayNodesChangeOrder = true;
 #endif
 
 #if defined(TA_THREAD_SANITIZER)

@@ -1,6 +1,5 @@
 #include "support/datatreeprobe.h"
 #include "support/treebytes.h"
-#include "support/treelimits.h"
 #include "support/worker.h"
 #include "tabase/tadatahandlelockonly.h"
 #include "tabase/tadatamanager.h"
@@ -250,9 +249,6 @@ private:
         const Pointer& first = m_nodes[a % kNodes];
         const Pointer& second = m_nodes[b % kNodes];
         const std::size_t which = m_handles.empty() ? kNone : a % m_handles.size();
-        const auto mayBeBelow = [](std::size_t node, std::size_t parent) {
-            return kMayNodesChangeOrder || parent < node;
-        };
         switch (kind) {
         case 0:
         case 1:
@@ -275,10 +271,8 @@ private:
         }
         case 6:
         case 7:
-            return !mayBeBelow(a % kNodes, b % kNodes)
-                ? std::pair<int, int>()
-                : std::pair<int, int>(m_model.Insert(thread, a % kNodes, b % kNodes),
-                    m_manager.InsertNode(first, second));
+            return { m_model.Insert(thread, a % kNodes, b % kNodes),
+                m_manager.InsertNode(first, second) };
         case 8:
             return b % 4 == 0 ? std::pair<int, int>(m_model.Reset(thread), m_manager.Reset(0))
                               : std::pair<int, int>();
@@ -299,7 +293,7 @@ private:
         case 11:
             return { m_model.Remove(thread, handle), m_manager.RemoveNode(*m_handles[which]) };
         default:
-            return handle.thread != thread || !mayBeBelow(handle.node, b % kNodes)
+            return handle.thread != thread
                 ? std::pair<int, int>()
                 : std::pair<int, int>(m_model.Move(thread, handle, b % kNodes),
                     m_manager.MoveNode(*m_handles[which], second));

@@ -1,7 +1,6 @@
 #include "groundwork/tuexceptions.h"
 #include "support/datatreeprobe.h"
 #include "support/expectfailure.h"
-#include "support/memorystreams.h"
 #include "support/temporaryfolder.h"
 #include "support/treebytes.h"
 #include "support/worker.h"
@@ -274,37 +273,6 @@ TEST_F(NodeTreeStreamTest, LocksOfOtherThreadsForbidStoringAndReplacing)
     }
     EXPECT_EQ(describe(m_manager).find("thread"), std::string::npos);
     EXPECT_FALSE(m_manager.IsCurrentThreadLocking());
-}
-
-TEST_F(NodeTreeStreamTest, NobodyChangesTheTreeWhileItIsWritten)
-{
-    /// Lets another thread try at each write.
-    class WatchedStream : public TuStreamWriteBinary
-    {
-    public:
-        explicit WatchedStream(TaDataManager& manager)
-            : m_manager(manager)
-        {
-        }
-        int tries = 0;
-
-    private:
-        void write(const void*, unsigned long long) override
-        {
-            m_worker.Do([this] {
-                const TaDataHandleLockOnly<1> handle(m_manager, m_manager.FindChild(u"Mesh"));
-                EXPECT_FALSE(m_manager.TryLock());
-                EXPECT_FALSE(m_manager.InsertNode(TuMake<TaNode>(), m_manager.GetRootNode()));
-                ++tries;
-            });
-        }
-        TaDataManager& m_manager;
-        Worker m_worker;
-    };
-    WatchedStream stream(m_manager);
-    m_manager.Serialize(stream);
-    EXPECT_GT(stream.tries, 0);
-    describe(m_manager);
 }
 
 } // namespace

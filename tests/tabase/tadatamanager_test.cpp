@@ -7,7 +7,6 @@
 #include "support/processortime.h"
 #include "support/testlatch.h"
 #include "support/testrandom.h"
-#include "support/treelimits.h"
 #include "support/worker.h"
 #include "tabase/tadatahandlelockonly.h"
 
@@ -51,8 +50,9 @@ Manager::ELockStatus tryLock(Manager& manager, unsigned int timeout = 0)
 class TaDataManagerTest : public testing::Test
 {
 protected:
-    TaDataManagerTest()
-        : m_a(insert(u"a", m_manager.GetRootNode()))
+    explicit TaDataManagerTest(Manager::EFairness fairness = Manager::eF_None)
+        : m_manager(fairness)
+        , m_a(insert(u"a", m_manager.GetRootNode()))
         , m_aa(insert(u"aa", m_a))
         , m_ab(insert(u"ab", m_a))
         , m_b(insert(u"b", m_manager.GetRootNode()))
@@ -138,139 +138,46 @@ protected:
     const Pointer m_b;
 };
 
-TEST_F(TaDataManagerTest, GrantsAllRequestsOfAThreadOrNone)
-{
-    EXPECT_EQ(lock(), Manager::eLS_NoRequests);
-    Worker other;
-    {
-        const Write obstacle = granted<Write>(other, m_ab);
-        const Read a(m_manager, m_aa);
-        const Write b(m_manager, m_ab);
-        EXPECT_EQ(lock(), Manager::eLS_Conflict);
-        EXPECT_FALSE(a.IsAccessGranted() || b.IsAccessGranted());
-        EXPECT_EQ(TaDataTreeProbe::GetReadCount(*m_aa), 0u);
-        EXPECT_EQ(countRequests(), 0u);
-        EXPECT_EQ(lock(), Manager::eLS_NoRequests);
-        const Read again(m_manager, m_ab);
-        EXPECT_EQ(lock(1), Manager::eLS_TimedOut);
-        EXPECT_EQ(lock(1), Manager::eLS_NoRequests);
-    }
-    // Those of one thread are not in each other's way.
-    const Write top(m_manager, m_manager.GetRootNode());
-    const Read middle(m_manager, m_a);
-    const Write bottom(m_manager, m_aa);
-    EXPECT_FALSE(m_manager.IsCurrentThreadLocking());
-    EXPECT_EQ(lock(), Manager::eLS_Granted);
-    EXPECT_TRUE(top.IsAccessGranted() && middle.IsAccessGranted() && bottom.IsAccessGranted());
-    EXPECT_TRUE(m_manager.IsCurrentThreadLocking());
-    other.Do([&] { EXPECT_FALSE(m_manager.IsCurrentThreadLocking()); });
-}
-
-/// A handle whose validity is the test's choice.
-class FadingHandle : public TaDataHandleBase
+/// A handle that has lost its node.
+class InvalidHandle : public Write
 {
 public:
-    FadingHandle(Manager& manager, Pointer node)
-        : TaDataHandleBase(manager)
-        , m_node(std::move(node))
-    {
-        requestLock();
-    }
-    ~FadingHandle() override { leaveManager(); }
-    bool valid = false;
+    using Write::Write;
 
 protected:
-    EAccessRights getAccessRights() override { return eAR_Write; }
-    bool isValid() const override { return valid; }
-    const TaNode* getNode() const override { return m_node.Get(); }
-
-private:
-    Pointer m_node;
+    bool isValid() const override { return false; }
 };
 
 TEST_F(TaDataManagerTest, AnInvalidHandleDropsTheRequests)
 {
     const Read good(m_manager, m_b);
-    const FadingHandle bad(m_manager, m_a);
+    const InvalidHandle bad(m_manager, m_a);
     EXPECT_EQ(lock(kPatienceMs), Manager::eLS_InvalidHandle);
     EXPECT_FALSE(good.IsAccessGranted());
     EXPECT_EQ(lock(), Manager::eLS_NoRequests);
-}
-
-TEST_F(TaDataManagerTest, AFittingLockOnTheNodeIsGrantedAgainAtOnce)
-{
-    {
-        std::optional<Write> outer(std::in_place, m_manager, m_a);
-        EXPECT_EQ(lock(), Manager::eLS_Granted);
-        const Read sameRead(m_manager, m_a);
-        const Write belowWrite(m_manager, m_aa); // the lock on the parent covers it
-        const Read belowRead(m_manager, m_aa);
-        EXPECT_TRUE(sameRead.IsAccessGranted() && belowWrite.IsAccessGranted()
-            && belowRead.IsAccessGranted());
-        EXPECT_EQ(lock(), Manager::eLS_NoRequests);
-        EXPECT_EQ(TaDataTreeProbe::GetWriteCount(*m_aa), 2u);
-        EXPECT_EQ(TaDataTreeProbe::GetReadCount(*m_aa), 2u);
-        outer.reset(); // each is counted for itself
-        EXPECT_EQ(findFault(), "");
-        EXPECT_TRUE(belowWrite.IsAccessGranted());
-        EXPECT_EQ(TaDataTreeProbe::GetWriteCount(*m_aa), 1u);
-        EXPECT_EQ(TaDataTreeProbe::GetWriteCount(*m_ab), 0u);
-    }
-    EXPECT_FALSE(m_manager.IsCurrentThreadLocking());
-    const Read reading(m_manager, m_a);
-    EXPECT_EQ(lock(), Manager::eLS_Granted);
-    const Read again(m_manager, m_ab);
-    EXPECT_TRUE(again.IsAccessGranted());
-    // Nobody else has it easier for that.
-    Worker other;
-    other.Do([&] { EXPECT_FALSE(Read(m_manager, m_aa).IsAccessGranted()); });
-}
-
-TEST_F(TaDataManagerTest, AThreadsOwnLocksAreInItsWay)
-{
-    const auto expectInTheWay = [this](auto&& makeHandle, const char* lockInTheWay) {
-        {
-            const auto handle = makeHandle();
-            EXPECT_FALSE(handle.IsAccessGranted());
-            const std::string text = m_manager.ToString().ToUtf8();
-            const std::size_t requests = text.find("in the way:");
-            ASSERT_NE(requests, text.npos) << text;
-            EXPECT_NE(text.find(lockInTheWay, requests), text.npos) << text;
-            EXPECT_NE(text.find("itself", requests), text.npos) << text;
-            EXPECT_EQ(lock(), Manager::eLS_Conflict);
-        }
-        const auto handle = makeHandle();
-        EXPECT_EQ(lock(1), Manager::eLS_TimedOut);
-    };
-    {
-        const Read reading(m_manager, m_a);
-        EXPECT_EQ(lock(), Manager::eLS_Granted);
-        for (const Pointer& node : { m_manager.GetRootNode(), m_a, m_aa }) {
-            expectInTheWay([&] { return Write(m_manager, node); }, "reads Root/a");
-        }
-    }
-    const Write writing(m_manager, m_aa);
-    EXPECT_EQ(lock(), Manager::eLS_Granted);
-    expectInTheWay([&] { return Write(m_manager, m_a); }, "writes Root/a/aa");
-    expectInTheWay([&] { return Read(m_manager, m_a); }, "writes Root/a/aa");
 }
 
 TEST_F(TaDataManagerTest, TheAccountNamesEachLockAndRequestAndWhatIsInTheWay)
 {
     Worker other;
     const Write obstacle = granted<Write>(other, m_ab);
+    const Read own(m_manager, m_b);
+    EXPECT_EQ(lock(), Manager::eLS_Granted);
     const Read waiting(m_manager, m_a);
-    const Read free(m_manager, m_b);
-    const std::string text = m_manager.ToString().ToUtf8();
+    const Write upgrade(m_manager, m_b); // a thread's own locks are in its way, too
+    const Read free(m_manager, m_aa);
     const std::string self = "thread " + std::to_string(platform::GetCurrentThreadId());
     const std::string holder
-        = "thread " + std::to_string(other.GetThreadId()) + " writes Root/a/ab";
+        = "thread " + std::to_string(other.GetThreadId()) + " writes Root/a/ab\n";
+    const std::string text = m_manager.ToString().ToUtf8();
     EXPECT_TRUE(text.starts_with("Root (TaNode)\n |-- a (TaNode)\n |   |-- aa (TaNode)\n")) << text;
-    EXPECT_NE(text.find("\n" + holder + "\n"), text.npos) << text;
-    EXPECT_NE(text.find(self + " asks to read Root/b\n"), text.npos) << text;
-    EXPECT_NE(
-        text.find(self + " asks to read Root/a; in the way:\n    " + holder + "\n"), text.npos)
-        << text;
+    for (const std::string& line :
+        { "\n" + holder, "\n" + self + " reads Root/b\n", self + " asks to read Root/a/aa\n",
+            self + " asks to read Root/a; in the way:\n    " + holder,
+            self + " asks to write Root/b; in the way:\n    " + self + " reads Root/b itself\n" }) {
+        EXPECT_NE(text.find(line), text.npos) << line << text;
+    }
+    EXPECT_EQ(lock(1), Manager::eLS_TimedOut);
 }
 
 TEST_F(TaDataManagerTest, ReadersShareAndAWriterWaitsForTheLast)
@@ -439,50 +346,36 @@ TEST_F(TaDataManagerTest, WaitingTakesNoProcessorTime)
 
 TEST_F(TaDataManagerTest, AHandleWithoutANodeIsGrantedAndLocksNothing)
 {
-    {
-        Write nothing(m_manager, nullptr);
-        EXPECT_TRUE(nothing.IsAccessGranted());
-        EXPECT_FALSE(nothing.IsValid());
-        EXPECT_FALSE(m_manager.IsCurrentThreadLocking());
-        EXPECT_EQ(lock(), Manager::eLS_NoRequests);
-        EXPECT_FALSE(m_manager.RemoveNode(nothing));
-        EXPECT_FALSE(m_manager.MoveNode(nothing, m_a));
-        const Read real(m_manager, m_a);
-        EXPECT_EQ(lock(), Manager::eLS_Granted);
-        const Write moved(std::move(nothing));
-        EXPECT_TRUE(moved.IsAccessGranted());
-        EXPECT_EQ(findFault(), "");
-    }
+    Write nothing(m_manager, nullptr);
+    EXPECT_TRUE(nothing.IsAccessGranted());
+    EXPECT_FALSE(nothing.IsValid() || m_manager.IsCurrentThreadLocking());
+    EXPECT_EQ(lock(), Manager::eLS_NoRequests);
+    EXPECT_FALSE(m_manager.RemoveNode(nothing));
+    EXPECT_FALSE(m_manager.MoveNode(nothing, m_a));
+    const Read real(m_manager, m_a);
+    EXPECT_EQ(lock(), Manager::eLS_Granted);
+    const Write moved(std::move(nothing));
+    EXPECT_TRUE(moved.IsAccessGranted());
     EXPECT_FALSE(Read().IsAccessGranted() || Read().IsValid());
-    EXPECT_EQ(findFault(), "");
 }
 
 TEST_F(TaDataManagerTest, ALockIsGivenBackOnceAndTheLastOneTakesTheRequestsAlong)
 {
-    {
-        Read first(m_manager, m_a);
-        const Read second(m_manager, m_a);
-        EXPECT_EQ(lock(), Manager::eLS_Granted);
-        first.Unlock();
-        EXPECT_FALSE(first.IsAccessGranted());
-        EXPECT_TRUE(first.IsValid());
-        first.Unlock();
-        EXPECT_EQ(TaDataTreeProbe::GetReadCount(*m_aa), 1u);
-        EXPECT_EQ(findFault(), "");
-    }
-    EXPECT_FALSE(m_manager.IsCurrentThreadLocking());
-
-    std::optional<Read> held(std::in_place, m_manager, m_a);
+    Write first(m_manager, m_a);
     EXPECT_EQ(lock(), Manager::eLS_Granted);
+    Write second(m_manager, m_a);
+    first.Unlock();
+    EXPECT_FALSE(first.IsAccessGranted());
+    EXPECT_TRUE(first.IsValid());
+    first.Unlock();
+    EXPECT_EQ(TaDataTreeProbe::GetWriteCount(*m_aa), 1u);
     Read request(m_manager, m_b);
     request.Unlock(); // there is no lock to give back; the request stays
-    held.reset();
-    EXPECT_EQ(lock(), Manager::eLS_NoRequests);
-    EXPECT_FALSE(request.IsAccessGranted());
-    {
-        const Read withdrawn(m_manager, m_b);
-    }
-    EXPECT_EQ(lock(), Manager::eLS_NoRequests);
+    EXPECT_EQ(countRequests(), 1u);
+    second.Unlock();
+    EXPECT_EQ(countRequests(), 0u);
+    EXPECT_FALSE(m_manager.IsCurrentThreadLocking());
+    EXPECT_TRUE(m_manager.RemoveNode(first)); // it is not asked for a lock
 }
 
 TEST_F(TaDataManagerTest, AMovedHandleTakesItsRequestOrLockAlong)
@@ -567,144 +460,40 @@ TEST_F(TaDataManagerTest, AHandleMayOutliveItsManager)
     EXPECT_TRUE(m_manager.InsertNode(node, m_a)); // it is free for another tree
 }
 
-TEST_F(TaDataManagerTest, ANodeIsInsertedOnceAndWhereNobodyLooks)
+/// What the scripts of random steps do not try.
+TEST_F(TaDataManagerTest, OnlyAFreeTreeComesIntoThisTreeAndTheParentsAreMarkedAsModified)
 {
     const Pointer root = m_manager.GetRootNode();
     const Pointer node = makeNode(u"node");
     const Pointer inner = makeNode(u"inner");
     TaDataTreeProbe::AddChild(node, inner);
     Manager other;
-    EXPECT_FALSE(m_manager.InsertNode(nullptr, m_a));
-    EXPECT_FALSE(m_manager.InsertNode(node, nullptr));
-    EXPECT_FALSE(m_manager.InsertNode(node, makeNode(u"alone")));
-    EXPECT_FALSE(m_manager.InsertNode(node, node));
-    EXPECT_FALSE(m_manager.InsertNode(node, inner));
-    EXPECT_FALSE(m_manager.InsertNode(node, other.GetRootNode()));
-    EXPECT_FALSE(m_manager.InsertNode(inner, m_a)); // it has a parent
-    EXPECT_FALSE(m_manager.InsertNode(m_aa, m_b));
-    EXPECT_FALSE(m_manager.InsertNode(root, m_a));
-    EXPECT_FALSE(m_manager.InsertNode(other.GetRootNode(), m_a));
-    EXPECT_FALSE(root->IsModified(true));
-    EXPECT_EQ(findFault(), "");
-
-    Worker worker;
-    {
-        const Read elsewhere = granted<Read>(worker, m_b);
-        EXPECT_FALSE(m_manager.InsertNode(node, m_a)); // it might see this
-        const Read reading(m_manager, m_a);
-        EXPECT_EQ(lock(), Manager::eLS_Granted);
-        EXPECT_FALSE(m_manager.InsertNode(node, m_a));
-    }
-    const Read elsewhere = granted<Read>(worker, m_b);
-    const Write writing(m_manager, m_a);
+    Write handle(m_manager, m_aa);
+    EXPECT_FALSE(m_manager.MoveNode(handle, m_b));
     EXPECT_EQ(lock(), Manager::eLS_Granted);
-    const Read again(m_manager, m_aa);
-    EXPECT_TRUE(m_manager.InsertNode(node, m_aa)); // the lock on a covers it
-    EXPECT_EQ(findFault(), "");
+    for (const Pointer& parent :
+        { Pointer(), makeNode(u"alone"), other.GetRootNode(), node, inner }) {
+        EXPECT_FALSE(m_manager.InsertNode(node, parent));
+        EXPECT_FALSE(m_manager.MoveNode(handle, parent));
+    }
+    for (const Pointer& child : { Pointer(), inner, m_ab, root, other.GetRootNode() }) {
+        EXPECT_FALSE(m_manager.InsertNode(child, m_b));
+    }
+    EXPECT_FALSE(other.RemoveNode(handle));
+    EXPECT_TRUE(m_manager.MoveNode(handle, m_a)); // where it is
+    EXPECT_EQ(m_a->GetChildren()->GetName(), u"aa");
+    EXPECT_FALSE(root->IsModified(true));
+
+    EXPECT_TRUE(m_manager.InsertNode(node, m_aa));
     EXPECT_EQ(TaDataTreeProbe::GetWriteCount(*inner), 1u);
-    EXPECT_EQ(TaDataTreeProbe::GetReadCount(*inner), 1u);
-    EXPECT_TRUE(inner->IsManaged());
     EXPECT_TRUE(m_aa->IsModified(false));
     EXPECT_FALSE(m_a->IsModified(false) || node->IsModified(true));
-}
-
-TEST_F(TaDataManagerTest, AMovedNodeKeepsItsOwnLocksAndTakesThoseOfItsNewPlace)
-{
-    const Pointer root = m_manager.GetRootNode();
-    Worker worker;
-    {
-        Write pending(m_manager, m_aa);
-        EXPECT_FALSE(m_manager.MoveNode(pending, m_b));
-        EXPECT_EQ(lock(), Manager::eLS_Granted);
-        Read reading(m_manager, m_aa);
-        EXPECT_FALSE(m_manager.MoveNode(reading, m_b));
-        EXPECT_FALSE(m_manager.MoveNode(pending, nullptr));
-        EXPECT_FALSE(m_manager.MoveNode(pending, makeNode(u"alone")));
-        EXPECT_FALSE(m_manager.MoveNode(pending, m_aa));
-        const Read elsewhere = granted<Read>(worker, m_b);
-        EXPECT_FALSE(m_manager.MoveNode(pending, root));
-        EXPECT_FALSE(m_manager.MoveNode(pending, m_b));
-    }
-    {
-        Write rootHandle(m_manager, root);
-        Write a(m_manager, m_a);
-        EXPECT_EQ(lock(), Manager::eLS_Granted);
-        EXPECT_FALSE(m_manager.MoveNode(rootHandle, m_a));
-        EXPECT_FALSE(m_manager.MoveNode(a, m_ab)); // under itself
-        EXPECT_TRUE(m_manager.MoveNode(a, root)); // where it is
-        EXPECT_EQ(root->FindChild(u"a"), m_a);
-        EXPECT_EQ(std::as_const(*root).GetChildren()->GetName(), u"a");
-        EXPECT_FALSE(root->IsModified(true));
-    }
-    std::optional<Write> from(std::in_place, m_manager, m_a);
-    std::optional<Write> to(std::in_place, m_manager, m_b);
-    EXPECT_EQ(lock(), Manager::eLS_Granted);
-    std::optional<Read> toRead(std::in_place, m_manager, m_b);
-    Write node(m_manager, m_aa);
-    ASSERT_TRUE(node.IsAccessGranted());
-    EXPECT_TRUE(m_manager.MoveNode(node, m_b));
-    EXPECT_EQ(findFault(), "");
-    EXPECT_EQ(m_aa->GetParent(), m_b);
-    EXPECT_EQ(m_a->GetChildrenCount(), 1u);
-    EXPECT_EQ(TaDataTreeProbe::GetWriteCount(*m_aa), 2u);
-    EXPECT_EQ(TaDataTreeProbe::GetReadCount(*m_aa), 1u);
+    EXPECT_TRUE(m_manager.MoveNode(handle, m_b));
     EXPECT_TRUE(m_a->IsModified(false) && m_b->IsModified(false));
-    EXPECT_FALSE(root->IsModified(false) || m_aa->IsModified(false));
-    from.reset();
-    to.reset();
-    EXPECT_EQ(findFault(), "");
-    EXPECT_EQ(TaDataTreeProbe::GetWriteCount(*m_aa), 1u);
-}
-
-TEST_F(TaDataManagerTest, ARemovedNodeTakesNoLockAlong)
-{
-    const Pointer root = m_manager.GetRootNode();
-    Worker worker;
-    {
-        Write rootHandle(m_manager, root);
-        Read reading(m_manager, m_a);
-        EXPECT_EQ(lock(), Manager::eLS_Granted);
-        EXPECT_FALSE(Manager().RemoveNode(rootHandle));
-        EXPECT_FALSE(m_manager.RemoveNode(rootHandle));
-        EXPECT_FALSE(m_manager.RemoveNode(reading));
-        EXPECT_TRUE(rootHandle.IsAccessGranted() && reading.IsAccessGranted());
-    }
-    Read above = granted<Read>(worker, root);
-    std::optional<Read> stale(granted<Read>(worker, m_aa));
-    const Read own(m_manager, m_b);
-    EXPECT_EQ(lock(), Manager::eLS_Granted);
-    Write handle(m_manager, m_a);
+    m_b->SetModified(false, false);
     EXPECT_TRUE(m_manager.RemoveNode(handle));
-    EXPECT_EQ(findFault(), "");
-    EXPECT_EQ(TaDataTreeProbe::FindFault(*m_a), "");
-    EXPECT_FALSE(own.IsAccessGranted() || handle.IsAccessGranted());
-    EXPECT_FALSE(m_manager.IsCurrentThreadLocking());
-    EXPECT_TRUE(m_a->GetParent().IsNull());
-    EXPECT_FALSE(m_a->IsManaged() || m_aa->IsManaged());
-    EXPECT_EQ(m_aa->GetParent(), m_a);
-    EXPECT_TRUE(root->IsModified(false));
-    EXPECT_FALSE(m_manager.RemoveNode(handle));
-
-    // In its tree again it is covered by what lies there now; the stale handle counts on for its
-    // thread alone.
-    above.Unlock();
-    EXPECT_FALSE(m_manager.InsertNode(m_a, m_b));
-    worker.Do([&] {
-        EXPECT_TRUE(m_manager.IsCurrentThreadLocking());
-        EXPECT_TRUE(m_manager.InsertNode(m_a, m_b));
-    });
-    EXPECT_EQ(findFault(), "");
-    const Write again = granted<Write>(worker, m_aa);
-    EXPECT_EQ(TaDataTreeProbe::GetWriteCount(*m_aa), 1u);
-    worker.Do([&] { stale.reset(); });
-    EXPECT_EQ(findFault(), "");
-    EXPECT_EQ(TaDataTreeProbe::GetReadCount(*m_aa), 0u);
-    worker.Do([&] { EXPECT_TRUE(m_manager.IsCurrentThreadLocking()); });
-
-    Write unlocked = granted<Write>(worker, m_ab);
-    unlocked.Unlock();
-    EXPECT_TRUE(m_manager.RemoveNode(unlocked)); // it is not asked for a lock
-    EXPECT_TRUE(m_ab->GetParent().IsNull());
+    EXPECT_TRUE(m_b->IsModified(false));
+    EXPECT_FALSE(root->IsModified(false));
 }
 
 TEST_F(TaDataManagerTest, AHandleThatLostItsLockWithItsNodeMovesNothing)
@@ -728,122 +517,88 @@ TEST_F(TaDataManagerTest, AHandleThatLostItsLockWithItsNodeMovesNothing)
     EXPECT_EQ(findFault(), "");
 }
 
-TEST_F(TaDataManagerTest, ResetWaitsUntilNobodyLooksAndEmptiesTheTree)
+TEST_F(TaDataManagerTest, ResetWaitsUntilNobodyLooks)
 {
-    const Pointer root = m_manager.GetRootNode();
     Worker worker;
     std::optional<Read> obstacle(granted<Read>(worker, m_aa));
     const Write own(m_manager, m_b);
     EXPECT_EQ(lock(), Manager::eLS_Granted);
-    for (const unsigned int timeout : { 0u, 1u }) {
-        EXPECT_FALSE(m_manager.Reset(timeout));
-        EXPECT_FALSE(own.IsAccessGranted());
-        EXPECT_EQ(root->GetChildrenCount(), 2u);
-        EXPECT_FALSE(root->IsModified(true));
-        EXPECT_EQ(countRequests(), 0u) << timeout;
-    }
+    EXPECT_FALSE(m_manager.Reset(1));
+    EXPECT_FALSE(own.IsAccessGranted());
+    EXPECT_FALSE(m_manager.GetRootNode()->IsModified(true));
+    EXPECT_EQ(countRequests(), 0u);
     worker.Begin([&] { obstacle.reset(); });
     EXPECT_TRUE(m_manager.Reset(kPatienceMs));
     worker.Finish();
-    EXPECT_EQ(findFault(), "");
-    EXPECT_FALSE(m_manager.IsCurrentThreadLocking());
-    EXPECT_FALSE(root->HasChildren());
-    EXPECT_TRUE(root->IsModified(false));
-    EXPECT_TRUE(m_a->GetParent().IsNull());
+    EXPECT_FALSE(m_manager.GetRootNode()->HasChildren());
+    EXPECT_TRUE(m_manager.GetRootNode()->IsModified(false));
     EXPECT_FALSE(m_a->IsManaged());
-    EXPECT_EQ(m_aa->GetParent(), m_a);
-    EXPECT_TRUE(m_manager.InsertNode(m_a, root));
 }
 
-/// The second run of each is one of the fair manager.
-TEST_F(TaDataManagerTest, AWaitingWriterHoldsBackNewReadersWhereTheManagerIsFair)
+class FairManagerTest : public TaDataManagerTest
 {
-    for (const bool fair : { false, true }) {
-        Manager manager(fair ? Manager::eF_WritersFirst : Manager::eF_None);
-        const Pointer root = manager.GetRootNode();
-        const Pointer wanted = makeNode(u"wanted");
-        const Pointer inner = makeNode(u"inner");
-        const Pointer elsewhere = makeNode(u"elsewhere");
-        EXPECT_TRUE(manager.InsertNode(wanted, root));
-        EXPECT_TRUE(manager.InsertNode(inner, wanted));
-        EXPECT_TRUE(manager.InsertNode(elsewhere, root));
-        std::array<Worker, 3> workers;
-        const auto wait = [&](std::size_t count) {
-            while (TaDataTreeProbe::GetWaitingThreads(manager) != count) {
-                std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            }
-        };
-        const auto tryRead = [&](const Pointer& node) {
-            const Read handle(manager, node);
-            return tryLock(manager);
-        };
-        Read reading(manager, inner);
-        EXPECT_EQ(tryLock(manager), Manager::eLS_Granted);
-        workers[0].Begin([&] {
-            const Write handle(manager, wanted);
-            EXPECT_EQ(tryLock(manager, kPatienceMs), Manager::eLS_Granted);
-        });
-        wait(1);
-        workers[1].Do([&] {
-            for (const Pointer& node : { root, wanted, inner }) {
-                EXPECT_EQ(tryRead(node), fair ? Manager::eLS_Conflict : Manager::eLS_Granted);
-            }
-            const Read free(manager, elsewhere);
-            EXPECT_EQ(tryLock(manager), Manager::eLS_Granted);
-            EXPECT_EQ(tryRead(inner), Manager::eLS_Granted); // it holds a lock already
-        });
-        EXPECT_EQ(tryRead(wanted), Manager::eLS_Granted); // as this thread does
-        if (fair) {
-            workers[2].Begin([&] {
-                const Read handle(manager, wanted);
-                EXPECT_EQ(tryLock(manager, kPatienceMs), Manager::eLS_Granted);
-            });
-            wait(2);
-        }
-        reading.Unlock(); // first the writer, then the reader behind it
-        workers[0].Finish();
-        workers[2].Finish();
-        EXPECT_EQ(TaDataTreeProbe::FindFault(manager), "");
-
-        // A writer that gives up lets in whom it has held back.
-        const Read held(manager, wanted);
-        EXPECT_EQ(tryLock(manager), Manager::eLS_Granted);
-        workers[0].Begin([&] {
-            const Write handle(manager, wanted);
-            EXPECT_EQ(tryLock(manager, 100), Manager::eLS_TimedOut);
-        });
-        workers[1].Do([&] {
-            const Read handle(manager, wanted);
-            EXPECT_EQ(tryLock(manager, kPatienceMs), Manager::eLS_Granted);
-        });
-        workers[0].Finish();
+protected:
+    FairManagerTest()
+        : TaDataManagerTest(Manager::eF_WritersFirst)
+    {
     }
+};
+
+TEST_F(FairManagerTest, AWaitingWriterHoldsBackReadersThatHoldNoLock)
+{
+    std::array<Worker, 3> workers;
+    Read reading(m_manager, m_aa);
+    EXPECT_EQ(lock(), Manager::eLS_Granted);
+    Manager::ELockStatus writer = Manager::eLS_Exception;
+    Manager::ELockStatus reader = Manager::eLS_Exception;
+    beginToWait<Write>(workers[0], m_a, writer);
+    for (const Pointer& node : { m_manager.GetRootNode(), m_a, m_aa }) {
+        EXPECT_EQ(lockFor<Read>(workers[1], node), Manager::eLS_Conflict);
+    }
+    const Read elsewhere = granted<Read>(workers[1], m_b);
+    EXPECT_EQ(lockFor<Read>(workers[1], m_aa), Manager::eLS_Granted); // it holds a lock already
+    EXPECT_EQ(lockFor<Read>(m_a), Manager::eLS_Granted); // so does this thread
+    beginToWait<Read>(workers[2], m_a, reader);
+    reading.Unlock(); // first the writer, then the reader behind it
+    workers[0].Finish();
+    workers[2].Finish();
+    EXPECT_EQ(writer, Manager::eLS_Granted);
+    EXPECT_EQ(reader, Manager::eLS_Granted);
+
+    // A writer that gives up lets in whom it has held back.
+    reading = Read(m_manager, m_a);
+    EXPECT_EQ(lock(), Manager::eLS_Granted);
+    beginToWait<Write>(workers[0], m_a, writer, 100);
+    workers[2].Begin([&] {
+        const Read handle(m_manager, m_a);
+        reader = tryLock(m_manager, kPatienceMs);
+    });
+    workers[0].Finish();
+    workers[2].Finish();
+    EXPECT_EQ(writer, Manager::eLS_TimedOut);
+    EXPECT_EQ(reader, Manager::eLS_Granted);
 }
 
-TEST_F(TaDataManagerTest, AFairManagerLetsAWriterInThoughReadersComeAndGo)
+TEST_F(FairManagerTest, AWriterGetsInThoughReadersComeAndGo)
 {
-    Manager manager(Manager::eF_WritersFirst);
     std::atomic<bool> done = false;
     TestLatch overlapping(3);
-    std::vector<std::jthread> readers;
-    for (int i = 0; i < 2; ++i) {
-        readers.emplace_back([&] {
-            std::optional<Read> held;
-            for (bool first = true; !done; first = false) {
-                held.reset();
-                held.emplace(manager, manager.GetRootNode());
-                EXPECT_EQ(tryLock(manager, kPatienceMs), Manager::eLS_Granted);
-                if (first) {
-                    overlapping.arrive_and_wait();
-                }
-                std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            }
-        });
-    }
+    const auto read = [&] {
+        Read held(m_manager, m_a);
+        EXPECT_EQ(tryLock(m_manager), Manager::eLS_Granted);
+        overlapping.arrive_and_wait();
+        while (!done) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            held = Read();
+            held = Read(m_manager, m_a);
+            EXPECT_EQ(tryLock(m_manager, kPatienceMs), Manager::eLS_Granted);
+        }
+    };
+    std::jthread first(read);
+    std::jthread second(read);
     overlapping.arrive_and_wait();
     for (int i = 0; i < 20; ++i) {
-        const Write handle(manager, manager.GetRootNode());
-        EXPECT_EQ(tryLock(manager, kPatienceMs), Manager::eLS_Granted);
+        EXPECT_EQ(lockFor<Write>(m_a, kPatienceMs), Manager::eLS_Granted);
     }
     done = true;
 }
@@ -1041,13 +796,9 @@ private:
     }
 
     const Pointer& pick(std::mt19937_64& random) { return m_nodes[random() % kNodes]; }
-    /// A node, and another to be its parent.
-    std::pair<Pointer, Pointer> pickTwo(std::mt19937_64& random)
+    const Pointer& pickParent(std::mt19937_64& random)
     {
-        const std::size_t first = random() % kNodes;
-        const std::size_t count = kMayNodesChangeOrder ? kNodes : first;
-        const std::size_t second = random() % (count + count / 4 + 1);
-        return { m_nodes[first], second < count ? m_nodes[second] : m_manager.GetRootNode() };
+        return random() % 4 == 0 ? m_root : pick(random);
     }
     void count(bool changed) { m_changes += changed ? 1 : 0; }
 
@@ -1055,21 +806,17 @@ private:
     {
         const auto timeout = static_cast<unsigned int>(random() % 3);
         switch (random() % 8) {
-        case 0: {
-            const auto [node, parent] = pickTwo(random);
-            count(m_manager.InsertNode(node, parent));
+        case 0:
+            count(m_manager.InsertNode(pick(random), pickParent(random)));
             break;
-        }
         case 1:
         case 2: { // change what is locked
-            const auto [child, parent] = pickTwo(random);
-            Write node(m_manager, child);
-            const Write other(m_manager, parent);
+            Write node(m_manager, pick(random));
+            const Write parent(m_manager, pickParent(random));
             if (m_manager.TryLockAndWait(timeout)) {
-                count(m_manager.MoveNode(node, parent));
-                const auto [newcomer, place] = pickTwo(random);
-                count(m_manager.InsertNode(newcomer, place));
-                child->SetModified(true, true);
+                count(m_manager.MoveNode(node, parent.GetNode()));
+                count(m_manager.InsertNode(pick(random), parent.GetNode()));
+                node.GetNode()->SetModified(true, true);
                 if (random() % 4 == 0) {
                     count(m_manager.RemoveNode(node));
                 }
@@ -1112,6 +859,7 @@ private:
     }
 
     Manager m_manager;
+    const Pointer m_root = m_manager.GetRootNode();
     std::vector<Pointer> m_nodes;
     std::deque<TestLatch> m_gates;
     TuCriticalSection m_sharedLock;

@@ -39,5 +39,21 @@ template <int Access> TaDataHandleLockOnly<Access>::~TaDataHandleLockOnly() { le
 
 template <int Access> void TaDataHandleLockOnly<Access>::Unlock() noexcept { releaseLock(); }
 
+template <int Access>
+TaDataHandleBase::EAccessRights TaDataHandleLockOnly<Access>::getAccessRights()
+{
+    return static_cast<EAccessRights>(Access);
+}
+
+template <int Access> bool TaDataHandleLockOnly<Access>::isValid() const
+{
+    return !m_node.IsNull();
+}
+
+template <int Access> const TaNode* TaDataHandleLockOnly<Access>::getNode() const
+{
+    return m_node.Get();
+}
+
 template class TaDataHandleLockOnly<0>;
 template class TaDataHandleLockOnly<1>;

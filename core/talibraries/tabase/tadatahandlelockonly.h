@@ -34,9 +34,10 @@ public:
     const TuSmartPointer<Node>& GetNode() const { return m_node; }
 
 protected:
-    EAccessRights getAccessRights() override { return static_cast<EAccessRights>(Access); }
-    bool isValid() const override { return !m_node.IsNull(); }
-    const TaNode* getNode() const override { return m_node.Get(); }
+    // Not inline: Windows exports no such function of a class template to classes of users.
+    EAccessRights getAccessRights() override;
+    bool isValid() const override;
+    const TaNode* getNode() const override;
 
 private:
     TuSmartPointer<Node> m_node;
