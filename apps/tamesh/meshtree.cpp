@@ -7,6 +7,7 @@
 #include "tabase/tauniqueid.h"
 
 #include <algorithm>
+#include <filesystem>
 
 namespace tamesh {
 
@@ -57,11 +58,9 @@ namespace {
     }
 
     /// Without folder and ending.
-    std::string baseName(const std::string& file)
+    CString baseName(const CString& file)
     {
-        const std::size_t folder = file.find_last_of("/\\");
-        const std::string name = folder == file.npos ? file : file.substr(folder + 1);
-        return name.substr(0, name.find_last_of('.'));
+        return std::filesystem::path(file.begin(), file.end()).stem().u16string();
     }
 
 } // namespace
@@ -98,8 +97,9 @@ void NameMesh(TaDataManager& tree, const std::string& sourceFile, const TaUnique
     const auto addText = [&](const CString& name, const CString& text) {
         writing.Add<TaDataNodeString, TuString>(name, text, node);
     };
-    addText(u"Name", CString::FromUtf8(baseName(sourceFile)));
-    addText(u"Source file", CString::FromUtf8(sourceFile));
+    const CString source = CString::FromUtf8(sourceFile);
+    addText(u"Name", baseName(source));
+    addText(u"Source file", source);
     addText(u"Identifier", identifier);
 }
 

@@ -496,6 +496,24 @@ TEST_F(TaDataManagerTest, OnlyAFreeTreeComesIntoThisTreeAndTheParentsAreMarkedAs
     EXPECT_FALSE(root->IsModified(false));
 }
 
+TEST_F(TaDataManagerTest, StoringTheTreeLeavesTheRequestsOfTheThreadAlone)
+{
+    const Read request(m_manager, m_a);
+    EXPECT_FALSE(SaveTree(m_manager).empty());
+    EXPECT_EQ(findFault(), "");
+    EXPECT_EQ(lock(), Manager::eLS_Granted);
+}
+
+TEST_F(TaDataManagerTest, AHandleOfAnotherManagerRemovesNothing)
+{
+    Manager other;
+    const Pointer node = makeNode(u"node");
+    Write handle(other, node);
+    EXPECT_TRUE(m_manager.InsertNode(node, m_a));
+    EXPECT_FALSE(m_manager.RemoveNode(handle));
+    EXPECT_THROW(Write(other, m_b), TuExceptionPreconditionViolation);
+}
+
 TEST_F(TaDataManagerTest, AHandleThatLostItsLockWithItsNodeMovesNothing)
 {
     Worker former;

@@ -2,7 +2,10 @@
 
 #include "support/bufferbytes.h"
 #include "support/temporaryfolder.h"
+#include "tabase/tadatanodes.h"
+#include "tamesh/document.h"
 #include "tamesh/fakeconsole.h"
+#include "tamesh/meshgenerator.h"
 
 #include <gtest/gtest.h>
 
@@ -77,6 +80,30 @@ TEST_F(CommandsTest, ADamagedDocumentIsReportedByItsNameAndReachesNoTerminalUnch
     EXPECT_NE(m_console.error.find("?[2Jxxx"), m_console.error.npos) << m_console.error;
     EXPECT_EQ(m_console.error.find('\x1B'), m_console.error.npos);
     EXPECT_LT(m_console.error.size(), 500u);
+}
+
+TEST_F(CommandsTest, AHostileTreeIsShownHarmlesslyOrNotAtAll)
+{
+    Document document(MakeSphere(1));
+    TuSmartPointer<TaNode> parent = document.GetTree().FindChild(u"Mesh");
+    const auto add = [&](const TuSmartPointer<TaNode>& node) {
+        EXPECT_TRUE(document.GetTree().InsertNode(node, parent));
+    };
+    const auto show = [&] {
+        m_folder.WriteAll("a.tadoc", BytesOf([&](auto& stream) { document.Save(stream); }));
+        m_console.output.clear();
+        EXPECT_EQ(ShowDocuments(m_console, { m_document }), eEC_Done);
+        return m_console.output;
+    };
+    add(TuMake<TaDataNodeBool>(u"\u009B2J", TuMake<TuBool>(true), true, true));
+    EXPECT_NE(show().find("|-- ?2J (TaDataNodeBool) = true"), std::string::npos);
+
+    for (int level = 0; level < 120; ++level) {
+        const auto node = TuMake<TaDataNodeBool>(u"n", TuMake<TuBool>(true), true, true);
+        add(node);
+        parent = node;
+    }
+    EXPECT_TRUE(show().ends_with("\n  (the data tree is too deep to be shown)\n"));
 }
 
 TEST_F(CommandsTest, EveryLongStepSaysHowFarItIs)
