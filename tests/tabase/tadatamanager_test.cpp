@@ -7,6 +7,7 @@
 #include "support/processortime.h"
 #include "support/testlatch.h"
 #include "support/testrandom.h"
+#include "support/treebytes.h"
 #include "support/worker.h"
 #include "tabase/tadatahandlelockonly.h"
 
