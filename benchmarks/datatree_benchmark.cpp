@@ -16,6 +16,7 @@
 #include <deque>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <shared_mutex>
 #include <string>
 #include <vector>
@@ -49,6 +50,8 @@ public:
     /// The same tree for all who ask for its size.
     static Tree& Get(std::int64_t count)
     {
+        static std::mutex s_lock; // the threads of a benchmark ask at once
+        const std::lock_guard guard(s_lock);
         static std::map<std::int64_t, std::unique_ptr<Tree>> s_trees;
         std::unique_ptr<Tree>& tree = s_trees[count];
         if (tree == nullptr) {
@@ -157,6 +160,8 @@ template <class Lock> struct PlainNode
 
 template <class Lock> PlainNode<Lock>& getPlainTree(std::int64_t count)
 {
+    static std::mutex s_lock;
+    const std::lock_guard guard(s_lock);
     static std::map<std::int64_t, std::unique_ptr<PlainNode<Lock>>> s_trees;
     std::unique_ptr<PlainNode<Lock>>& top = s_trees[count];
     if (top == nullptr) {
