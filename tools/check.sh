@@ -36,7 +36,7 @@ step_benchmarks() {
     local program cases
     for program in build/release/bin/*_benchmark; do
         cases=$("$program" --benchmark_min_time=0.001 --benchmark_filter='-/[0-9]{6,}' \
-            --benchmark_format=csv 2>/dev/null | grep -c '^"')
+            2>/dev/null | grep -c '^BM_')
         echo "$(basename "$program"): $cases cases"
         [ "$cases" -gt 0 ]
     done

@@ -84,8 +84,8 @@ public:
     TuCheckReturn<bool> MoveNode(TaDataHandleBase& handle, const TuSmartPointer<TaNode>& newParent);
     /// Gives back all locks of the calling thread, and that of the handle, and takes the node of
     /// the handle, a write handle, out of the tree with all below it. No lock of another thread
-    /// remains on it. False for a read handle and for the root. Whether the handle has been granted
-    /// is not asked: that is the caller's affair.
+    /// remains on it. False for a read handle, for the root, and for a node of no tree or another.
+    /// Whether the handle has been granted is not asked: that is the caller's affair.
     TuCheckReturn<bool> RemoveNode(TaDataHandleBase& handle);
     /// Gives back all locks of the calling thread, waits up to `timeout` milliseconds until nobody
     /// holds a lock, and empties the tree.
@@ -102,8 +102,8 @@ public:
     /// Writes what hangs below the root: data nodes, and the plain nodes that lead to them. Of a
     /// node that is not to serialize its leaves, children without children are left out; the root
     /// is such a node. docs/format.md states the bytes.
-    /// Throws TuException where another thread holds a write lock, and for a class of nodes that
-    /// could not be read back; the stream then holds a part.
+    /// Throws TuException where another thread holds a write lock, and for a class of nodes or
+    /// values that could not be made again by its name, before anything is written.
     void Serialize(TuStreamWriteBinary& stream) const;
     /// Replaces what hangs below the root.
     /// Throws TuException where the rule for changes forbids it, and for a class of nodes or values

@@ -47,6 +47,9 @@ CString makePrintable(const CString& text)
 
 TU_DEFINE_RTTI_ROOT(TaNode, nullptr, nullptr);
 
+// Windows exports the constants of a class where a source repeats them.
+constexpr const char16_t* TaNode::kNoName;
+
 TaNode::TaNode()
     : TaNode(kNoName, true, true)
 {

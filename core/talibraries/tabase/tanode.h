@@ -112,7 +112,8 @@ protected:
     /// with `recursive`.
     virtual void setModified(bool modified, bool recursive);
 
-    /// The subtree, a line for each node.
+    /// The subtree, a line for each node with its name, class and value: the caller has a granted
+    /// handle, or nobody writes.
     void dump(TuStreamWriteASCII& stream) const override;
 
     /// The value; null where there is none. It is shared, so the node's constness is not its own.
