@@ -1,5 +1,6 @@
 #include "tamesh/mesh.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace tamesh {
@@ -18,6 +19,21 @@ void Mesh::AddFace(std::span<const std::uint32_t> corners)
         m_corners.Add(corner);
     }
     m_faceEnds.Add(m_corners.GetSize());
+}
+
+SBounds FindBounds(const Mesh& mesh)
+{
+    SBounds bounds{ mesh.GetVertex(0), mesh.GetVertex(0) };
+    for (std::uint32_t i = 1; i < mesh.GetVertexCount(); ++i) {
+        const SPoint& point = mesh.GetVertex(i);
+        SPoint& lower = bounds.lower;
+        SPoint& upper = bounds.upper;
+        lower = { std::min(lower.x, point.x), std::min(lower.y, point.y),
+            std::min(lower.z, point.z) };
+        upper = { std::max(upper.x, point.x), std::max(upper.y, point.y),
+            std::max(upper.z, point.z) };
+    }
+    return bounds;
 }
 
 } // namespace tamesh

@@ -63,4 +63,14 @@ private:
     TuArray<std::uint32_t> m_corners;
 };
 
+/// A box along the axes.
+struct SBounds
+{
+    SPoint lower;
+    SPoint upper;
+};
+
+/// The smallest box around all vertices, of which there is at least one.
+SBounds FindBounds(const Mesh& mesh);
+
 } // namespace tamesh

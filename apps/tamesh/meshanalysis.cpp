@@ -105,15 +105,7 @@ namespace {
         if (mesh.GetVertexCount() == 0) {
             return;
         }
-        SPoint lower = mesh.GetVertex(0);
-        SPoint upper = lower;
-        for (std::uint32_t i = 1; i < mesh.GetVertexCount(); ++i) {
-            const SPoint& point = mesh.GetVertex(i);
-            lower = { std::min(lower.x, point.x), std::min(lower.y, point.y),
-                std::min(lower.z, point.z) };
-            upper = { std::max(upper.x, point.x), std::max(upper.y, point.y),
-                std::max(upper.z, point.z) };
-        }
+        const auto [lower, upper] = FindBounds(mesh);
         figures.lowerBound = lower;
         figures.upperBound = upper;
     }

@@ -6,7 +6,6 @@
 #include "tabase/tadatanodes.h"
 #include "tabase/tauniqueid.h"
 
-#include <algorithm>
 #include <filesystem>
 
 namespace tamesh {
@@ -76,15 +75,7 @@ void DescribeMesh(TaDataManager& tree, const Mesh& mesh)
     if (mesh.GetVertexCount() == 0) {
         return;
     }
-    SPoint lower = mesh.GetVertex(0);
-    SPoint upper = lower;
-    for (std::uint32_t i = 1; i < mesh.GetVertexCount(); ++i) {
-        const SPoint& point = mesh.GetVertex(i);
-        lower = { std::min(lower.x, point.x), std::min(lower.y, point.y),
-            std::min(lower.z, point.z) };
-        upper = { std::max(upper.x, point.x), std::max(upper.y, point.y),
-            std::max(upper.z, point.z) };
-    }
+    const auto [lower, upper] = FindBounds(mesh);
     const auto bounds = writing.Add(TuMake<TaNode>(u"Bounds", true, true), node);
     addPoint(writing, u"Lower", lower, bounds);
     addPoint(writing, u"Upper", upper, bounds);
