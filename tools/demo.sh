@@ -85,8 +85,12 @@ pack_and_show() { # a mesh
         "$tamesh" pack "$1" -o "$document"
     fi
     "$tamesh" show "$document" | tee "$results/$name.txt"
-    check "what the document of $name shows" "$(tail -n +2 "$results/$name.txt")" \
-        "$("$tamesh" info "$1" | tail -n +2)"
+    # The figures, and then the data tree with what was known of the mesh when it was packed.
+    check "what the document of $name shows" \
+        "$(sed -e 1d -e '/^  Root /,$d' "$results/$name.txt")" "$("$tamesh" info "$1" | tail -n +2)"
+    check "the vertices in the data tree of $name" \
+        "$(sed -n 's/.*-- Vertices (.*) = //p' "$results/$name.txt")" \
+        "$(figure vertices "$tamesh" info "$1")"
     printf '  %-20s %s bytes of text, %s bytes as a document\n' stored \
         "$(stat -c %s "$1")" "$(stat -c %s "$document")"
 }
