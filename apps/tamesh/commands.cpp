@@ -50,7 +50,7 @@ namespace {
     std::string formatTree(const TaNode& root)
     {
         // The lines of a dump grow with the depth, which costs little in a file.
-        constexpr std::size_t kDeepest = 100;
+        constexpr std::size_t kDeepest = 40;
         std::vector<TaNode::ConstChildrenIterator> open{ root.GetChildren() };
         while (!open.empty()) {
             if (open.size() > kDeepest) {

@@ -98,7 +98,7 @@ TEST_F(CommandsTest, AHostileTreeIsShownHarmlesslyOrNotAtAll)
     add(TuMake<TaDataNodeBool>(u"\u009B2J", TuMake<TuBool>(true), true, true));
     EXPECT_NE(show().find("|-- ?2J (TaDataNodeBool) = true"), std::string::npos);
 
-    for (int level = 0; level < 120; ++level) {
+    for (int level = 0; level < 45; ++level) {
         const auto node = TuMake<TaDataNodeBool>(u"n", TuMake<TuBool>(true), true, true);
         add(node);
         parent = node;
