@@ -5,6 +5,7 @@
 #include "platform/platformtext.h"
 #include "platform/posix/currentthread.h"
 #include "platform/posix/futex.h"
+#include "platform/posix/messagequeue.h"
 #include "platform/posix/threadpriority.h"
 #include "platform/stopguard.h"
 #include "platform/threadvalue.h"
@@ -181,6 +182,9 @@ void ThreadState::buryKilled()
     if (EventWaiter* waiter = m_waiter.exchange(nullptr)) {
         EventWaiter::Abandon(*waiter);
     }
+    if (MessageQueue* queue = m_queue.exchange(nullptr)) {
+        MessageQueue::Abandon(*queue);
+    }
     m_ofThread = nullptr;
 }
 
@@ -202,6 +206,7 @@ void ThreadState::runHere()
     t_state = this;
     pthread_setname_np(pthread_self(), m_name.c_str());
     EventWaiter::NoteIn(m_waiter);
+    MessageQueue::NoteIn(m_queue);
     StandAtGate();
     maskStopSignal(SIG_UNBLOCK);
     const unsigned int exitCode = m_procedure(m_argument);
@@ -223,6 +228,7 @@ void ThreadState::End()
     unsigned int active = Thread::kActive;
     m_exitCode.compare_exchange_strong(active, 1);
     EventWaiter::EndOfThread();
+    MessageQueue::EndOfThread();
     {
         // Whoever holds the lock may rely on it that the thread is still there.
         const StopGuard unstopped;

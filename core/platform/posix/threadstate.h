@@ -15,6 +15,7 @@
 namespace platform {
 
 class EventWaiter;
+class MessageQueue;
 
 /// What the handle of a thread and the thread itself share.
 ///
@@ -72,6 +73,7 @@ private:
     std::atomic<bool> m_joined{ false };
     std::atomic<int> m_priority{ 0 };
     std::atomic<EventWaiter*> m_waiter{ nullptr };
+    std::atomic<MessageQueue*> m_queue{ nullptr };
 };
 
 } // namespace platform
