@@ -11,11 +11,16 @@ constexpr unsigned int TuEvent::kInfinite;
 TuEvent::EWaitResult TuEvent::WaitForMultipleEvents(
     const TuArray<const TuEvent*>& events, unsigned int milliseconds, unsigned int* index)
 {
+    return WaitForMultipleEvents(events.begin(), events.GetSize(), milliseconds, index);
+}
+
+TuEvent::EWaitResult TuEvent::WaitForMultipleEvents(const TuEvent* const* events,
+    unsigned int count, unsigned int milliseconds, unsigned int* index)
+{
     constexpr unsigned int kOnStack = 64;
     const platform::Event* few[kOnStack];
     std::unique_ptr<const platform::Event*[]> many;
     const platform::Event** flags = few;
-    const unsigned int count = events.GetSize();
     if (count > kOnStack) {
         many.reset(new (std::nothrow) const platform::Event*[count]);
         if (many == nullptr) {

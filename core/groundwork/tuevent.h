@@ -72,6 +72,9 @@ public:
     static EWaitResult WaitForMultipleEvents(
         const TuArray<const TuEvent*, TuArrayPolicyConstructDefault>& events,
         unsigned int milliseconds, unsigned int* index = nullptr);
+    /// The same for `count` events in a row; up to 64 need no memory.
+    static EWaitResult WaitForMultipleEvents(const TuEvent* const* events, unsigned int count,
+        unsigned int milliseconds, unsigned int* index = nullptr);
 
 private:
     platform::Event m_event;

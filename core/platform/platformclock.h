@@ -18,6 +18,8 @@ PLATFORM_API std::uint64_t GetMonotonicTime() noexcept;
 
 /// When a time-out that starts now ends; kNever for kWaitForever.
 PLATFORM_API std::uint64_t GetDeadline(unsigned int milliseconds) noexcept;
+/// What is left of it, rounded up; kWaitForever for kNever, and 0 once it is over.
+PLATFORM_API unsigned int GetMillisecondsUntil(std::uint64_t deadline) noexcept;
 
 /// The moment in the steps of the finest counter that the system has, and how many of them make a
 /// second.

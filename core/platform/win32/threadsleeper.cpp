@@ -3,31 +3,17 @@
 #include "platform/platformclock.h"
 #include "platform/win32/platformwindows.h"
 
-#include <algorithm>
-
 namespace platform {
 namespace {
 
-    /// The time-out for a wait until `deadline`, rounded up: a wait never ends early.
-    DWORD millisecondsUntil(std::uint64_t deadline)
-    {
-        static_assert(INFINITE == kWaitForever);
-        constexpr std::uint64_t kNanoseconds = 1'000'000;
-        if (deadline == kNever) {
-            return INFINITE;
-        }
-        const std::uint64_t now = GetMonotonicTime();
-        const std::uint64_t left = deadline > now ? deadline - now : 0;
-        return static_cast<DWORD>(
-            std::min<std::uint64_t>((left + kNanoseconds - 1) / kNanoseconds, INFINITE - 1));
-    }
+    static_assert(INFINITE == kWaitForever);
 
     /// Until the event is set or the deadline is there; the system's clock may be a little early.
     DWORD waitUntil(HANDLE event, std::uint64_t deadline)
     {
         DWORD result = WAIT_TIMEOUT;
         do {
-            result = ::WaitForSingleObject(event, millisecondsUntil(deadline));
+            result = ::WaitForSingleObject(event, GetMillisecondsUntil(deadline));
         } while (result == WAIT_TIMEOUT && GetMonotonicTime() < deadline);
         return result;
     }

@@ -1,0 +1,3 @@
+#include "tabase/tamessagecreatehwnd.h"
+
+TU_DEFINE_RTTI(TaMessageCreateHWND, TaMessage, nullptr, nullptr);

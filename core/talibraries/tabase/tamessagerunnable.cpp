@@ -1,0 +1,3 @@
+#include "tabase/tamessagerunnable.h"
+
+TU_DEFINE_RTTI(TaMessageRunnable, TaMessage, nullptr, nullptr);

@@ -1,0 +1,3 @@
+#include "tabase/tamessageshutdown.h"
+
+TU_DEFINE_RTTI(TaMessageShutDown, TaMessage, nullptr, nullptr);

@@ -1,0 +1,148 @@
+#include "tabase/tasubscriptions.h"
+
+#include "groundwork/tustreamwriteascii.h"
+#include "tabase/tamessagecommand.h"
+#include "tabase/tamessagehandlerbase.h"
+
+namespace {
+
+void addOnce(TaMessageHandlerList& handlers, TaMessageHandlerBase& handler)
+{
+    if (!handlers.Contains(&handler)) {
+        handlers.Add(&handler);
+    }
+}
+
+template <class Map, class Key> void add(Map& map, const Key& key, TaMessageHandlerBase& handler)
+{
+    addOnce(map[key], handler);
+}
+
+template <class Map, class Key>
+void remove(Map& map, const Key& key, const TaMessageHandlerBase& handler)
+{
+    if (TaMessageHandlerList* const handlers = map.Lookup(key)) {
+        handlers->Remove(&handler);
+        if (handlers->IsEmpty()) {
+            map.RemoveKey(key);
+        }
+    }
+}
+
+template <class Map> void removeFromAll(Map& map, const TaMessageHandlerBase& handler)
+{
+    for (auto entry = map.begin(); entry != map.end();) {
+        entry->GetValue().Remove(&handler);
+        if (entry->GetValue().IsEmpty()) {
+            entry = map.Erase(entry);
+        } else {
+            ++entry;
+        }
+    }
+}
+
+void addAllOnce(TaMessageHandlerList& handlers, const TaMessageHandlerList& others)
+{
+    const bool isFirst = handlers.IsEmpty(); // no list has a handler twice
+    for (TaMessageHandlerBase* const handler : others) {
+        if (isFirst) {
+            handlers.Add(handler);
+        } else {
+            addOnce(handlers, *handler);
+        }
+    }
+}
+
+void dumpHandlers(TuStreamWriteASCII& stream, const TaMessageHandlerList& handlers)
+{
+    for (const TaMessageHandlerBase* const handler : handlers) {
+        stream << u" '" << handler->TuIClassName<2>::GetName() << u"'";
+    }
+    stream << u"\n";
+}
+
+} // namespace
+
+void TaSubscriptions::AddType(const TuRTTI& type, TaMessageHandlerBase& handler)
+{
+    add(m_types, &type, handler);
+}
+
+void TaSubscriptions::AddCommand(unsigned long long commandId, TaMessageHandlerBase& handler)
+{
+    add(m_commands, commandId, handler);
+}
+
+void TaSubscriptions::RemoveType(const TuRTTI& type, const TaMessageHandlerBase& handler)
+{
+    remove(m_types, &type, handler);
+}
+
+void TaSubscriptions::RemoveCommand(
+    unsigned long long commandId, const TaMessageHandlerBase& handler)
+{
+    remove(m_commands, commandId, handler);
+}
+
+void TaSubscriptions::Remove(const TaMessageHandlerBase& handler)
+{
+    removeFromAll(m_types, handler);
+    removeFromAll(m_commands, handler);
+}
+
+void TaSubscriptions::RemoveAll()
+{
+    m_types.RemoveAll();
+    m_commands.RemoveAll();
+}
+
+void TaSubscriptions::GetSubscribers(
+    const TaMessage& message, TaMessageHandlerList& subscribers) const
+{
+    subscribers.RemoveAll();
+    addOfTypes(&message.GetRTTI(), subscribers);
+    if (m_commands.IsEmpty()) {
+        return;
+    }
+    if (const auto* const command = dynamic_cast<const TaMessageCommand*>(&message)) {
+        if (const TaMessageHandlerList* const handlers = m_commands.Lookup(command->GetWParam())) {
+            addAllOnce(subscribers, *handlers);
+        }
+    }
+}
+
+void TaSubscriptions::addOfTypes(const TuRTTI* type, TaMessageHandlerList& subscribers) const
+{
+    for (; type != nullptr; type = type->GetFirstBase()) {
+        if (const TaMessageHandlerList* const handlers = m_types.Lookup(type)) {
+            addAllOnce(subscribers, *handlers);
+        }
+        if (const TuRTTI* const second = type->GetSecondBase()) {
+            addOfTypes(second, subscribers);
+        }
+    }
+}
+
+TaMessageHandlerList TaSubscriptions::GetHandlers() const
+{
+    TaMessageHandlerList handlers;
+    for (const auto& [type, subscribers] : m_types) {
+        addAllOnce(handlers, subscribers);
+    }
+    for (const auto& [commandId, subscribers] : m_commands) {
+        addAllOnce(handlers, subscribers);
+    }
+    return handlers;
+}
+
+void TaSubscriptions::Dump(TuStreamWriteASCII& stream) const
+{
+    for (const auto& [type, handlers] : m_types) {
+        stream << u"  type " << type->GetClassName() << u":";
+        dumpHandlers(stream, handlers);
+    }
+    for (const auto& [commandId, handlers] : m_commands) {
+        stream << u"  command " << commandId << u":";
+        dumpHandlers(stream, handlers);
+    }
+}
