@@ -37,6 +37,7 @@ TEST(TA_SUITE, MembersWhoseNamesAreMacrosAreCalledAsEverywhere)
     EXPECT_EQ(std::u16string_view(object.GetClassName()), u"TuInt32");
     EXPECT_EQ(object.GetClassNameA(), object.GetClassNameW());
     EXPECT_EQ(TuInt32::RTTI.GetClassName(), object.GetClassName());
+    TaObservable().SendMessage(TaObservableMessage(TaObservableMessage::eMT_1, nullptr), nullptr);
     // Something of each library, so that both are linked.
     TaUnionFind sets;
     EXPECT_EQ(TaStreamReadBinaryFile::RTTI.GetClassName(),
