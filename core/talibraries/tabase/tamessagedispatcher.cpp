@@ -262,8 +262,8 @@ void TaMessageDispatcher::processPostNotification(TaPostNotification& notificati
             handleMessage(message);
         } catch (...) { // who has posted it does not wait
         }
-    } else if (const auto* const text = dynamic_cast<const TaMessageString*>(&message)) {
-        postToWindow(*text);
+    } else if (message.IsKindOf(TaMessageString::RTTI)) {
+        postToWindow(dynamic_cast<const TaMessageString&>(message));
     } else {
         sortPost(notification);
     }
@@ -272,14 +272,17 @@ void TaMessageDispatcher::processPostNotification(TaPostNotification& notificati
     }
 }
 
-void TaMessageDispatcher::sortPost(const TaPostNotification& notification) noexcept
+void TaMessageDispatcher::sortPost(TaPostNotification& notification) noexcept
 {
     const TuCriticalSectionAuto guard(m_subscriptionsLock);
     try {
         getSubscribers(notification.GetMessage(), notification.GetTarget(), m_subscribers);
+        unsigned int left = m_subscribers.GetCount();
         for (TaMessageHandlerBase* const handler : m_subscribers) {
-            if (handler->queuePostNotification(TaPostNotification(notification))
-                && handler->missesWakeUps()) {
+            // The last one gets the reference of the dispatcher.
+            TaPostNotification forHandler
+                = --left == 0 ? std::move(notification) : TaPostNotification(notification);
+            if (handler->queuePostNotification(std::move(forHandler)) && handler->missesWakeUps()) {
                 noteUnwoken(*handler);
             }
         }

@@ -172,7 +172,7 @@ private:
     void sortSend(const TaSendNotification& notification) noexcept;
     void sortSend(const TaSendNotification& notification, TaMessageHandlerBase& handler)
         TU_REQUIRES(m_subscriptionsLock);
-    void sortPost(const TaPostNotification& notification) noexcept;
+    void sortPost(TaPostNotification& notification) noexcept;
     static void postToWindow(const TaMessageString& message);
 
     /// The handler goes: nothing refers to it when this returns.

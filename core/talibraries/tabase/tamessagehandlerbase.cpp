@@ -22,12 +22,6 @@ constexpr unsigned int TaMessageHandlerBase::kSendSignal;
 constexpr unsigned int TaMessageHandlerBase::kPostSignal;
 constexpr unsigned int TaMessageHandlerBase::kStringMessage;
 
-namespace {
-
-constexpr std::uint64_t kNoTicket = std::numeric_limits<std::uint64_t>::max();
-
-} // namespace
-
 TaMessageHandlerBase::TaMessageHandlerBase(const CString& name)
     : TuIClassName<2>(name)
 {
@@ -294,31 +288,15 @@ bool TaMessageHandlerBase::canBeReached() const
 
 void TaMessageHandlerBase::dumpQueues(TuStreamWriteASCII& stream) const
 {
-    stream << u"  '" << getOwnName() << u"': ";
-    {
-        const TuCriticalSectionAuto guard(m_sends.lock);
-        stream << m_sends.records.GetCount() << u" sent, ";
-    }
-    const TuCriticalSectionAuto guard(m_posts.lock);
-    stream << m_posts.records.GetCount() << u" posted, thread " << m_threadId.load() << u"\n";
-}
-
-template <class Notification>
-std::optional<Notification> TaMessageHandlerBase::take(
-    TaNotificationQueue<Notification>& queue, std::uint64_t limit) noexcept
-{
-    const TuCriticalSectionAuto guard(queue.lock);
-    if (queue.records.IsEmpty() || queue.records.GetHead().m_ticket >= limit) {
-        return std::nullopt;
-    }
-    return queue.records.RemoveHead();
+    stream << u"  '" << getOwnName() << u"': " << m_sends.GetCount() << u" sent, "
+           << m_posts.GetCount() << u" posted, thread " << m_threadId.load() << u"\n";
 }
 
 void TaMessageHandlerBase::onSendNotification() noexcept
 {
     if (missesWakeUps()) {
         runAll();
-    } else if (auto notification = take(m_sends, kNoTicket)) {
+    } else if (auto notification = m_sends.Take()) {
         run(*notification);
     }
 }
@@ -327,7 +305,7 @@ void TaMessageHandlerBase::onPostNotification() noexcept
 {
     if (missesWakeUps()) {
         runAll();
-    } else if (auto notification = take(m_posts, kNoTicket)) {
+    } else if (auto notification = m_posts.Take()) {
         run(*notification);
     }
 }
@@ -340,25 +318,17 @@ void TaMessageHandlerBase::runAll() noexcept
     while (!life.expired() && runNext(limit)) { }
 }
 
-template <class Notification>
-std::uint64_t TaMessageHandlerBase::getFirstTicket(
-    const TaNotificationQueue<Notification>& queue) const noexcept
-{
-    const TuCriticalSectionAuto guard(queue.lock);
-    return queue.records.IsEmpty() ? kNoTicket : queue.records.GetHead().m_ticket;
-}
-
 bool TaMessageHandlerBase::runNext(std::uint64_t limit) noexcept
 {
     // Others only add, and remove what nobody wants any more.
-    if (getFirstTicket(m_sends) < getFirstTicket(m_posts)) {
-        auto notification = take(m_sends, limit);
+    if (m_sends.GetFirstTicket() < m_posts.GetFirstTicket()) {
+        auto notification = m_sends.Take(limit);
         if (notification.has_value()) {
             run(*notification);
         }
         return notification.has_value();
     }
-    auto notification = take(m_posts, limit);
+    auto notification = m_posts.Take(limit);
     if (notification.has_value()) {
         run(*notification);
     }
@@ -371,7 +341,7 @@ void TaMessageHandlerBase::flushPostNotifications() noexcept
     const std::uint64_t limit = m_tickets.load();
     const std::weak_ptr<const char> life(m_life);
     while (!life.expired()) {
-        auto notification = take(m_posts, limit);
+        auto notification = m_posts.Take(limit);
         if (!notification.has_value()) {
             return;
         }
@@ -434,39 +404,29 @@ long long TaMessageHandlerBase::onMessageCreateHWND(const TaMessageCreateHWND& m
     return createHWND(message.GetHandler()) ? 1 : 0;
 }
 
-template <class Notification, class Predicate>
-void TaMessageHandlerBase::dropFrom(
-    TaNotificationQueue<Notification>& queue, Predicate isMeant) noexcept
+template <class Predicate> void TaMessageHandlerBase::drop(Predicate isMeant) noexcept
 {
-    const TuCriticalSectionAuto guard(queue.lock);
-    for (auto record = queue.records.begin(); record != queue.records.end();) {
-        if (isMeant(*record)) {
-            if constexpr (std::is_same_v<Notification, TaPostNotification>) {
-                reportDropped(*record);
-            }
-            record = queue.records.Erase(record);
-        } else {
-            ++record;
+    m_sends.Drop(isMeant);
+    m_posts.Drop([&](const TaPostNotification& notification) {
+        const bool drops = isMeant(notification);
+        if (drops) {
+            reportDropped(notification);
         }
-    }
+        return drops;
+    });
 }
 
 void TaMessageHandlerBase::invalidateUnsubscribedMessages(
     const TaMessageSubscription& subscription) noexcept
 {
-    const auto isMeant = [&subscription](const auto& notification) {
+    drop([&](const auto& notification) {
         return subscription.IsInvalidating(notification.GetMessage());
-    };
-    dropFrom(m_sends, isMeant);
-    dropFrom(m_posts, isMeant);
+    });
 }
 
 void TaMessageHandlerBase::dropMessagesTo(const TaMessageHandlerBase& target) noexcept
 {
-    const auto isMeant
-        = [&target](const auto& notification) { return notification.GetTarget() == &target; };
-    dropFrom(m_sends, isMeant);
-    dropFrom(m_posts, isMeant);
+    drop([&](const auto& notification) { return notification.GetTarget() == &target; });
 }
 
 void TaMessageHandlerBase::closeQueues() noexcept
@@ -480,7 +440,5 @@ void TaMessageHandlerBase::closeQueues() noexcept
         m_posts.isOpen = false;
     }
     m_threadId = 0;
-    const auto all = [](const auto&) { return true; };
-    dropFrom(m_sends, all);
-    dropFrom(m_posts, all);
+    drop([](const auto&) { return true; });
 }

@@ -189,20 +189,13 @@ private:
     void reportDropped(const TaPostNotification& notification) const noexcept;
     void postSignal(unsigned int number, platform::EPost& result);
 
-    /// The first one, where it came before `limit`.
-    template <class Notification>
-    std::optional<Notification> take(
-        TaNotificationQueue<Notification>& queue, std::uint64_t limit) noexcept;
-    template <class Notification>
-    std::uint64_t getFirstTicket(const TaNotificationQueue<Notification>& queue) const noexcept;
     /// Processes the first of both queues, where it came before `limit`; false where there is none.
     bool runNext(std::uint64_t limit) noexcept;
     /// Processes what waits now, in the order in which it came.
     void runAll() noexcept;
     void run(TaSendNotification& notification) noexcept;
     void run(TaPostNotification& notification) noexcept;
-    template <class Notification, class Predicate>
-    void dropFrom(TaNotificationQueue<Notification>& queue, Predicate isMeant) noexcept;
+    template <class Predicate> void drop(Predicate isMeant) noexcept;
     /// Of those that were given `target`, which goes.
     void dropMessagesTo(const TaMessageHandlerBase& target) noexcept;
     void onWindowCreated(HWND window);

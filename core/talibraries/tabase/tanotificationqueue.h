@@ -4,16 +4,74 @@
 #include "groundwork/tulist.h"
 #include "platform/platformwindow.h"
 
+#include <cstdint>
+#include <limits>
+#include <optional>
+
 /// The notifications of one kind that wait for a handler, in the order in which they came.
 ///
+/// They stand in two lists: the handler's thread takes from the one, and when that is empty, the
+/// whole other one takes its place. So who adds and who takes seldom meet at a lock.
+///
 /// Ownership: of the notifications.
-/// Threads:   everything under the lock.
+/// Threads:   the handler's thread takes; any thread may do the rest.
+/// Failure:   adding throws TuExceptionOutOfMemory; nothing has changed then.
 template <class Notification> struct TaNotificationQueue
 {
     static constexpr unsigned int kBlockSize = 10;
+    static constexpr std::uint64_t kNone = std::numeric_limits<std::uint64_t>::max();
+
+    /// The first one, where its ticket is below `limit`.
+    std::optional<Notification> Take(std::uint64_t limit = kNone) noexcept
+    {
+        const TuCriticalSectionAuto guard(takenLock);
+        if (!hasFirst() || taken.GetHead().GetTicket() >= limit) {
+            return std::nullopt;
+        }
+        return taken.RemoveHead();
+    }
+    /// Of the first one; kNone where nothing waits.
+    std::uint64_t GetFirstTicket() noexcept
+    {
+        const TuCriticalSectionAuto guard(takenLock);
+        return hasFirst() ? taken.GetHead().GetTicket() : kNone;
+    }
+    unsigned int GetCount() const
+    {
+        const TuCriticalSectionAuto takenGuard(takenLock);
+        const TuCriticalSectionAuto guard(lock);
+        return taken.GetCount() + records.GetCount();
+    }
+    /// Drops those for which `isMeant(notification)` is true.
+    template <class Predicate> void Drop(Predicate isMeant) noexcept
+    {
+        const TuCriticalSectionAuto takenGuard(takenLock);
+        drop(taken, isMeant);
+        const TuCriticalSectionAuto guard(lock);
+        drop(records, isMeant);
+    }
 
     mutable TuCriticalSection lock;
     TuList<Notification> records TU_GUARDED_BY(lock){ kBlockSize };
     bool isOpen TU_GUARDED_BY(lock) = false; // while the handler has a window
     platform::EPost signal TU_GUARDED_BY(lock) = platform::eP_Posted; // what the last one came to
+
+    mutable TuCriticalSection takenLock; // before the other one
+    TuList<Notification> taken TU_GUARDED_BY(takenLock){ kBlockSize };
+
+private:
+    bool hasFirst() noexcept TU_REQUIRES(takenLock)
+    {
+        if (taken.IsEmpty()) {
+            const TuCriticalSectionAuto guard(lock);
+            taken.Swap(records);
+        }
+        return !taken.IsEmpty();
+    }
+    template <class Predicate> static void drop(TuList<Notification>& list, Predicate isMeant)
+    {
+        for (auto record = list.begin(); record != list.end();) {
+            record = isMeant(*record) ? list.Erase(record) : std::next(record);
+        }
+    }
 };

@@ -36,6 +36,8 @@ public:
     const TaMessage& GetMessage() const { return *m_message; }
     PLATFORM_RENAMED(const TaMessage&, GetMessage, (), const, ())
     SMessageSource GetSource() const { return m_source; }
+    /// Its place among all that waits for the handler.
+    std::uint64_t GetTicket() const { return m_ticket; }
     TaThreadSendStatus& GetStatus() const { return *m_status; }
 
     /// Only the first answer counts.
@@ -55,7 +57,7 @@ private:
     TaSendStatusUse m_status; // none: answered, or moved away
     SMessageSource m_source;
     unsigned int m_answer = kSorting;
-    std::uint64_t m_ticket = 0; // its place among all that waits for the handler
+    std::uint64_t m_ticket = 0;
 };
 
 #include "platform/platformmacrospop.h"

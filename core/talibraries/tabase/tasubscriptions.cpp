@@ -101,11 +101,9 @@ void TaSubscriptions::GetSubscribers(
 {
     subscribers.RemoveAll();
     addOfTypes(&message.GetRTTI(), subscribers);
-    if (m_commands.IsEmpty()) {
-        return;
-    }
-    if (const auto* const command = dynamic_cast<const TaMessageCommand*>(&message)) {
-        if (const TaMessageHandlerList* const handlers = m_commands.Lookup(command->GetWParam())) {
+    if (!m_commands.IsEmpty() && message.IsKindOf(TaMessageCommand::RTTI)) {
+        const auto& command = dynamic_cast<const TaMessageCommand&>(message);
+        if (const TaMessageHandlerList* const handlers = m_commands.Lookup(command.GetWParam())) {
             addAllOnce(subscribers, *handlers);
         }
     }
