@@ -40,6 +40,7 @@ public:
         : m_reaction(std::move(reaction))
         , m_window(CreateMessageWindow(name.c_str(), &receive, this))
     {
+        EXPECT_NE(m_window, nullptr);
     }
     ~NotingWindow() { EXPECT_TRUE(!IsMessageWindow(m_window) || DestroyMessageWindow(m_window)); }
     NotingWindow(const NotingWindow&) = delete;
@@ -47,8 +48,9 @@ public:
 
     static std::u16string MakeName()
     {
-        static std::atomic<char16_t> s_count = 0x4E00; // a letter of its own for each
-        return std::u16string(u"NotingWindow ") + ++s_count;
+        static std::atomic<int> s_count = 0;
+        const std::string number = std::to_string(++s_count);
+        return u"Noting" + std::u16string(number.begin(), number.end());
     }
     HWND Get() const { return m_window; }
     void Post(unsigned long long number, unsigned int message = kUser) const
@@ -283,15 +285,15 @@ struct SMortal
     static unsigned int Run(void* mortal)
     {
         auto& self = *static_cast<SMortal*>(mortal);
-        self.window = MakeWindow();
+        self.MakeWindow();
         EXPECT_EQ(PostToWindow(self.window, kUser, 0, 0), eP_Posted);
         self.ready.Set();
         self.live(self);
         return 0;
     }
-    static HWND MakeWindow()
+    void MakeWindow()
     {
-        return CreateMessageWindow(NotingWindow::MakeName().c_str(), &PassToDefault, nullptr);
+        window = CreateMessageWindow(NotingWindow::MakeName().c_str(), &PassToDefault, nullptr);
     }
     void Start()
     {
@@ -319,7 +321,7 @@ TEST(PlatformWindowTest, PostingToAThreadThatHasEndedOrWasKilledFails)
     SMortal ends{ [](SMortal&) {} };
     ends.Start();
     ends.ExpectEnd();
-    std::jthread([&] { ends.window = SMortal::MakeWindow(); }).join();
+    std::jthread([&] { ends.MakeWindow(); }).join();
     ends.ExpectEnd();
     SKIP_IF_SIGNALS_ARE_DELAYED();
     SMortal killsItself{ [](SMortal& self) { (void)self.thread.Kill(3); } };
@@ -344,7 +346,8 @@ TEST(PlatformWindowTest, AStoppedThreadStopsNoOther)
         EXPECT_EQ(PostToWindow(window, kUser, 0, 0), eP_Posted);
         EXPECT_NE(GetWindowClassName(window), u"");
         SetWindowValue(window, nullptr);
-        EXPECT_TRUE(DestroyMessageWindow(SMortal::MakeWindow()));
+        // Of short names, for a thread may be killed in the memory allocator.
+        EXPECT_TRUE(DestroyMessageWindow(CreateMessageWindow(u"Short", &PassToDefault, nullptr)));
     };
     SMortal busy{ [](SMortal& self) {
         for (SWindowMessage message;; (void)TakeMessageOf(self.window, kUser, message)) {
