@@ -7,7 +7,7 @@
 
 /// A window's handle: on Windows the system's own; elsewhere a number that looks like an address
 /// and is none. There no two windows of a process ever have the same.
-struct HWND__;
+struct HWND__; // NOLINT(bugprone-reserved-identifier): the name there
 using HWND = HWND__*;
 
 namespace platform {
