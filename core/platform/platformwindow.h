@@ -7,7 +7,7 @@
 
 /// A window's handle: on Windows the system's own; elsewhere a number that looks like an address
 /// and is none. There no two windows of a process ever have the same.
-struct HWND__;
+struct HWND__; // NOLINT(bugprone-reserved-identifier): the name there
 using HWND = HWND__*;
 
 namespace platform {
@@ -62,7 +62,8 @@ using WindowProcedure
 /// Failure: by result; GetLastSystemError() has the reason.
 
 /// Makes a class of windows of that name and one window of it. The procedure receives eWM_Create
-/// before this returns. Null: the name is taken (on Windows), or the system refused.
+/// before this returns. Null: it answered -1 to that, or destroyed the window; or the name is taken
+/// (on Windows, where a window that ends with its thread leaves its class); or the system refused.
 [[nodiscard]] PLATFORM_API HWND CreateMessageWindow(
     const char16_t* className, WindowProcedure procedure, void* parameter) noexcept;
 /// The procedure receives eWM_Destroy before this returns; then window and class are gone.
@@ -92,8 +93,9 @@ enum EPost
     HWND window, unsigned int message, unsigned long long wParam, long long lParam) noexcept;
 
 /// While it lives, its thread puts off waking the one thread that it has posted to first: for who
-/// posts under a lock that the woken thread takes next. It has no effect on Windows, where posting
-/// is one call.
+/// posts under a lock that the woken thread takes next. Another that posts there meanwhile wakes
+/// it. May be nested: the outer one then takes over, if it can, what the inner one has put off. It
+/// has no effect on Windows, where posting is one call.
 class PLATFORM_API WakeLater
 {
 public:
@@ -105,6 +107,8 @@ public:
 #if !defined(_WIN32)
 private:
     friend class MessageQueue;
+
+    bool putOff(MessageQueue& queue) noexcept;
 
     WakeLater* m_outer;
     MessageQueue* m_queue = nullptr; // whose thread is to be woken
@@ -139,8 +143,8 @@ PLATFORM_API void DispatchToWindow(const SWindowMessage& message) noexcept;
 /// Takes and dispatches the messages that wait now, but none that come meanwhile. False where one
 /// of them was a quit message; those behind it still wait then.
 [[nodiscard]] PLATFORM_API bool HandleWaitingMessages() noexcept;
-/// Readable while messages wait for the calling thread; -1 where the system has none. It belongs to
-/// the thread, and is closed when that ends.
+/// Readable exactly while messages wait for the calling thread; -1 where the system has none. It
+/// belongs to the thread, and is closed when that ends.
 [[nodiscard]] PLATFORM_API int GetMessageDescriptor() noexcept;
 
 /// Lets tests refuse messages: where the hook is true, posting answers eP_Full. Null takes it off.

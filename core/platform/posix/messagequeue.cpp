@@ -65,8 +65,12 @@ MessageQueue* MessageQueue::GetCurrent() noexcept
     if (queue == nullptr) {
         queue = new (std::nothrow) MessageQueue;
     }
-    if (queue == nullptr || !queueOfThread().Set(queue)) {
-        delete queue; // which nobody has seen yet, or not for long
+    if (queue == nullptr) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    if (!queueOfThread().Set(queue)) {
+        giveBack(*queue);
         errno = ENOMEM;
         return nullptr;
     }
@@ -90,6 +94,14 @@ void MessageQueue::EndOfThread() noexcept
 
 void MessageQueue::Abandon(MessageQueue& queue) noexcept { queue.end(); }
 
+void MessageQueue::giveBack(MessageQueue& queue) noexcept
+{
+    SFreeQueues& all = freeQueues();
+    const LockGuard guard(all.lock);
+    queue.m_nextFree = all.first;
+    all.first = &queue;
+}
+
 void MessageQueue::end() noexcept
 {
     const StopGuard unstopped;
@@ -110,12 +122,10 @@ void MessageQueue::end() noexcept
         m_posted = Messages();
         m_word = kAwake;
     }
+    m_hasDescriptor = false;
     m_row = Messages();
     m_next = 0;
-    SFreeQueues& all = freeQueues();
-    const LockGuard guard(all.lock);
-    m_nextFree = all.first;
-    all.first = this;
+    giveBack(*this);
 }
 
 void MessageQueue::AddWindow(SWindowSlot& slot, HWND window) noexcept
@@ -123,7 +133,8 @@ void MessageQueue::AddWindow(SWindowSlot& slot, HWND window) noexcept
     const StopGuard unstopped;
     slot.next = m_firstWindow;
     m_firstWindow = &slot;
-    slot.queue.store(this, std::memory_order_relaxed);
+    // Who finds this queue finds, under its lock, that the handle before is gone.
+    slot.queue.store(this, std::memory_order_release);
     // Who finds the handle finds the rest.
     slot.window.store(window, std::memory_order_release);
 }
@@ -139,8 +150,10 @@ void MessageQueue::RemoveWindow(SWindowSlot& slot) noexcept
     {
         const LockGuard guard(m_lock);
         const HWND window = slot.window.exchange(nullptr, std::memory_order_relaxed);
-        std::erase_if(m_posted, [&](const SWindowMessage& m) { return m.window == window; });
-        // Those in the row pass when their turn comes: their window is gone.
+        const auto isOfWindow = [&](const SWaiting& waiting) { return waiting.window == window; };
+        std::erase_if(m_posted, isOfWindow);
+        m_row.erase(std::remove_if(positionOfNext(), m_row.end(), isOfWindow), m_row.end());
+        setReadable(isAnyWaiting());
     }
     GiveBackWindowSlot(slot);
 }
@@ -148,7 +161,7 @@ void MessageQueue::RemoveWindow(SWindowSlot& slot) noexcept
 EPost MessageQueue::Post(const SWindowSlot& slot, const SWindowMessage& message) noexcept
 {
     const StopGuard unstopped;
-    bool isAsleep = false;
+    bool isToBeWoken = false;
     {
         const LockGuard guard(m_lock);
         if (slot.window.load(std::memory_order_relaxed) != message.window) {
@@ -156,43 +169,43 @@ EPost MessageQueue::Post(const SWindowSlot& slot, const SWindowMessage& message)
             return eP_NoWindow;
         }
         try {
-            m_posted.push_back(message);
+            m_posted.push_back(
+                { message.window, message.message, m_nextSerial, message.wParam, message.lParam });
         } catch (const std::bad_alloc&) {
             errno = ENOMEM;
             return eP_Full;
         }
-        signalDescriptor();
-        isAsleep = m_word.load(std::memory_order_relaxed) == kAsleep;
-        if (isAsleep) {
-            m_word.store(kAwake, std::memory_order_relaxed);
-        }
+        ++m_nextSerial;
+        setReadable(true);
+        isToBeWoken = m_word.load(std::memory_order_relaxed) == kAsleep;
     }
-    if (isAsleep) {
-        if (t_wakeLater != nullptr && t_wakeLater->m_queue == nullptr) {
-            t_wakeLater->m_queue = this;
-        } else {
-            Wake();
-        }
+    if (isToBeWoken && (t_wakeLater == nullptr || !t_wakeLater->putOff(*this))) {
+        Wake();
     }
     return eP_Posted;
 }
 
-void MessageQueue::Wake() noexcept { WakeOne(m_word); }
+void MessageQueue::Wake() noexcept
+{
+    const StopGuard unstopped; // who is killed between these two would leave the thread asleep
+    if (m_word.exchange(kAwake, std::memory_order_relaxed) == kAsleep) {
+        WakeOne(m_word);
+    }
+}
 
 EGetMessage MessageQueue::Take(SWindowMessage& message, bool waits) noexcept
 {
-    for (;;) {
-        while (m_next < m_row.size()) {
-            message = m_row[m_next++];
-            // Messages to windows that have gone meanwhile go with them.
-            if (FindWindowSlot(message.window) != nullptr) {
-                return message.message == eWM_Quit ? eGM_Quit : eGM_Message;
-            }
-        }
-        if (!takeRow(waits)) {
-            return waits ? eGM_Failed : eGM_None;
-        }
+    if (m_next == m_row.size() && !takeRow(waits)) {
+        return waits ? eGM_Failed : eGM_None;
     }
+    const SWaiting& taken = m_row[m_next++];
+    message = { taken.window, taken.message, taken.wParam, taken.lParam };
+    if (m_hasDescriptor && m_next == m_row.size()) {
+        const StopGuard unstopped;
+        const LockGuard guard(m_lock);
+        setReadable(isAnyWaiting());
+    }
+    return message.message == eWM_Quit ? eGM_Quit : eGM_Message;
 }
 
 /// Takes the row of posted messages; false where there is none and nobody waits for one.
@@ -214,7 +227,6 @@ bool MessageQueue::takeRow(bool waits) noexcept
             if (!m_row.empty()) {
                 return true;
             }
-            calmDescriptor();
             if (!waits) {
                 return false;
             }
@@ -230,41 +242,42 @@ bool MessageQueue::takeRow(bool waits) noexcept
 
 bool MessageQueue::TakeOf(HWND window, unsigned int number, SWindowMessage& message) noexcept
 {
-    const auto isMeant = [&](const SWindowMessage& candidate) {
-        return candidate.window == window && candidate.message == number;
-    };
-    const auto takeFrom = [&](Messages& messages, std::size_t first) {
-        const auto begin = messages.begin() + static_cast<std::ptrdiff_t>(first);
-        const auto found = std::find_if(begin, messages.end(), isMeant);
+    const auto takeFrom = [&](Messages& messages, Messages::iterator begin) {
+        const auto found = std::find_if(begin, messages.end(), [&](const SWaiting& candidate) {
+            return candidate.window == window && candidate.message == number;
+        });
         if (found == messages.end()) {
             return false;
         }
-        message = *found;
+        message = { window, number, found->wParam, found->lParam };
         messages.erase(found);
         return true;
     };
     const StopGuard unstopped;
-    if (takeFrom(m_row, m_next)) {
-        return true;
-    }
     const LockGuard guard(m_lock);
-    return takeFrom(m_posted, 0);
+    const bool isTaken = takeFrom(m_row, positionOfNext()) || takeFrom(m_posted, m_posted.begin());
+    setReadable(isAnyWaiting());
+    return isTaken;
 }
 
-std::size_t MessageQueue::GetCount() noexcept
+std::uint32_t MessageQueue::GetEnd() noexcept
 {
     const StopGuard unstopped;
     const LockGuard guard(m_lock);
-    return m_row.size() - m_next + m_posted.size();
+    return m_nextSerial;
 }
 
-void MessageQueue::UpdateDescriptor() noexcept
+bool MessageQueue::HasBefore(std::uint32_t end) noexcept
 {
+    const auto isBefore = [end](const SWaiting& waiting) {
+        return static_cast<std::int32_t>(waiting.serial - end) < 0;
+    };
+    if (m_next < m_row.size()) {
+        return isBefore(m_row[m_next]);
+    }
     const StopGuard unstopped;
     const LockGuard guard(m_lock);
-    if (m_next == m_row.size() && m_posted.empty()) {
-        calmDescriptor();
-    }
+    return !m_posted.empty() && isBefore(m_posted.front());
 }
 
 int MessageQueue::GetDescriptor() noexcept
@@ -273,25 +286,31 @@ int MessageQueue::GetDescriptor() noexcept
     const LockGuard guard(m_lock);
     if (m_descriptor == -1) {
         m_descriptor = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-        if (m_next < m_row.size() || !m_posted.empty()) {
-            signalDescriptor();
-        }
+        m_hasDescriptor = m_descriptor != -1;
+        setReadable(isAnyWaiting());
     }
     return m_descriptor;
 }
 
-void MessageQueue::signalDescriptor() noexcept
+MessageQueue::Messages::iterator MessageQueue::positionOfNext() noexcept
 {
-    if (m_descriptor != -1 && !m_isReadable) {
-        m_isReadable = ::eventfd_write(m_descriptor, 1) == 0;
-    }
+    return m_row.begin() + static_cast<std::ptrdiff_t>(m_next);
 }
 
-void MessageQueue::calmDescriptor() noexcept
+bool MessageQueue::isAnyWaiting() const noexcept
 {
-    if (m_isReadable) {
-        eventfd_t count = 0;
-        m_isReadable = ::eventfd_read(m_descriptor, &count) != 0;
+    return m_next < m_row.size() || !m_posted.empty();
+}
+
+void MessageQueue::setReadable(bool isReadable) noexcept
+{
+    if (m_descriptor == -1 || m_isReadable == isReadable) {
+        return;
+    }
+    eventfd_t count = 1;
+    if ((isReadable ? ::eventfd_write(m_descriptor, count) : ::eventfd_read(m_descriptor, &count))
+        == 0) {
+        m_isReadable = isReadable;
     }
 }
 
@@ -303,9 +322,17 @@ WakeLater::WakeLater() noexcept
 WakeLater::~WakeLater()
 {
     t_wakeLater = m_outer;
-    if (m_queue != nullptr) {
+    if (m_queue != nullptr && (m_outer == nullptr || !m_outer->putOff(*m_queue))) {
         m_queue->Wake();
     }
+}
+
+bool WakeLater::putOff(MessageQueue& queue) noexcept
+{
+    if (m_queue == nullptr) {
+        m_queue = &queue;
+    }
+    return m_queue == &queue;
 }
 
 } // namespace platform

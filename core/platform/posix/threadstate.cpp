@@ -309,6 +309,7 @@ bool ThreadState::Resume()
 bool ThreadState::Kill(unsigned int exitCode)
 {
     if (IsCurrent()) {
+        MessageQueue::EndOfThread(); // perhaps nobody buries it for long
         m_killCode = exitCode;
         leave();
     }

@@ -16,11 +16,13 @@ namespace {
 
     using Block = std::array<SWindowSlot, kSlotsPerBlock>;
 
-    /// Never destroyed: threads may still post while the process exits.
+    /// Found without a lock, and there before all else and after it.
+    constinit std::array<std::atomic<Block*>, kBlocks> s_blocks{};
+
+    /// Never destroyed: windows may still go while the process exits.
     struct STable
     {
         CriticalSection lock;
-        std::array<std::atomic<Block*>, kBlocks> blocks{};
         std::uint32_t count TU_GUARDED_BY(lock) = 0; // of places that have been in use
         SWindowSlot* firstFree TU_GUARDED_BY(lock) = nullptr;
     };
@@ -38,13 +40,13 @@ namespace {
         if (block == kBlocks) {
             return nullptr;
         }
-        Block* slots = all.blocks[block].load(std::memory_order_relaxed);
+        Block* slots = s_blocks[block].load(std::memory_order_relaxed);
         if (slots == nullptr) {
             slots = new (std::nothrow) Block;
             if (slots == nullptr) {
                 return nullptr;
             }
-            all.blocks[block].store(slots, std::memory_order_release);
+            s_blocks[block].store(slots, std::memory_order_release);
         }
         SWindowSlot& slot = (*slots)[all.count % kSlotsPerBlock];
         slot.number = all.count++;
@@ -92,16 +94,26 @@ void GiveBackWindowSlot(SWindowSlot& slot) noexcept
 
 std::u16string GetClassOfWindow(HWND window)
 {
+    const StopGuard unstopped;
     const LockGuard guard(table().lock);
     const SWindowSlot* const slot = FindWindowSlot(window);
     return slot != nullptr ? slot->className : std::u16string();
+}
+
+void SetValueOfWindow(HWND window, void* value) noexcept
+{
+    const StopGuard unstopped;
+    const LockGuard guard(table().lock); // who takes the place for a later window waits for it
+    if (SWindowSlot* const slot = FindWindowSlot(window)) {
+        slot->value = value;
+    }
 }
 
 SWindowSlot* FindWindowSlot(HWND window) noexcept
 {
     const auto handle = reinterpret_cast<std::uintptr_t>(window);
     const std::size_t number = handle & ((std::uintptr_t{ 1 } << kNumberBits) - 1);
-    Block* const slots = table().blocks[number / kSlotsPerBlock].load(std::memory_order_acquire);
+    Block* const slots = s_blocks[number / kSlotsPerBlock].load(std::memory_order_acquire);
     if (window == nullptr || slots == nullptr) {
         return nullptr;
     }

@@ -35,6 +35,8 @@ struct SWindowSlot
 void GiveBackWindowSlot(SWindowSlot& slot) noexcept;
 /// Empty where there is no such window.
 [[nodiscard]] std::u16string GetClassOfWindow(HWND window);
+/// Nothing where there is no such window; and never the value of a later one.
+void SetValueOfWindow(HWND window, void* value) noexcept;
 /// Null where there is no such window.
 [[nodiscard]] SWindowSlot* FindWindowSlot(HWND window) noexcept;
 
