@@ -10,15 +10,11 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <new>
 #include <utility>
 
 namespace platform {
 namespace {
-
-    /// Rows that grew longer than this give their memory back.
-    constexpr std::size_t kMostKept = 16'384;
 
     constinit thread_local MessageQueue* t_queue __attribute__((tls_model("initial-exec")))
     = nullptr;
@@ -119,12 +115,11 @@ void MessageQueue::end() noexcept
             m_descriptor = -1;
             m_isReadable = false;
         }
-        m_posted = Messages();
+        m_posted.Clear();
         m_word = kAwake;
     }
     m_hasDescriptor = false;
-    m_row = Messages();
-    m_next = 0;
+    m_row.Clear();
     giveBack(*this);
 }
 
@@ -150,9 +145,10 @@ void MessageQueue::RemoveWindow(SWindowSlot& slot) noexcept
     {
         const LockGuard guard(m_lock);
         const HWND window = slot.window.exchange(nullptr, std::memory_order_relaxed);
-        const auto isOfWindow = [&](const SWaiting& waiting) { return waiting.window == window; };
-        std::erase_if(m_posted, isOfWindow);
-        m_row.erase(std::remove_if(positionOfNext(), m_row.end(), isOfWindow), m_row.end());
+        const auto isOfOther
+            = [&](const SWaitingMessage& waiting) { return waiting.window != window; };
+        m_posted.Filter(isOfOther);
+        m_row.Filter(isOfOther);
         setReadable(isAnyWaiting());
     }
     GiveBackWindowSlot(slot);
@@ -168,10 +164,8 @@ EPost MessageQueue::Post(const SWindowSlot& slot, const SWindowMessage& message)
             errno = ESRCH;
             return eP_NoWindow;
         }
-        try {
-            m_posted.push_back(
-                { message.window, message.message, m_nextSerial, message.wParam, message.lParam });
-        } catch (const std::bad_alloc&) {
+        if (!m_posted.Add({ message.window, message.message, m_nextSerial, message.wParam,
+                message.lParam })) {
             errno = ENOMEM;
             return eP_Full;
         }
@@ -195,12 +189,15 @@ void MessageQueue::Wake() noexcept
 
 EGetMessage MessageQueue::Take(SWindowMessage& message, bool waits) noexcept
 {
-    if (m_next == m_row.size() && !takeRow(waits)) {
+    if (m_row.IsEmpty() && !takeRow(waits)) {
         return waits ? eGM_Failed : eGM_None;
     }
-    const SWaiting& taken = m_row[m_next++];
-    message = { taken.window, taken.message, taken.wParam, taken.lParam };
-    if (m_hasDescriptor && m_next == m_row.size()) {
+    {
+        const StopGuard unstopped;
+        const SWaitingMessage taken = m_row.TakeFirst();
+        message = { taken.window, taken.message, taken.wParam, taken.lParam };
+    }
+    if (m_hasDescriptor && m_row.IsEmpty()) {
         const StopGuard unstopped;
         const LockGuard guard(m_lock);
         setReadable(isAnyWaiting());
@@ -211,20 +208,12 @@ EGetMessage MessageQueue::Take(SWindowMessage& message, bool waits) noexcept
 /// Takes the row of posted messages; false where there is none and nobody waits for one.
 bool MessageQueue::takeRow(bool waits) noexcept
 {
-    {
-        const StopGuard unstopped;
-        m_next = 0;
-        m_row.clear();
-        if (m_row.capacity() > kMostKept) {
-            m_row = Messages();
-        }
-    }
     for (;;) {
         {
             const StopGuard unstopped;
             const LockGuard guard(m_lock);
-            m_row.swap(m_posted);
-            if (!m_row.empty()) {
+            m_row.Swap(m_posted);
+            if (!m_row.IsEmpty()) {
                 return true;
             }
             if (!waits) {
@@ -242,20 +231,19 @@ bool MessageQueue::takeRow(bool waits) noexcept
 
 bool MessageQueue::TakeOf(HWND window, unsigned int number, SWindowMessage& message) noexcept
 {
-    const auto takeFrom = [&](Messages& messages, Messages::iterator begin) {
-        const auto found = std::find_if(begin, messages.end(), [&](const SWaiting& candidate) {
-            return candidate.window == window && candidate.message == number;
-        });
-        if (found == messages.end()) {
-            return false;
+    bool isTaken = false;
+    const auto isOther = [&](const SWaitingMessage& waiting) {
+        if (isTaken || waiting.window != window || waiting.message != number) {
+            return true;
         }
-        message = { window, number, found->wParam, found->lParam };
-        messages.erase(found);
-        return true;
+        isTaken = true;
+        message = { window, number, waiting.wParam, waiting.lParam };
+        return false;
     };
     const StopGuard unstopped;
     const LockGuard guard(m_lock);
-    const bool isTaken = takeFrom(m_row, positionOfNext()) || takeFrom(m_posted, m_posted.begin());
+    m_row.Filter(isOther);
+    m_posted.Filter(isOther);
     setReadable(isAnyWaiting());
     return isTaken;
 }
@@ -269,15 +257,15 @@ std::uint32_t MessageQueue::GetEnd() noexcept
 
 bool MessageQueue::HasBefore(std::uint32_t end) noexcept
 {
-    const auto isBefore = [end](const SWaiting& waiting) {
+    const auto isBefore = [end](const SWaitingMessage& waiting) {
         return static_cast<std::int32_t>(waiting.serial - end) < 0;
     };
-    if (m_next < m_row.size()) {
-        return isBefore(m_row[m_next]);
+    if (!m_row.IsEmpty()) {
+        return isBefore(m_row.GetFirst());
     }
     const StopGuard unstopped;
     const LockGuard guard(m_lock);
-    return !m_posted.empty() && isBefore(m_posted.front());
+    return !m_posted.IsEmpty() && isBefore(m_posted.GetFirst());
 }
 
 int MessageQueue::GetDescriptor() noexcept
@@ -292,15 +280,7 @@ int MessageQueue::GetDescriptor() noexcept
     return m_descriptor;
 }
 
-MessageQueue::Messages::iterator MessageQueue::positionOfNext() noexcept
-{
-    return m_row.begin() + static_cast<std::ptrdiff_t>(m_next);
-}
-
-bool MessageQueue::isAnyWaiting() const noexcept
-{
-    return m_next < m_row.size() || !m_posted.empty();
-}
+bool MessageQueue::isAnyWaiting() const noexcept { return !m_row.IsEmpty() || !m_posted.IsEmpty(); }
 
 void MessageQueue::setReadable(bool isReadable) noexcept
 {

@@ -2,11 +2,11 @@
 
 #include "platform/platformlock.h"
 #include "platform/platformwindow.h"
+#include "platform/posix/messagerow.h"
 
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 namespace platform {
 
@@ -48,35 +48,23 @@ public:
     int GetDescriptor() noexcept;
 
 private:
-    struct SWaiting
-    {
-        HWND window;
-        unsigned int message;
-        std::uint32_t serial; // counts on through the messages, and round
-        unsigned long long wParam;
-        long long lParam;
-    };
-    using Messages = std::vector<SWaiting>;
-
     MessageQueue() noexcept = default;
     ~MessageQueue() = default;
 
     static void giveBack(MessageQueue& queue) noexcept;
     bool takeRow(bool waits) noexcept;
-    Messages::iterator positionOfNext() noexcept;
     bool isAnyWaiting() const noexcept TU_REQUIRES(m_lock);
     void setReadable(bool isReadable) noexcept TU_REQUIRES(m_lock);
     void end() noexcept;
 
-    Messages m_row; // of the thread, which has handled those before m_next
-    std::size_t m_next = 0;
+    MessageRow m_row; // of the thread: what it has taken from the other
     bool m_hasDescriptor = false; // so that a thread without one need not look under the lock
     SWindowSlot* m_firstWindow = nullptr;
     std::atomic<MessageQueue*>* m_place = nullptr; // where it is noted, or null
     MessageQueue* m_nextFree = nullptr; // among the queues without a thread
 
     CriticalSection m_lock;
-    Messages m_posted TU_GUARDED_BY(m_lock);
+    MessageRow m_posted TU_GUARDED_BY(m_lock);
     std::uint32_t m_nextSerial TU_GUARDED_BY(m_lock) = 0;
     int m_descriptor TU_GUARDED_BY(m_lock) = -1;
     bool m_isReadable TU_GUARDED_BY(m_lock) = false; // the descriptor

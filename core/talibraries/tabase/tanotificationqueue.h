@@ -28,7 +28,11 @@ template <class Notification> struct TaNotificationQueue
         if (!hasFirst() || taken.GetHead().GetTicket() >= limit) {
             return std::nullopt;
         }
-        return taken.RemoveHead();
+        std::optional<Notification> first(taken.RemoveHead());
+        if (!taken.IsEmpty()) {
+            taken.GetHead().Prefetch();
+        }
+        return first;
     }
     /// Of the first one; kNone where nothing waits.
     std::uint64_t GetFirstTicket() noexcept
