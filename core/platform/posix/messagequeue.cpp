@@ -145,8 +145,7 @@ void MessageQueue::RemoveWindow(SWindowSlot& slot) noexcept
     {
         const LockGuard guard(m_lock);
         const HWND window = slot.window.exchange(nullptr, std::memory_order_relaxed);
-        const auto isOfOther
-            = [&](const SWaitingMessage& waiting) { return waiting.window != window; };
+        const auto isOfOther = [&](const SWaiting& waiting) { return waiting.window != window; };
         m_posted.Filter(isOfOther);
         m_row.Filter(isOfOther);
         setReadable(isAnyWaiting());
@@ -164,8 +163,8 @@ EPost MessageQueue::Post(const SWindowSlot& slot, const SWindowMessage& message)
             errno = ESRCH;
             return eP_NoWindow;
         }
-        if (!m_posted.Add({ message.window, message.message, m_nextSerial, message.wParam,
-                message.lParam })) {
+        if (!m_posted.Add(SWaiting{
+                message.window, message.message, m_nextSerial, message.wParam, message.lParam })) {
             errno = ENOMEM;
             return eP_Full;
         }
@@ -194,7 +193,7 @@ EGetMessage MessageQueue::Take(SWindowMessage& message, bool waits) noexcept
     }
     {
         const StopGuard unstopped;
-        const SWaitingMessage taken = m_row.TakeFirst();
+        const SWaiting taken = m_row.TakeFirst();
         message = { taken.window, taken.message, taken.wParam, taken.lParam };
     }
     if (m_hasDescriptor && m_row.IsEmpty()) {
@@ -232,7 +231,7 @@ bool MessageQueue::takeRow(bool waits) noexcept
 bool MessageQueue::TakeOf(HWND window, unsigned int number, SWindowMessage& message) noexcept
 {
     bool isTaken = false;
-    const auto isOther = [&](const SWaitingMessage& waiting) {
+    const auto isOther = [&](const SWaiting& waiting) {
         if (isTaken || waiting.window != window || waiting.message != number) {
             return true;
         }
@@ -257,7 +256,7 @@ std::uint32_t MessageQueue::GetEnd() noexcept
 
 bool MessageQueue::HasBefore(std::uint32_t end) noexcept
 {
-    const auto isBefore = [end](const SWaitingMessage& waiting) {
+    const auto isBefore = [end](const SWaiting& waiting) {
         return static_cast<std::int32_t>(waiting.serial - end) < 0;
     };
     if (!m_row.IsEmpty()) {

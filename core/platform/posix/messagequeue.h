@@ -1,8 +1,8 @@
 #pragma once
 
+#include "platform/blockrow.h"
 #include "platform/platformlock.h"
 #include "platform/platformwindow.h"
-#include "platform/posix/messagerow.h"
 
 #include <atomic>
 #include <cstddef>
@@ -48,6 +48,17 @@ public:
     int GetDescriptor() noexcept;
 
 private:
+    struct SWaiting
+    {
+        HWND window;
+        unsigned int message;
+        std::uint32_t serial; // counts on through the messages, and round
+        unsigned long long wParam;
+        long long lParam;
+    };
+    /// A block stays below what the allocator of the C library takes for large.
+    using Row = BlockRow<SWaiting, 31>;
+
     MessageQueue() noexcept = default;
     ~MessageQueue() = default;
 
@@ -57,14 +68,14 @@ private:
     void setReadable(bool isReadable) noexcept TU_REQUIRES(m_lock);
     void end() noexcept;
 
-    MessageRow m_row; // of the thread: what it has taken from the other
+    Row m_row; // of the thread: what it has taken from the other
     bool m_hasDescriptor = false; // so that a thread without one need not look under the lock
     SWindowSlot* m_firstWindow = nullptr;
     std::atomic<MessageQueue*>* m_place = nullptr; // where it is noted, or null
     MessageQueue* m_nextFree = nullptr; // among the queues without a thread
 
     CriticalSection m_lock;
-    MessageRow m_posted TU_GUARDED_BY(m_lock);
+    Row m_posted TU_GUARDED_BY(m_lock);
     std::uint32_t m_nextSerial TU_GUARDED_BY(m_lock) = 0;
     int m_descriptor TU_GUARDED_BY(m_lock) = -1;
     bool m_isReadable TU_GUARDED_BY(m_lock) = false; // the descriptor

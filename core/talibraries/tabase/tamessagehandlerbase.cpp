@@ -213,11 +213,13 @@ bool TaMessageHandlerBase::queueNotification(TaNotificationQueue<Notification>& 
         return false;
     }
     notification.m_ticket = m_tickets.fetch_add(1, std::memory_order_relaxed);
-    queue.records.Add(std::move(notification));
+    if (!queue.records.Add(std::move(notification))) {
+        return false;
+    }
     queue.signal = platform::eP_Posted;
     (this->*signal)();
     if (queue.signal == platform::eP_NoWindow) { // its thread has ended
-        notification = queue.records.RemoveTail();
+        notification = queue.records.TakeLast();
         return false;
     }
     if (queue.signal == platform::eP_Full) {
@@ -288,8 +290,9 @@ bool TaMessageHandlerBase::canBeReached() const
 
 void TaMessageHandlerBase::dumpQueues(TuStreamWriteASCII& stream) const
 {
-    stream << u"  '" << getOwnName() << u"': " << m_sends.GetCount() << u" sent, "
-           << m_posts.GetCount() << u" posted, thread " << m_threadId.load() << u"\n";
+    stream << u"  '" << getOwnName() << u"': " << static_cast<unsigned int>(m_sends.GetCount())
+           << u" sent, " << static_cast<unsigned int>(m_posts.GetCount()) << u" posted, thread "
+           << m_threadId.load() << u"\n";
 }
 
 void TaMessageHandlerBase::onSendNotification() noexcept

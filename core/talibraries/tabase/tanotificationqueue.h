@@ -1,36 +1,36 @@
 #pragma once
 
 #include "groundwork/tucriticalsection.h"
-#include "groundwork/tulist.h"
+#include "platform/blockrow.h"
 #include "platform/platformwindow.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <optional>
 
 /// The notifications of one kind that wait for a handler, in the order in which they came.
 ///
-/// They stand in two lists: the handler's thread takes from the one, and when that is empty, the
+/// They stand in two rows: the handler's thread takes from the one, and when that is empty, the
 /// whole other one takes its place. So who adds and who takes seldom meet at a lock.
 ///
 /// Ownership: of the notifications.
 /// Threads:   the handler's thread takes; any thread may do the rest.
-/// Failure:   adding throws TuExceptionOutOfMemory; nothing has changed then.
 template <class Notification> struct TaNotificationQueue
 {
-    static constexpr unsigned int kBlockSize = 10;
+    using Row = platform::BlockRow<Notification, 10>;
     static constexpr std::uint64_t kNone = std::numeric_limits<std::uint64_t>::max();
 
     /// The first one, where its ticket is below `limit`.
     std::optional<Notification> Take(std::uint64_t limit = kNone) noexcept
     {
         const TuCriticalSectionAuto guard(takenLock);
-        if (!hasFirst() || taken.GetHead().GetTicket() >= limit) {
+        if (!hasFirst() || taken.GetFirst().GetTicket() >= limit) {
             return std::nullopt;
         }
-        std::optional<Notification> first(taken.RemoveHead());
+        std::optional<Notification> first(taken.TakeFirst());
         if (!taken.IsEmpty()) {
-            taken.GetHead().Prefetch();
+            taken.GetFirst().Prefetch();
         }
         return first;
     }
@@ -38,9 +38,9 @@ template <class Notification> struct TaNotificationQueue
     std::uint64_t GetFirstTicket() noexcept
     {
         const TuCriticalSectionAuto guard(takenLock);
-        return hasFirst() ? taken.GetHead().GetTicket() : kNone;
+        return hasFirst() ? taken.GetFirst().GetTicket() : kNone;
     }
-    unsigned int GetCount() const
+    std::size_t GetCount() const
     {
         const TuCriticalSectionAuto takenGuard(takenLock);
         const TuCriticalSectionAuto guard(lock);
@@ -50,18 +50,19 @@ template <class Notification> struct TaNotificationQueue
     template <class Predicate> void Drop(Predicate isMeant) noexcept
     {
         const TuCriticalSectionAuto takenGuard(takenLock);
-        drop(taken, isMeant);
+        const auto keeps = [&](const Notification& record) { return !isMeant(record); };
+        taken.Filter(keeps);
         const TuCriticalSectionAuto guard(lock);
-        drop(records, isMeant);
+        records.Filter(keeps);
     }
 
     mutable TuCriticalSection lock;
-    TuList<Notification> records TU_GUARDED_BY(lock){ kBlockSize };
+    Row records TU_GUARDED_BY(lock);
     bool isOpen TU_GUARDED_BY(lock) = false; // while the handler has a window
     platform::EPost signal TU_GUARDED_BY(lock) = platform::eP_Posted; // what the last one came to
 
     mutable TuCriticalSection takenLock; // before the other one
-    TuList<Notification> taken TU_GUARDED_BY(takenLock){ kBlockSize };
+    Row taken TU_GUARDED_BY(takenLock);
 
 private:
     bool hasFirst() noexcept TU_REQUIRES(takenLock)
@@ -71,11 +72,5 @@ private:
             taken.Swap(records);
         }
         return !taken.IsEmpty();
-    }
-    template <class Predicate> static void drop(TuList<Notification>& list, Predicate isMeant)
-    {
-        for (auto record = list.begin(); record != list.end();) {
-            record = isMeant(*record) ? list.Erase(record) : std::next(record);
-        }
     }
 };
