@@ -348,10 +348,11 @@ TEST(PlatformWindowTest, AStoppedThreadStopsNoOther)
     SKIP_IF_SIGNALS_ARE_DELAYED();
     static const auto s_use = [](HWND window) {
         EXPECT_EQ(PostToWindow(window, kUser, 0, 0), eP_Posted);
-        EXPECT_NE(GetWindowClassName(window), u"");
         SetWindowValue(window, nullptr);
-        // Of short names, for a thread may be killed in the memory allocator.
-        EXPECT_TRUE(DestroyMessageWindow(CreateMessageWindow(u"Short", &PassToDefault, nullptr)));
+        // Of a short name, for a thread may be killed in the memory allocator.
+        const HWND another = CreateMessageWindow(u"Short", &PassToDefault, nullptr);
+        EXPECT_EQ(GetWindowClassName(another), u"Short");
+        EXPECT_TRUE(DestroyMessageWindow(another));
     };
     SMortal busy{ [](SMortal& self) {
         for (SWindowMessage message;; (void)TakeMessageOf(self.window, kUser, message)) {
