@@ -92,14 +92,25 @@ enum EPost
 [[nodiscard]] PLATFORM_API EPost PostToWindow(
     HWND window, unsigned int message, unsigned long long wParam, long long lParam) noexcept;
 
-/// While it lives, its thread puts off waking the one thread that it has posted to first: for who
-/// posts under a lock that the woken thread takes next. Another that posts there meanwhile wakes
-/// it. May be nested: the outer one then takes over, if it can, what the inner one has put off. It
-/// has no effect on Windows, where posting is one call.
+/// Until when a thread puts off waking others.
+enum EWakeUntil
+{
+    eWU_EndOfScope,
+    /// Until it takes a message for another window or has none left, or has taken some more; it
+    /// wakes them itself with WakeNow, before it runs what may take long. For a thread that passes
+    /// much on: who sleeps is woken once for a row of messages, and does not push aside the one
+    /// that is about to have more for him.
+    eWU_NextRow,
+};
+
+/// While it lives, its thread puts off waking those that it posts to: for who posts under a lock
+/// that the woken thread takes next. Another that posts there meanwhile wakes it. May be nested:
+/// the outer one then takes over what the inner one has put off. There is room for a few; the
+/// others are woken at once. It has no effect on Windows, where posting is one call.
 class PLATFORM_API WakeLater
 {
 public:
-    WakeLater() noexcept;
+    explicit WakeLater(EWakeUntil until = eWU_EndOfScope) noexcept;
     ~WakeLater();
     WakeLater(const WakeLater&) = delete;
     WakeLater& operator=(const WakeLater&) = delete;
@@ -111,9 +122,13 @@ private:
     bool putOff(MessageQueue& queue) noexcept;
 
     WakeLater* m_outer;
+    const EWakeUntil m_until;
     MessageQueue* m_queue = nullptr; // whose thread is to be woken
 #endif
 };
+
+/// Wakes whom the calling thread has put off to its next row of messages.
+PLATFORM_API void WakeNow() noexcept;
 
 struct SWindowMessage
 {

@@ -10,6 +10,9 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <new>
 #include <utility>
 
@@ -21,6 +24,47 @@ namespace {
     constinit thread_local std::atomic<MessageQueue*>* t_place = nullptr;
     constinit thread_local WakeLater* t_wakeLater __attribute__((tls_model("initial-exec")))
     = nullptr;
+
+    /// Queues whose threads this one wakes when it is done with a row of messages.
+    class WakesOfRow
+    {
+    public:
+        bool Add(MessageQueue& queue) noexcept
+        {
+            const auto end = m_queues.begin() + m_count;
+            if (std::find(m_queues.begin(), end, &queue) == end) {
+                if (m_count == m_queues.size()) {
+                    return false;
+                }
+                m_queues[m_count++] = &queue;
+            }
+            return true;
+        }
+        void Wake() noexcept
+        {
+            while (m_count > 0) {
+                m_queues[--m_count]->Wake();
+            }
+            m_taken = 0;
+        }
+        /// Before the thread takes a message for `window`; null: it has none.
+        void Pass(HWND window) noexcept
+        {
+            if (m_count > 0 && (window != m_window || ++m_taken == kMostTaken)) {
+                Wake();
+            }
+            m_window = window;
+        }
+
+    private:
+        static constexpr unsigned int kMostTaken = 64;
+
+        std::array<MessageQueue*, 8> m_queues{};
+        std::size_t m_count = 0;
+        unsigned int m_taken = 0; // messages, since the first queue was added
+        HWND m_window = nullptr; // of the message before
+    };
+    constinit thread_local WakesOfRow t_wakesOfRow __attribute__((tls_model("initial-exec")));
 
     const ThreadValue& queueOfThread()
     {
@@ -188,9 +232,13 @@ void MessageQueue::Wake() noexcept
 
 EGetMessage MessageQueue::Take(SWindowMessage& message, bool waits) noexcept
 {
-    if (m_row.IsEmpty() && !takeRow(waits)) {
-        return waits ? eGM_Failed : eGM_None;
+    if (m_row.IsEmpty()) {
+        t_wakesOfRow.Pass(nullptr);
+        if (!takeRow(waits)) {
+            return waits ? eGM_Failed : eGM_None;
+        }
     }
+    t_wakesOfRow.Pass(m_row.GetFirst().window);
     {
         const StopGuard unstopped;
         const SWaiting taken = m_row.TakeFirst();
@@ -293,8 +341,9 @@ void MessageQueue::setReadable(bool isReadable) noexcept
     }
 }
 
-WakeLater::WakeLater() noexcept
+WakeLater::WakeLater(EWakeUntil until) noexcept
     : m_outer(std::exchange(t_wakeLater, this))
+    , m_until(until)
 {
 }
 
@@ -308,10 +357,15 @@ WakeLater::~WakeLater()
 
 bool WakeLater::putOff(MessageQueue& queue) noexcept
 {
+    if (m_until == eWU_NextRow) {
+        return t_wakesOfRow.Add(queue);
+    }
     if (m_queue == nullptr) {
         m_queue = &queue;
     }
     return m_queue == &queue;
 }
+
+void WakeNow() noexcept { t_wakesOfRow.Wake(); }
 
 } // namespace platform

@@ -139,8 +139,10 @@ EPost PostToWindow(
     return ::GetLastError() == ERROR_NOT_ENOUGH_QUOTA ? eP_Full : eP_NoWindow;
 }
 
-WakeLater::WakeLater() noexcept { } // NOLINT(modernize-use-equals-default): exported
-WakeLater::~WakeLater() { } // NOLINT(modernize-use-equals-default)
+WakeLater::WakeLater(EWakeUntil) noexcept { }
+WakeLater::~WakeLater() { } // NOLINT(modernize-use-equals-default): exported
+
+void WakeNow() noexcept { }
 
 EGetMessage WaitForMessage(SWindowMessage& message) noexcept
 {

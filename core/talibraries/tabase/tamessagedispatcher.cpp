@@ -133,6 +133,7 @@ TuEvent::EWaitResult TaMessageDispatcher::waitServing(const TuEvent& event,
             result = TuEvent::WaitForMultipleEvents(events.data(), 2, 0, &index);
         } while (result == TuEvent::eWR_TimedOut && dispatcher->runNext(kNoLimit));
         if (result == TuEvent::eWR_TimedOut) {
+            platform::WakeNow();
             result = TuEvent::WaitForMultipleEvents(
                 events.data(), 3, platform::GetMillisecondsUntil(deadline), &index);
         }
@@ -205,6 +206,7 @@ void TaMessageDispatcher::processSendNotification(TaSendNotification& notificati
 
 void TaMessageDispatcher::sortSend(const TaSendNotification& notification) noexcept
 {
+    const platform::WakeLater later(platform::eWU_NextRow);
     const TuCriticalSectionAuto guard(m_subscriptionsLock);
     try {
         getSubscribers(notification.GetMessage(), notification.GetTarget(), m_subscribers);
@@ -274,6 +276,7 @@ void TaMessageDispatcher::processPostNotification(TaPostNotification& notificati
 
 void TaMessageDispatcher::sortPost(TaPostNotification& notification) noexcept
 {
+    const platform::WakeLater later(platform::eWU_NextRow);
     const TuCriticalSectionAuto guard(m_subscriptionsLock);
     try {
         getSubscribers(notification.GetMessage(), notification.GetTarget(), m_subscribers);
@@ -363,6 +366,7 @@ void TaMessageDispatcher::signalPostNotification()
 
 long long TaMessageDispatcher::handleMessage(const TaMessage& message)
 {
+    platform::WakeNow(); // it may make a window, and so run a user's code
     try {
         if (message.IsKindOf(TaMessageSubscription::RTTI)) {
             onMessageSubscription(dynamic_cast<const TaMessageSubscription&>(message));
