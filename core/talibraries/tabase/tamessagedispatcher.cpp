@@ -209,8 +209,8 @@ void TaMessageDispatcher::sortSend(const TaSendNotification& notification) noexc
     const platform::WakeLater later(platform::eWU_NextRow);
     const TuCriticalSectionAuto guard(m_subscriptionsLock);
     try {
-        getSubscribers(notification.GetMessage(), notification.GetTarget(), m_subscribers);
-        for (TaMessageHandlerBase* const handler : m_subscribers) {
+        for (TaMessageHandlerBase* const handler :
+            getSubscribers(notification.GetMessage(), notification.GetTarget())) {
             sortSend(notification, *handler);
         }
     } catch (...) { // no memory: those that are left are as if they had not subscribed
@@ -232,18 +232,20 @@ void TaMessageDispatcher::sortSend(
     }
 }
 
-void TaMessageDispatcher::getSubscribers(const TaMessage& message,
-    const TaMessageHandlerBase* target, TaMessageHandlerList& subscribers) const
+const TaMessageHandlerList& TaMessageDispatcher::getSubscribers(
+    const TaMessage& message, const TaMessageHandlerBase* target)
 {
-    m_subscriptions.GetSubscribers(message, subscribers);
-    if (target != nullptr) {
-        const auto found = subscribers.Find(target);
-        TaMessageHandlerBase* const handler = found != subscribers.end() ? *found : nullptr;
-        subscribers.RemoveAll();
-        if (handler != nullptr) {
-            subscribers.Add(handler);
-        }
+    const TaMessageHandlerList& all = m_subscriptions.GetSubscribers(message, m_subscribers);
+    if (target == nullptr) {
+        return all;
     }
+    const auto found = all.Find(target);
+    TaMessageHandlerBase* const handler = found != all.end() ? *found : nullptr;
+    m_subscribers.RemoveAll();
+    if (handler != nullptr) {
+        m_subscribers.Add(handler);
+    }
+    return m_subscribers;
 }
 
 // Posting.
@@ -279,9 +281,10 @@ void TaMessageDispatcher::sortPost(TaPostNotification& notification) noexcept
     const platform::WakeLater later(platform::eWU_NextRow);
     const TuCriticalSectionAuto guard(m_subscriptionsLock);
     try {
-        getSubscribers(notification.GetMessage(), notification.GetTarget(), m_subscribers);
-        unsigned int left = m_subscribers.GetCount();
-        for (TaMessageHandlerBase* const handler : m_subscribers) {
+        const TaMessageHandlerList& subscribers
+            = getSubscribers(notification.GetMessage(), notification.GetTarget());
+        unsigned int left = subscribers.GetCount();
+        for (TaMessageHandlerBase* const handler : subscribers) {
             // The last one gets the reference of the dispatcher.
             TaPostNotification forHandler
                 = --left == 0 ? std::move(notification) : TaPostNotification(notification);

@@ -127,9 +127,10 @@ public:
     void Dump(TuStreamWriteASCII& stream) const;
 
 protected:
-    /// Those who are to receive the message: see TaSubscriptions.
-    void getSubscribers(const TaMessage& message, const TaMessageHandlerBase* target,
-        TaMessageHandlerList& subscribers) const TU_REQUIRES(m_subscriptionsLock);
+    /// Those who are to receive the message (see TaSubscriptions), or the target, where it is among
+    /// them.
+    const TaMessageHandlerList& getSubscribers(const TaMessage& message,
+        const TaMessageHandlerBase* target) TU_REQUIRES(m_subscriptionsLock);
     long long handleMessage(const TaMessage& message) override;
     void processSendNotification(TaSendNotification& notification) override;
     void processPostNotification(TaPostNotification& notification) override;
