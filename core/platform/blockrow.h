@@ -31,6 +31,7 @@ public:
     // The row is not empty for these.
     T& GetFirst() noexcept { return *m_first->At(m_head); }
     const T& GetFirst() const noexcept { return *m_first->At(m_head); }
+    T& GetLast() noexcept { return *m_last->At(m_end - 1); }
     T TakeFirst() noexcept;
     T TakeLast() noexcept;
 
@@ -156,7 +157,7 @@ void BlockRow<T, Count>::Filter(Keeps keeps) noexcept
     // way is kept, or others are.
     for (std::size_t left = m_count; left > 0; --left) {
         T next = TakeFirst();
-        if (keeps(std::as_const(next))) {
+        if (keeps(next)) {
             (void)Add(std::move(next));
         }
     }

@@ -153,6 +153,10 @@ enum EGetMessage
 /// Takes the first waiting message of that number to that window, out of order.
 [[nodiscard]] PLATFORM_API bool TakeMessageOf(
     HWND window, unsigned int number, SWindowMessage& message) noexcept;
+/// For a procedure of such a message, which can go on with the next one at once: takes the very
+/// next message of the thread where it is another one of that number to that window, and is known
+/// without asking the system. False on Windows, and while HandleWaitingMessages counts.
+[[nodiscard]] PLATFORM_API bool TakeSameMessage(HWND window, unsigned int number) noexcept;
 /// Calls the procedure of the window, unless that is gone.
 PLATFORM_API void DispatchToWindow(const SWindowMessage& message) noexcept;
 /// Takes and dispatches the messages that wait now, but none that come meanwhile. False where one

@@ -1,9 +1,9 @@
 #include "platform/posix/messagequeue.h"
 
 #include "platform/platformclock.h"
+#include "platform/posix/currentthread.h"
 #include "platform/posix/futex.h"
 #include "platform/posix/windowslot.h"
-#include "platform/stopguard.h"
 #include "platform/threadvalue.h"
 
 #include <errno.h>
@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <limits>
 #include <new>
 #include <utility>
 
@@ -92,7 +93,7 @@ MessageQueue* MessageQueue::GetCurrent() noexcept
     if (t_queue != nullptr) {
         return t_queue;
     }
-    const StopGuard unstopped;
+    const QuickStopGuard unstopped;
     SFreeQueues& all = freeQueues();
     MessageQueue* queue = nullptr;
     {
@@ -144,7 +145,7 @@ void MessageQueue::giveBack(MessageQueue& queue) noexcept
 
 void MessageQueue::end() noexcept
 {
-    const StopGuard unstopped;
+    const QuickStopGuard unstopped;
     if (m_place != nullptr) {
         m_place->store(nullptr, std::memory_order_release);
         m_place = nullptr;
@@ -169,7 +170,7 @@ void MessageQueue::end() noexcept
 
 void MessageQueue::AddWindow(SWindowSlot& slot, HWND window) noexcept
 {
-    const StopGuard unstopped;
+    const QuickStopGuard unstopped;
     slot.next = m_firstWindow;
     m_firstWindow = &slot;
     // Who finds this queue finds, under its lock, that the handle before is gone.
@@ -180,7 +181,7 @@ void MessageQueue::AddWindow(SWindowSlot& slot, HWND window) noexcept
 
 void MessageQueue::RemoveWindow(SWindowSlot& slot) noexcept
 {
-    const StopGuard unstopped;
+    const QuickStopGuard unstopped;
     SWindowSlot** link = &m_firstWindow;
     while (*link != &slot) {
         link = &(*link)->next;
@@ -199,7 +200,7 @@ void MessageQueue::RemoveWindow(SWindowSlot& slot) noexcept
 
 EPost MessageQueue::Post(const SWindowSlot& slot, const SWindowMessage& message) noexcept
 {
-    const StopGuard unstopped;
+    const QuickStopGuard unstopped;
     bool isToBeWoken = false;
     {
         const LockGuard guard(m_lock);
@@ -207,8 +208,7 @@ EPost MessageQueue::Post(const SWindowSlot& slot, const SWindowMessage& message)
             errno = ESRCH;
             return eP_NoWindow;
         }
-        if (!m_posted.Add(SWaiting{
-                message.window, message.message, m_nextSerial, message.wParam, message.lParam })) {
+        if (!addToPosted(message)) {
             errno = ENOMEM;
             return eP_Full;
         }
@@ -222,9 +222,25 @@ EPost MessageQueue::Post(const SWindowSlot& slot, const SWindowMessage& message)
     return eP_Posted;
 }
 
+/// Equal messages in a row share an entry: a handler's wake-ups, above all.
+bool MessageQueue::addToPosted(const SWindowMessage& message) noexcept
+{
+    if (!m_posted.IsEmpty()) {
+        SWaiting& last = m_posted.GetLast();
+        if (last.window == message.window && last.message == message.message
+            && last.wParam == message.wParam && last.lParam == message.lParam
+            && last.count != std::numeric_limits<std::uint32_t>::max()) {
+            ++last.count;
+            return true;
+        }
+    }
+    return m_posted.Add(SWaiting{
+        message.window, message.message, m_nextSerial, 1, message.wParam, message.lParam });
+}
+
 void MessageQueue::Wake() noexcept
 {
-    const StopGuard unstopped; // who is killed between these two would leave the thread asleep
+    const QuickStopGuard unstopped; // who is killed between these two would leave the thread asleep
     if (m_word.exchange(kAwake, std::memory_order_relaxed) == kAsleep) {
         WakeOne(m_word);
     }
@@ -239,17 +255,41 @@ EGetMessage MessageQueue::Take(SWindowMessage& message, bool waits) noexcept
         }
     }
     t_wakesOfRow.Pass(m_row.GetFirst().window);
-    {
-        const StopGuard unstopped;
-        const SWaiting taken = m_row.TakeFirst();
-        message = { taken.window, taken.message, taken.wParam, taken.lParam };
-    }
+    const SWaiting& first = m_row.GetFirst();
+    message = { first.window, first.message, first.wParam, first.lParam };
+    dropFirst();
     if (m_hasDescriptor && m_row.IsEmpty()) {
-        const StopGuard unstopped;
+        const QuickStopGuard unstopped;
         const LockGuard guard(m_lock);
         setReadable(isAnyWaiting());
     }
     return message.message == eWM_Quit ? eGM_Quit : eGM_Message;
+}
+
+bool MessageQueue::TakeSame(HWND window, unsigned int number) noexcept
+{
+    if (m_row.IsEmpty() || m_hasDescriptor || m_limits != 0) {
+        return false;
+    }
+    const SWaiting& first = m_row.GetFirst();
+    if (first.window != window || first.message != number) {
+        return false;
+    }
+    t_wakesOfRow.Pass(window);
+    dropFirst();
+    return true;
+}
+
+void MessageQueue::dropFirst() noexcept
+{
+    SWaiting& first = m_row.GetFirst();
+    if (first.count > 1) {
+        ++first.serial;
+        --first.count;
+    } else {
+        const QuickStopGuard unstopped;
+        m_row.TakeFirst();
+    }
 }
 
 /// Takes the row of posted messages; false where there is none and nobody waits for one.
@@ -257,7 +297,7 @@ bool MessageQueue::takeRow(bool waits) noexcept
 {
     for (;;) {
         {
-            const StopGuard unstopped;
+            const QuickStopGuard unstopped;
             const LockGuard guard(m_lock);
             m_row.Swap(m_posted);
             if (!m_row.IsEmpty()) {
@@ -279,15 +319,15 @@ bool MessageQueue::takeRow(bool waits) noexcept
 bool MessageQueue::TakeOf(HWND window, unsigned int number, SWindowMessage& message) noexcept
 {
     bool isTaken = false;
-    const auto isOther = [&](const SWaiting& waiting) {
+    const auto isOther = [&](SWaiting& waiting) {
         if (isTaken || waiting.window != window || waiting.message != number) {
             return true;
         }
         isTaken = true;
         message = { window, number, waiting.wParam, waiting.lParam };
-        return false;
+        return --waiting.count != 0;
     };
-    const StopGuard unstopped;
+    const QuickStopGuard unstopped;
     const LockGuard guard(m_lock);
     m_row.Filter(isOther);
     m_posted.Filter(isOther);
@@ -297,7 +337,7 @@ bool MessageQueue::TakeOf(HWND window, unsigned int number, SWindowMessage& mess
 
 std::uint32_t MessageQueue::GetEnd() noexcept
 {
-    const StopGuard unstopped;
+    const QuickStopGuard unstopped;
     const LockGuard guard(m_lock);
     return m_nextSerial;
 }
@@ -310,14 +350,14 @@ bool MessageQueue::HasBefore(std::uint32_t end) noexcept
     if (!m_row.IsEmpty()) {
         return isBefore(m_row.GetFirst());
     }
-    const StopGuard unstopped;
+    const QuickStopGuard unstopped;
     const LockGuard guard(m_lock);
     return !m_posted.IsEmpty() && isBefore(m_posted.GetFirst());
 }
 
 int MessageQueue::GetDescriptor() noexcept
 {
-    const StopGuard unstopped;
+    const QuickStopGuard unstopped;
     const LockGuard guard(m_lock);
     if (m_descriptor == -1) {
         m_descriptor = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);

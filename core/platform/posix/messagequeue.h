@@ -41,6 +41,10 @@ public:
     void Wake() noexcept;
 
     EGetMessage Take(SWindowMessage& message, bool waits) noexcept;
+    /// Takes the next message where it is such a one and has come with the row at hand.
+    bool TakeSame(HWND window, unsigned int number) noexcept;
+    /// While somebody counts what is taken, TakeSame takes nothing.
+    void Limit(bool isLimited) noexcept { m_limits += isLimited ? 1 : -1; }
     bool TakeOf(HWND window, unsigned int number, SWindowMessage& message) noexcept;
     /// The serial number that the next message will have, and whether one before it still waits.
     std::uint32_t GetEnd() noexcept;
@@ -52,23 +56,27 @@ private:
     {
         HWND window;
         unsigned int message;
-        std::uint32_t serial; // counts on through the messages, and round
+        std::uint32_t serial; // of the first; counts on through the messages, and round
+        std::uint32_t count; // of equal messages that came one behind the other
         unsigned long long wParam;
         long long lParam;
     };
     /// A block stays below what the allocator of the C library takes for large.
-    using Row = BlockRow<SWaiting, 31>;
+    using Row = BlockRow<SWaiting, 24>;
 
     MessageQueue() noexcept = default;
     ~MessageQueue() = default;
 
     static void giveBack(MessageQueue& queue) noexcept;
     bool takeRow(bool waits) noexcept;
+    bool addToPosted(const SWindowMessage& message) noexcept TU_REQUIRES(m_lock);
+    void dropFirst() noexcept;
     bool isAnyWaiting() const noexcept TU_REQUIRES(m_lock);
     void setReadable(bool isReadable) noexcept TU_REQUIRES(m_lock);
     void end() noexcept;
 
     Row m_row; // of the thread: what it has taken from the other
+    int m_limits = 0;
     bool m_hasDescriptor = false; // so that a thread without one need not look under the lock
     SWindowSlot* m_firstWindow = nullptr;
     std::atomic<MessageQueue*>* m_place = nullptr; // where it is noted, or null

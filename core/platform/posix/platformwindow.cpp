@@ -139,13 +139,22 @@ bool HandleWaitingMessages() noexcept
         return true;
     }
     SWindowMessage message;
-    for (const std::uint32_t end = queue->GetEnd(); queue->HasBefore(end);) {
-        if (queue->Take(message, false) == eGM_Quit) {
-            return false;
+    bool isToGoOn = true;
+    queue->Limit(true);
+    for (const std::uint32_t end = queue->GetEnd(); isToGoOn && queue->HasBefore(end);) {
+        isToGoOn = queue->Take(message, false) != eGM_Quit;
+        if (isToGoOn) {
+            DispatchToWindow(message);
         }
-        DispatchToWindow(message);
     }
-    return true;
+    queue->Limit(false);
+    return isToGoOn;
+}
+
+bool TakeSameMessage(HWND window, unsigned int number) noexcept
+{
+    // Its thread looks at its own messages, so it has a queue.
+    return MessageQueue::GetCurrent()->TakeSame(window, number);
 }
 
 int GetMessageDescriptor() noexcept

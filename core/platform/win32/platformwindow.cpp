@@ -217,6 +217,8 @@ bool HandleWaitingMessages() noexcept
     return true;
 }
 
+bool TakeSameMessage(HWND, unsigned int) noexcept { return false; }
+
 int GetMessageDescriptor() noexcept { return -1; }
 
 void SetPostRefusal(PostRefusal refusal) noexcept { s_refusal = refusal; }

@@ -146,9 +146,15 @@ long long TaMessageHandlerBase::WindowProcHook(
     case kSendSignal:
         onSendNotification();
         return 0;
-    case kPostSignal:
-        onPostNotification();
+    case kPostSignal: {
+        // While the wake-up behind this one is another such, the way by the loop can be saved. The
+        // window goes with the handler.
+        const HWND window = GetHWND();
+        do {
+            onPostNotification();
+        } while (platform::TakeSameMessage(window, kPostSignal));
         return 0;
+    }
     case kStringMessage:
         onStringMessage(reinterpret_cast<HWND>(wParam), reinterpret_cast<char16_t*>(lParam));
         return 0;
