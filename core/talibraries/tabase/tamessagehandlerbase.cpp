@@ -10,6 +10,7 @@
 #include "tabase/tamessagestring.h"
 #include "tabase/tamessagesubscription.h"
 
+#include <algorithm>
 #include <limits>
 #include <string>
 #include <utility>
@@ -304,31 +305,34 @@ void TaMessageHandlerBase::dumpQueues(TuStreamWriteASCII& stream) const
 }
 
 template <class Notification>
-std::optional<Notification> TaMessageHandlerBase::take(
-    TaNotificationQueue<Notification>& queue, std::uint64_t limit) noexcept
+std::uint64_t TaMessageHandlerBase::getFirstTicket(
+    const TaNotificationQueue<Notification>& queue) noexcept
 {
-    const TuCriticalSectionAuto guard(queue.lock);
-    if (queue.records.IsEmpty() || queue.records.GetHead().m_ticket >= limit) {
+    return queue.records.IsEmpty() ? kNoTicket : queue.records.GetHead().m_ticket;
+}
+
+std::optional<TaPostNotification> TaMessageHandlerBase::takePost(std::uint64_t limit) noexcept
+{
+    const TuCriticalSectionAuto guard(m_posts.lock);
+    if (getFirstTicket(m_posts) >= limit) {
         return std::nullopt;
     }
-    return queue.records.RemoveHead();
+    return m_posts.records.RemoveHead();
 }
 
-void TaMessageHandlerBase::onSendNotification() noexcept
+// There are wake-ups without a notification: those of what was dropped, or ran elsewhere. So each
+// stands for the next of both queues, or a send would overtake a post.
+
+void TaMessageHandlerBase::onSendNotification() noexcept { onWakeUp(); }
+
+void TaMessageHandlerBase::onPostNotification() noexcept { onWakeUp(); }
+
+void TaMessageHandlerBase::onWakeUp() noexcept
 {
     if (missesWakeUps()) {
         runAll();
-    } else if (auto notification = take(m_sends, kNoTicket)) {
-        run(*notification);
-    }
-}
-
-void TaMessageHandlerBase::onPostNotification() noexcept
-{
-    if (missesWakeUps()) {
-        runAll();
-    } else if (auto notification = take(m_posts, kNoTicket)) {
-        run(*notification);
+    } else {
+        runNext(kNoTicket);
     }
 }
 
@@ -340,29 +344,27 @@ void TaMessageHandlerBase::runAll() noexcept
     while (!life.expired() && runNext(limit)) { }
 }
 
-template <class Notification>
-std::uint64_t TaMessageHandlerBase::getFirstTicket(
-    const TaNotificationQueue<Notification>& queue) const noexcept
-{
-    const TuCriticalSectionAuto guard(queue.lock);
-    return queue.records.IsEmpty() ? kNoTicket : queue.records.GetHead().m_ticket;
-}
-
 bool TaMessageHandlerBase::runNext(std::uint64_t limit) noexcept
 {
-    // Others only add, and remove what nobody wants any more.
-    if (getFirstTicket(m_sends) < getFirstTicket(m_posts)) {
-        auto notification = take(m_sends, limit);
-        if (notification.has_value()) {
-            run(*notification);
+    std::optional<TaSendNotification> sent;
+    std::optional<TaPostNotification> posted;
+    {
+        const TuCriticalSectionAuto sends(m_sends.lock);
+        const TuCriticalSectionAuto posts(m_posts.lock);
+        const std::uint64_t firstSend = getFirstTicket(m_sends);
+        const std::uint64_t firstPost = getFirstTicket(m_posts);
+        if (firstSend < std::min(firstPost, limit)) {
+            sent = m_sends.records.RemoveHead();
+        } else if (firstPost < limit) {
+            posted = m_posts.records.RemoveHead();
         }
-        return notification.has_value();
     }
-    auto notification = take(m_posts, limit);
-    if (notification.has_value()) {
-        run(*notification);
+    if (sent.has_value()) {
+        run(*sent);
+    } else if (posted.has_value()) {
+        run(*posted);
     }
-    return notification.has_value();
+    return sent.has_value() || posted.has_value();
 }
 
 void TaMessageHandlerBase::flushPostNotifications() noexcept
@@ -371,7 +373,7 @@ void TaMessageHandlerBase::flushPostNotifications() noexcept
     const std::uint64_t limit = m_tickets.load();
     const std::weak_ptr<const char> life(m_life);
     while (!life.expired()) {
-        auto notification = take(m_posts, limit);
+        auto notification = takePost(limit);
         if (!notification.has_value()) {
             return;
         }

@@ -161,7 +161,7 @@ protected:
     static long long windowProcedure(
         HWND window, unsigned int message, unsigned long long wParam, long long lParam) noexcept;
 
-    /// Take the first notification, and process it.
+    /// Take the first notification of both queues, and process it.
     void onSendNotification() noexcept;
     void onPostNotification() noexcept;
     /// Processes what was posted up to now.
@@ -190,11 +190,11 @@ private:
     void postSignal(unsigned int number, platform::EPost& result);
 
     /// The first one, where it came before `limit`.
+    std::optional<TaPostNotification> takePost(std::uint64_t limit) noexcept;
     template <class Notification>
-    std::optional<Notification> take(
-        TaNotificationQueue<Notification>& queue, std::uint64_t limit) noexcept;
-    template <class Notification>
-    std::uint64_t getFirstTicket(const TaNotificationQueue<Notification>& queue) const noexcept;
+    static std::uint64_t getFirstTicket(const TaNotificationQueue<Notification>& queue) noexcept
+        TU_REQUIRES(queue.lock);
+    void onWakeUp() noexcept;
     /// Processes the first of both queues, where it came before `limit`; false where there is none.
     bool runNext(std::uint64_t limit) noexcept;
     /// Processes what waits now, in the order in which it came.
