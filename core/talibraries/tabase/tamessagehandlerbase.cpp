@@ -95,9 +95,10 @@ bool TaMessageHandlerBase::createHWND(TaMessageHandlerBase& handler)
     static constinit std::atomic<unsigned int> s_next{ 0 };
     const std::string name = "TaMessageHandlerBase_" + std::to_string(s_next.fetch_add(1));
     const platform::WindowProcedure procedure = handler.getWindowProc();
-    if (handler.GetHWND() != nullptr || procedure == nullptr) {
+    if (platform::IsMessageWindow(handler.GetHWND()) || procedure == nullptr) {
         return false;
     }
+    handler.closeQueues(); // its former thread may have been killed
     const HWND window = platform::CreateMessageWindow(
         std::u16string(name.begin(), name.end()).c_str(), procedure, &handler);
     if (window == nullptr) {
@@ -111,7 +112,7 @@ bool TaMessageHandlerBase::createHWND(TaMessageHandlerBase& handler)
 
 bool TaMessageHandlerBase::hasWindowOnThisThread() const
 {
-    return GetHWND() != nullptr && m_threadId == platform::GetCurrentThreadId();
+    return m_threadId == platform::GetCurrentThreadId() && platform::IsMessageWindow(GetHWND());
 }
 
 long long TaMessageHandlerBase::windowProcedure(
