@@ -18,6 +18,7 @@
 #include <memory>
 #include <optional>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -303,7 +304,7 @@ private:
 
 TEST(TaMessageHandlerTest, AHandlerMayEndInTheMiddleOfItsMessageAndWhoWaitsForItIsLetGo)
 {
-    Host host;
+    std::optional<Host> host(std::in_place);
     for (const bool isSent : { false, true }) {
         SGate gate;
         LocalHandler* handler = nullptr;
@@ -315,7 +316,7 @@ TEST(TaMessageHandlerTest, AHandlerMayEndInTheMiddleOfItsMessageAndWhoWaitsForIt
                 return 7LL;
             },
             ToNumbers, false);
-        host.MakeWindow(*handler);
+        host->MakeWindow(*handler);
         std::jthread first(
             [&] { isSent ? static_cast<void>(SendToAll(NumberMessage(1))) : Post(1); });
         ASSERT_TRUE(gate.WaitUntilEntered());
@@ -323,10 +324,9 @@ TEST(TaMessageHandlerTest, AHandlerMayEndInTheMiddleOfItsMessageAndWhoWaitsForIt
         std::jthread second([&] { EXPECT_EQ(SendToAll(NumberMessage(3)).size(), 0u); });
         ASSERT_TRUE(WaitForDump(u"'ending': 1 sent, 1 posted"));
         gate.go.Set();
-        first.join();
-        second.join();
-        EXPECT_EQ(TaMessageDispatcher::FindMessageHandler(u"ending"), nullptr);
     }
+    host.reset(); // behind the ends of both
+    EXPECT_EQ(TaMessageDispatcher::FindMessageHandler(u"ending"), nullptr);
     EXPECT_EQ(SendToAll(NumberMessage(4)).size(), 0u);
 }
 
