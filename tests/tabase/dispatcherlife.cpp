@@ -1,3 +1,4 @@
+#include "platform/threadsanitizer.h"
 #include "support/testhandler.h"
 #include "support/testlatch.h"
 
@@ -5,7 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
+#include <optional>
 #include <thread>
 
 // One life of the dispatcher: a process has one, which does not come back. The argument says which;
@@ -175,6 +176,33 @@ void exitOfHandler()
 
 void exitOfHandlerOnItsThread() { SendTo(*new DispatcherHandler(u"leaver", leaveInMessage), 1); }
 
+/// What a killed thread owned is lost, so nobody is to look for leaks afterwards.
+void killHandler()
+{
+#if !defined(TA_THREAD_SANITIZER) // which delays the signal
+    SGate gate;
+    std::optional<ThreadedHandler> handler;
+    handler.emplace(u"killed", [&](const TaMessage& message) {
+        if (NumberOf(message) == 1) {
+            gate.Pass();
+        }
+        return 7LL;
+    });
+    std::jthread first([&] { expect(SendToAll(NumberMessage(1)).empty(), "it never answers"); });
+    expect(gate.WaitUntilEntered(), "the handler is at it");
+    std::jthread second([&] { expect(SendToAll(NumberMessage(2)).empty(), "nor this one"); });
+    expect(WaitForDump(u"'killed': 1 sent"), "the second message waits");
+    handler->Terminate();
+    expect(SendTo(*handler, 3) == 0, "who sends now does not wait");
+    expect(handler->StartAndWait(), "the handler can start again");
+    second.join(); // what waited for the former thread is not for the new one
+    expect(SendTo(*handler, 4) == 7, "the new thread answers");
+    handler.reset();
+    first.join(); // the end of the handler lets go who waits for the killed thread itself
+#endif
+    std::_Exit(exitCode());
+}
+
 struct SMode
 {
     const char* name;
@@ -190,6 +218,7 @@ constexpr SMode kModes[] = {
     { "while_somebody_waits", &endWhileSomebodyWaits },
     { "exit_of_handler", &exitOfHandler },
     { "exit_of_handler_on_its_thread", &exitOfHandlerOnItsThread },
+    { "killed_handler", &killHandler },
 };
 
 } // namespace

@@ -2,7 +2,6 @@
 #include "platform/platformtaskmemory.h"
 #include "platform/platformtext.h"
 #include "platform/platformthread.h"
-#include "support/killedthreads.h"
 #include "support/testhandler.h"
 #include "tabase/tamessagecommand.h"
 #include "tabase/tamessagecreatehwnd.h"
@@ -357,29 +356,6 @@ TEST(TaMessageHandlerTest, NothingReachesAHandlerWhoseThreadHasEnded)
     }
     handler.reset();
     sender.join();
-}
-
-TEST(TaMessageHandlerTest, WhoWaitsForAKilledHandlerIsLetGoByItsEnd)
-{
-    SKIP_IF_SIGNALS_ARE_DELAYED();
-    SGate gate;
-    std::optional<ThreadedHandler> handler;
-    handler.emplace(u"killed", [&](const TaMessage& message) {
-        if (NumberOf(message) == 1) {
-            gate.Pass();
-        }
-        return 7LL;
-    });
-    std::jthread first([&] { EXPECT_EQ(SendToAll(NumberMessage(1)).size(), 0u); });
-    ASSERT_TRUE(gate.WaitUntilEntered());
-    std::jthread second([&] { EXPECT_EQ(SendToAll(NumberMessage(2)).size(), 0u); });
-    ASSERT_TRUE(WaitForDump(u"'killed': 1 sent"));
-    handler->Terminate();
-    EXPECT_EQ(SendTo(*handler, 3), 0);
-    ASSERT_TRUE(handler->StartAndWait());
-    second.join(); // what waited for the former thread is not for the new one
-    EXPECT_EQ(SendTo(*handler, 4), 7);
-    handler.reset();
 }
 
 TEST(TaMessageHandlerTest, APlugInWithHandlersComesAndGoes)
