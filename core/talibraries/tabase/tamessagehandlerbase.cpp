@@ -12,8 +12,10 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
 #include <string>
 #include <utility>
+#include <vector>
 
 const TuRTTI TaMessageHandlerBase::RTTI(u"TaMessageHandlerBase", nullptr, nullptr);
 
@@ -441,11 +443,19 @@ template <class Notification, class Predicate>
 void TaMessageHandlerBase::dropFrom(
     TaNotificationQueue<Notification>& queue, Predicate isMeant) noexcept
 {
+    std::vector<Notification> dropped; // the end of a message is a user's code: without the lock
     const TuCriticalSectionAuto guard(queue.lock);
+    try {
+        dropped.reserve(queue.records.GetCount());
+    } catch (const std::bad_alloc&) { // then with it
+    }
     for (auto record = queue.records.begin(); record != queue.records.end();) {
         if (isMeant(*record)) {
             if constexpr (std::is_same_v<Notification, TaPostNotification>) {
                 reportDropped(*record);
+            }
+            if (dropped.size() < dropped.capacity()) {
+                dropped.push_back(std::move(*record));
             }
             record = queue.records.Erase(record);
         } else {
