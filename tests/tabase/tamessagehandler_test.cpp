@@ -329,6 +329,35 @@ TEST(TaMessageHandlerTest, AHandlerMayEndInTheMiddleOfItsMessageAndWhoWaitsForIt
     EXPECT_EQ(SendToAll(NumberMessage(4)).size(), 0u);
 }
 
+/// Uses the dispatcher when it goes.
+class LastMessage : public NumberMessage
+{
+public:
+    LastMessage()
+        : NumberMessage(1)
+    {
+    }
+    ~LastMessage() override
+    {
+        Post(2); // to the handler that drops this one
+        SendToAll(OtherMessage());
+    }
+};
+
+TEST(TaMessageHandlerTest, MessagesThatAreDroppedMaySendInTheirEnd)
+{
+    LocalHandler handler(u"dropping", [](const TaMessage&) { return 0LL; });
+    const auto post = [] {
+        TaMessageDispatcher::PostMessage(TuMake<LastMessage>());
+        TaMessageDispatcher::SendMessage(TaMessage());
+    };
+    post();
+    handler.UnsubscribeMessage(NumberMessage(0));
+    handler.SubscribeMessage(NumberMessage(0));
+    post();
+    EXPECT_TRUE(handler.destroyMessageHandler());
+}
+
 // Numbers of threads that have ended are given to new ones.
 TEST(TaMessageHandlerTest, NothingReachesAHandlerWhoseThreadHasEnded)
 {
