@@ -166,15 +166,22 @@ void endWhileSomebodyWaits()
 
 [[noreturn]] long long leaveInMessage(const TaMessage&) { std::exit(exitCode()); }
 
-// A handler that ends the process is never destroyed.
+/// A handler ends the process, and so is never destroyed itself.
+void exitOf(const TaMessageHandler& handler)
+{
+    TaMessageDispatcher::PostMessage(TuMake<NumberMessage>(1), handler);
+    const TuEvent never(true);
+    never.Wait(kPatienceMs);
+    expect(false, "the process ends");
+}
 
 void exitOfHandler()
 {
     s_afterwards.isWatching = true;
-    SendTo(*new ThreadedHandler(u"leaver", leaveInMessage), 1);
+    exitOf(*new ThreadedHandler(u"leaver", leaveInMessage));
 }
 
-void exitOfHandlerOnItsThread() { SendTo(*new DispatcherHandler(u"leaver", leaveInMessage), 1); }
+void exitOfHandlerOnItsThread() { exitOf(*new DispatcherHandler(u"leaver", leaveInMessage)); }
 
 /// What a killed thread owned is lost, so nobody is to look for leaks afterwards.
 void killHandler()
