@@ -57,6 +57,10 @@ struct SAfterwards
 {
     ~SAfterwards()
     {
+        if (sleeper.joinable()) {
+            gate.go.Set();
+            sleeper.join();
+        }
         if (isWatching) {
             expect(!TaMessageDispatcher::HasInstance(), "it goes at the exit of the process");
             expectNoDispatcher();
@@ -64,6 +68,8 @@ struct SAfterwards
         }
     }
     bool isWatching = false;
+    SGate gate; // a handler is still in it at the exit of the process
+    std::thread sleeper; // that waits for its answer
 } s_afterwards;
 
 long long answerSeven(const TaMessage&) { return 7; }
@@ -166,6 +172,20 @@ void endWhileSomebodyWaits()
 
 [[noreturn]] long long leaveInMessage(const TaMessage&) { std::exit(exitCode()); }
 
+/// A thread sleeps in a send while the process exits.
+void exitWhileSomebodyWaits()
+{
+    s_afterwards.isWatching = true;
+    static const ThreadedHandler* const s_handler
+        = new ThreadedHandler(u"slow", [](const TaMessage&) {
+              s_afterwards.gate.Pass();
+              return 7LL;
+          });
+    s_afterwards.sleeper
+        = std::thread([] { expect(SendTo(*s_handler, 1) == 7, "an answer after the end"); });
+    expect(s_afterwards.gate.WaitUntilEntered(), "the handler is at it");
+}
+
 /// A handler ends the process, and so is never destroyed itself.
 void exitOf(const TaMessageHandler& handler)
 {
@@ -225,6 +245,7 @@ constexpr SMode kModes[] = {
     { "while_somebody_waits", &endWhileSomebodyWaits },
     { "exit_of_handler", &exitOfHandler },
     { "exit_of_handler_on_its_thread", &exitOfHandlerOnItsThread },
+    { "exit_while_somebody_waits", &exitWhileSomebodyWaits },
     { "killed_handler", &killHandler },
 };
 
