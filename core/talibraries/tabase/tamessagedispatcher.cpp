@@ -20,10 +20,17 @@ const TuRTTI TaMessageDispatcher::RTTI(
 
 constinit std::atomic<TaMessageDispatcher*> TaMessageDispatcher::s_dispatcher{ nullptr };
 constinit std::atomic<bool> TaMessageDispatcher::s_isGone{ false };
+constinit void* TaMessageDispatcher::s_remains = nullptr;
 
 namespace {
 
 constexpr std::uint64_t kNoLimit = std::numeric_limits<std::uint64_t>::max();
+
+TaSendsInFlight& sendsInFlight()
+{
+    static TaSendsInFlight& s_sends = *new TaSendsInFlight;
+    return s_sends;
+}
 
 } // namespace
 
@@ -50,6 +57,7 @@ const TuRTTI TaMessageDispatcher::TaMessageHandlerDeleted::RTTI(
 TaMessageDispatcher::TaMessageDispatcher()
     : TaMessageHandlerThreaded(u"TaMessageDispatcher", eTP_Normal)
     , m_pool(TuMake<TaSendStatusPool>())
+    , m_inFlight(sendsInFlight())
 {
     s_dispatcher = this;
 }
@@ -150,14 +158,15 @@ long long TaMessageDispatcher::sendMessage(const TaMessage& message,
     try {
         const TaSendStatusUse status = m_pool->Take();
         status->Begin(message, source);
-        m_inFlight.Enter(*status);
+        TaSendsInFlight& inFlight = m_inFlight; // which stays when this object goes meanwhile
+        inFlight.Enter(*status);
         // Nothing throws from here to the end of the loop. A notification that finds no queue is
         // dropped, which ends the wait.
         queueSendNotification(TaSendNotification(target, message, status, source));
         do {
             waitForAnswers(*status);
             status->RunList();
-        } while (!m_inFlight.TryLeave(*status));
+        } while (!inFlight.TryLeave(*status));
         const TuList<long long>& answers = status->GetResults();
         if (results != nullptr) {
             results->Append(answers);
@@ -173,7 +182,7 @@ void TaMessageDispatcher::waitForAnswers(TaThreadSendStatus& status) noexcept
     const TuEvent& event = status.GetEvent();
     for (;;) {
         // Where a full queue has refused a wake-up, the dispatcher is asked to repeat it.
-        const bool repeats = m_hasUnwoken || missesWakeUps();
+        const bool repeats = !s_isGone && (m_hasUnwoken || missesWakeUps());
         const unsigned int milliseconds = repeats ? kRetryMs : TuEvent::kInfinite;
         unsigned int index = 0;
         const TuEvent::EWaitResult result = isOnItsThread()

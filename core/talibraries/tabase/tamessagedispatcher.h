@@ -52,6 +52,8 @@ class TABASE_API TaMessageDispatcher : public TaMessageHandlerThreaded,
 public:
     static const TuRTTI RTTI;
     const TuRTTI& GetRTTI() const override { return RTTI; }
+    /// The memory stays: a thread may sleep in a send while the process exits, and wakes in it.
+    static void operator delete(void* memory) noexcept { s_remains = memory; }
 
     // Each operation exists twice: as it is, and with the source file and the line of the caller,
     // for traces.
@@ -191,6 +193,7 @@ private:
 
     static std::atomic<TaMessageDispatcher*> s_dispatcher; // null before and after
     static std::atomic<bool> s_isGone;
+    static void* s_remains;
 
     std::atomic<EState> m_state{ eS_New };
     TuEvent m_startIsDone{ true };
@@ -200,7 +203,7 @@ private:
     TaMessageHandlerList m_subscribers; // of the message at hand; of the dispatcher's thread
     TaHandlerNames m_names;
     TuSmartPointer<TaSendStatusPool> m_pool;
-    TaSendsInFlight m_inFlight;
+    TaSendsInFlight& m_inFlight; // stays when the dispatcher goes, as said at operator delete
     std::atomic<unsigned int> m_servings{ 0 }; // waits of the dispatcher's thread, nested
     TuEvent m_serve{ false }; // something has come meanwhile
     /// Handlers that a wake-up did not reach, for their threads' queues were full.

@@ -10,7 +10,7 @@
 #include "tabase/tamessagestring.h"
 #include "tabase/tamessagesubscription.h"
 
-#include <limits>
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -88,9 +88,10 @@ bool TaMessageHandlerBase::createHWND(TaMessageHandlerBase& handler)
     static constinit std::atomic<unsigned int> s_next{ 0 };
     const std::string name = "TaMessageHandlerBase_" + std::to_string(s_next.fetch_add(1));
     const platform::WindowProcedure procedure = handler.getWindowProc();
-    if (handler.GetHWND() != nullptr || procedure == nullptr) {
+    if (platform::IsMessageWindow(handler.GetHWND()) || procedure == nullptr) {
         return false;
     }
+    handler.closeQueues(); // its former thread may have been killed
     const HWND window = platform::CreateMessageWindow(
         std::u16string(name.begin(), name.end()).c_str(), procedure, &handler);
     if (window == nullptr) {
@@ -104,7 +105,7 @@ bool TaMessageHandlerBase::createHWND(TaMessageHandlerBase& handler)
 
 bool TaMessageHandlerBase::hasWindowOnThisThread() const
 {
-    return GetHWND() != nullptr && m_threadId == platform::GetCurrentThreadId();
+    return m_threadId == platform::GetCurrentThreadId() && platform::IsMessageWindow(GetHWND());
 }
 
 long long TaMessageHandlerBase::windowProcedure(
@@ -222,6 +223,9 @@ bool TaMessageHandlerBase::queueNotification(TaNotificationQueue<Notification>& 
     if (!queue.records.Add(std::move(notification))) {
         return false;
     }
+    if (!queue.MayHaveAny()) {
+        queue.isUsed.store(true, std::memory_order_relaxed);
+    }
     queue.signal = platform::eP_Posted;
     (this->*signal)();
     if (queue.signal == platform::eP_NoWindow) { // its thread has ended
@@ -301,21 +305,19 @@ void TaMessageHandlerBase::dumpQueues(TuStreamWriteASCII& stream) const
            << m_threadId.load() << u"\n";
 }
 
-void TaMessageHandlerBase::onSendNotification() noexcept
-{
-    if (missesWakeUps()) {
-        runAll();
-    } else if (auto notification = m_sends.Take()) {
-        run(*notification);
-    }
-}
+// There are wake-ups without a notification: those of what was dropped, or ran elsewhere. So each
+// stands for the next of both queues, or a send would overtake a post.
 
-void TaMessageHandlerBase::onPostNotification() noexcept
+void TaMessageHandlerBase::onSendNotification() noexcept { onWakeUp(); }
+
+void TaMessageHandlerBase::onPostNotification() noexcept { onWakeUp(); }
+
+void TaMessageHandlerBase::onWakeUp() noexcept
 {
     if (missesWakeUps()) {
         runAll();
-    } else if (auto notification = m_posts.Take()) {
-        run(*notification);
+    } else {
+        runNext(m_posts.kNone);
     }
 }
 
@@ -329,19 +331,20 @@ void TaMessageHandlerBase::runAll() noexcept
 
 bool TaMessageHandlerBase::runNext(std::uint64_t limit) noexcept
 {
-    // Others only add, and remove what nobody wants any more.
-    if (m_sends.GetFirstTicket() < m_posts.GetFirstTicket()) {
-        auto notification = m_sends.Take(limit);
-        if (notification.has_value()) {
-            run(*notification);
+    do {
+        if (m_sends.MayHaveAny()) {
+            if (auto sent = m_sends.Take(std::min(limit, m_posts.GetFirstTicket()))) {
+                run(*sent);
+                return true;
+            }
         }
-        return notification.has_value();
-    }
-    auto notification = m_posts.Take(limit);
-    if (notification.has_value()) {
-        run(*notification);
-    }
-    return notification.has_value();
+        if (auto posted = m_posts.Take(limit)) {
+            run(*posted);
+            return true;
+        }
+        // The post in front of what was sent may have been dropped just now.
+    } while (m_sends.MayHaveAny() && m_sends.GetFirstTicket() < limit);
+    return false;
 }
 
 void TaMessageHandlerBase::flushPostNotifications() noexcept

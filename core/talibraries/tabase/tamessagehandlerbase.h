@@ -161,7 +161,7 @@ protected:
     static long long windowProcedure(
         HWND window, unsigned int message, unsigned long long wParam, long long lParam) noexcept;
 
-    /// Take the first notification, and process it.
+    /// Take the first notification of both queues, and process it.
     void onSendNotification() noexcept;
     void onPostNotification() noexcept;
     /// Processes what was posted up to now.
@@ -189,6 +189,7 @@ private:
     void reportDropped(const TaPostNotification& notification) const noexcept;
     void postSignal(unsigned int number, platform::EPost& result);
 
+    void onWakeUp() noexcept;
     /// Processes the first of both queues, where it came before `limit`; false where there is none.
     bool runNext(std::uint64_t limit) noexcept;
     /// Processes what waits now, in the order in which it came.

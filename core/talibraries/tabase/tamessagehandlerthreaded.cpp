@@ -48,6 +48,9 @@ TuCheckReturn<bool> TaMessageHandlerThreaded::StartAndWait()
                m_eventReadyForMessages, GetTerminateEvent(), kLookMs, index)
             != TuEvent::eWR_Signaled
         && IsRunning()) { }
+    if (index != 0) {
+        waitForEnd(TuEvent::kInfinite); // it can be started again at once
+    }
     return index == 0;
 }
 

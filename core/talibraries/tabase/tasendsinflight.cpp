@@ -57,7 +57,8 @@ bool TaSendsInFlight::HandOver(
 {
     const TuCriticalSectionAuto guard(m_lock);
     TaThreadSendStatus* const innermost = findInnermost(threadId);
-    if (innermost == nullptr || !isWaitingFor(threadId, notification.GetStatus().m_threadId)) {
+    if (innermost == nullptr || !isWaitingFor(threadId, notification.GetStatus().m_threadId)
+        || !handler.canBeReached()) { // a thread that has ended left its number to that one
         return false;
     }
     innermost->AddToRun(handler, std::move(notification));

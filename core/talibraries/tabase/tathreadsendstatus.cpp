@@ -21,12 +21,6 @@ void TaThreadSendStatus::Begin(const TaMessage& message, SMessageSource source)
     m_expected = 1;
 }
 
-void TaThreadSendStatus::Wait()
-{
-    while (m_event.Wait(TuEvent::kInfinite) != TuEvent::eWR_Signaled) { } // fails without memory
-    m_event.Reset();
-}
-
 void TaThreadSendStatus::RunList()
 {
     for (;;) {

@@ -45,8 +45,7 @@ public:
     /// Makes it ready for a send of the calling thread. What it expects first is the sorting.
     void Begin(const TaMessage& message, SMessageSource source);
     unsigned int GetThreadID() const { return m_threadId; }
-    /// Sleeps until there is something to do.
-    void Wait();
+    /// Set while there is something to do.
     TuEvent& GetEvent() { return m_event; }
     /// Runs the handlers in the list, those that are added meanwhile, too.
     void RunList();

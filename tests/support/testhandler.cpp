@@ -1,0 +1,95 @@
+#include "support/testhandler.h"
+
+#include "groundwork/tustreamwriteasciistring.h"
+#include "tabase/tamessagecreatehwnd.h"
+#include "tabase/tamessageshutdown.h"
+
+#include <chrono>
+#include <thread>
+
+TU_DEFINE_RTTI(NumberMessage, TaMessage, nullptr, nullptr);
+TU_DEFINE_RTTI(DerivedMessage, NumberMessage, nullptr, nullptr);
+TU_DEFINE_RTTI(OtherMessage, TaMessage, nullptr, nullptr);
+
+int NumberOf(const TaMessage& message)
+{
+    const auto* const number = dynamic_cast<const NumberMessage*>(&message);
+    return number != nullptr ? number->GetNumber() : -1;
+}
+
+void Notes::Add(const std::string& word)
+{
+    const std::lock_guard guard(m_lock);
+    m_text += word + ' ';
+    ++m_count;
+    m_added.notify_all();
+}
+
+bool Notes::WaitFor(std::size_t count)
+{
+    std::unique_lock guard(m_lock);
+    return m_added.wait_for(
+        guard, std::chrono::milliseconds(kPatienceMs), [&] { return m_count >= count; });
+}
+
+std::string Notes::Take()
+{
+    const std::lock_guard guard(m_lock);
+    m_count = 0;
+    return std::exchange(m_text, {});
+}
+
+DispatcherHandler::DispatcherHandler(const char16_t* name, Handle handle, Subscribe subscribe)
+    : LocalHandler(name, std::move(handle), std::move(subscribe), false)
+{
+    EXPECT_EQ(TaMessageDispatcher::SendPrivateMessage(TaMessageCreateHWND(*this)), 1);
+}
+
+DispatcherHandler::~DispatcherHandler()
+{
+    // The window ends on its own thread.
+    EXPECT_EQ(TaMessageDispatcher::SendMessage(TaMessageShutDown(), *this), 0);
+}
+
+void DispatcherHandler::onSubscribeMessages()
+{
+    SubscribeMessage(TaMessageShutDown());
+    LocalHandler::onSubscribeMessages();
+}
+
+long long DispatcherHandler::handleMessage(const TaMessage& message)
+{
+    if (message.Is(TaMessageShutDown::RTTI)) {
+        EXPECT_TRUE(destroyMessageHandler());
+        return 0;
+    }
+    return LocalHandler::handleMessage(message);
+}
+
+std::vector<long long> SendToAll(const TaMessage& message)
+{
+    TuList<long long> results;
+    TaMessageDispatcher::SendMessage(message, results);
+    return { results.begin(), results.end() };
+}
+
+CString DumpOfDispatcher()
+{
+    TuStreamWriteASCIIStringT<CString> text;
+    TaMessageDispatcher::GetInstance().Dump(text);
+    return text.GetText();
+}
+
+bool WaitForDump(const CString& part)
+{
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point end = Clock::now() + std::chrono::milliseconds(kPatienceMs);
+    while (DumpOfDispatcher().Find(part) == CString::npos) {
+        if (Clock::now() > end) {
+            ADD_FAILURE() << DumpOfDispatcher().ToUtf8();
+            return false;
+        }
+        std::this_thread::yield();
+    }
+    return true;
+}
