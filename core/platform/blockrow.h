@@ -23,7 +23,7 @@ public:
     BlockRow(const BlockRow&) = delete;
     BlockRow& operator=(const BlockRow&) = delete;
 
-    bool IsEmpty() const noexcept { return m_count == 0; }
+    bool IsEmpty() const noexcept { return m_first == nullptr; }
     std::size_t GetCount() const noexcept { return m_count; }
     /// False without memory; `element` is as it was then.
     template <class U> [[nodiscard]] bool Add(U&& element) noexcept;
@@ -115,11 +115,14 @@ template <class T, std::size_t Count> T BlockRow<T, Count>::TakeFirst() noexcept
     ++m_head;
     --m_count;
     if (m_head == Count || m_count == 0) {
-        SBlock* const emptied = std::exchange(m_first, m_first->next);
+        SBlock* const emptied = m_first;
         m_head = 0;
-        if (m_first == nullptr) {
+        if (emptied == m_last) {
+            m_first = nullptr;
             m_last = nullptr;
             m_end = Count;
+        } else {
+            m_first = emptied->next;
         }
         keep(emptied);
     }
@@ -155,7 +158,7 @@ void BlockRow<T, Count>::Filter(Keeps keeps) noexcept
 {
     // Once round: each goes from the head to the end. There is room: a block that is emptied on the
     // way is kept, or others are.
-    for (std::size_t left = m_count; left > 0; --left) {
+    for (std::size_t left = m_count; left > 0 && !IsEmpty(); --left) {
         T next = TakeFirst();
         if (keeps(next)) {
             (void)Add(std::move(next));

@@ -290,18 +290,25 @@ void TaMessageDispatcher::sortPost(TaPostNotification& notification) noexcept
     const platform::WakeLater later(platform::eWU_NextRow);
     const TuCriticalSectionAuto guard(m_subscriptionsLock);
     try {
-        const TaMessageHandlerList& subscribers
-            = getSubscribers(notification.GetMessage(), notification.GetTarget());
-        unsigned int left = subscribers.GetCount();
-        for (TaMessageHandlerBase* const handler : subscribers) {
-            // The last one gets the reference of the dispatcher.
-            TaPostNotification forHandler
-                = --left == 0 ? std::move(notification) : TaPostNotification(notification);
-            if (handler->queuePostNotification(std::move(forHandler)) && handler->missesWakeUps()) {
-                noteUnwoken(*handler);
+        TaMessageHandlerBase* last = nullptr; // which gets the dispatcher's own reference
+        for (TaMessageHandlerBase* const handler :
+            getSubscribers(notification.GetMessage(), notification.GetTarget())) {
+            if (last != nullptr) {
+                sortPost(TaPostNotification(notification), *last);
             }
+            last = handler;
+        }
+        if (last != nullptr) {
+            sortPost(std::move(notification), *last);
         }
     } catch (...) { // no memory: those that are left are as if they had not subscribed
+    }
+}
+
+void TaMessageDispatcher::sortPost(TaPostNotification&& notification, TaMessageHandlerBase& handler)
+{
+    if (handler.queuePostNotification(std::move(notification)) && handler.missesWakeUps()) {
+        noteUnwoken(handler);
     }
 }
 

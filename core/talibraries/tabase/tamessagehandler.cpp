@@ -13,8 +13,8 @@ TaMessageHandler::TaMessageHandler(const CString& name)
 TaMessageHandler::~TaMessageHandler()
 {
     if (hasWindowOnThisThread()) {
-        destroyMessageHandler().MarkRead();
-    } else if (const HWND window = GetHWND()) {
+        destroyWindow();
+    } else if (const HWND window = m_hwnd) {
         // Only its own thread can end the window: it stays without a handler until that looks.
         closeQueues();
         platform::SetWindowValue(window, nullptr);
@@ -33,7 +33,14 @@ TuCheckReturn<bool> TaMessageHandler::destroyMessageHandler()
     if (!hasWindowOnThisThread()) {
         return false;
     }
-    const HWND window = GetHWND();
+    const bool isDestroyed = destroyWindow();
+    setHWND(nullptr);
+    return isDestroyed;
+}
+
+bool TaMessageHandler::destroyWindow() noexcept
+{
+    const HWND window = m_hwnd;
     // Texts that are on their way would be lost with the window, and their memory with them.
     for (platform::SWindowMessage message;
          platform::TakeMessageOf(window, kStringMessage, message);) {
@@ -41,7 +48,7 @@ TuCheckReturn<bool> TaMessageHandler::destroyMessageHandler()
     }
     const bool isDestroyed = platform::DestroyMessageWindow(window);
     closeQueues();
-    setHWND(nullptr);
+    m_hwnd = nullptr;
     return isDestroyed;
 }
 

@@ -46,6 +46,7 @@ protected:
     void signalMessagingFinished() override { }
 
 private:
+    bool destroyWindow() noexcept;
     /// The window procedure.
     static long long messageHandler(
         HWND window, unsigned int message, unsigned long long wParam, long long lParam) noexcept;

@@ -212,7 +212,7 @@ void TaMessageHandlerBase::onStringMessage(HWND window, char16_t* text) noexcept
 
 template <class Notification>
 bool TaMessageHandlerBase::queueNotification(TaNotificationQueue<Notification>& queue,
-    Notification&& notification, void (TaMessageHandlerBase::*signal)())
+    Notification& notification, void (TaMessageHandlerBase::*signal)())
 {
     const platform::WakeLater unlocked; // the thread that is woken takes the lock next
     const TuCriticalSectionAuto guard(queue.lock);
@@ -238,26 +238,26 @@ bool TaMessageHandlerBase::queueNotification(TaNotificationQueue<Notification>& 
     return true;
 }
 
-bool TaMessageHandlerBase::queueSendNotification(TaSendNotification&& notification) noexcept
+bool TaMessageHandlerBase::queueSendNotification(TaSendNotification notification) noexcept
 {
     TaMessageTrace::Report(SMessageTrace::eS_Queued, true, notification.GetMessage(),
         notification.GetSource(), &getOwnName());
     try {
         return queueNotification(
-            m_sends, std::move(notification), &TaMessageHandlerBase::signalSendNotification);
+            m_sends, notification, &TaMessageHandlerBase::signalSendNotification);
     } catch (...) { // no memory
         return false;
     }
 }
 
-bool TaMessageHandlerBase::queuePostNotification(TaPostNotification&& notification) noexcept
+bool TaMessageHandlerBase::queuePostNotification(TaPostNotification notification) noexcept
 {
     TaMessageTrace::Report(SMessageTrace::eS_Queued, false, notification.GetMessage(),
         notification.GetSource(), &getOwnName());
     bool isQueued = false;
     try {
         isQueued = queueNotification(
-            m_posts, std::move(notification), &TaMessageHandlerBase::signalPostNotification);
+            m_posts, notification, &TaMessageHandlerBase::signalPostNotification);
     } catch (...) { // no memory
     }
     if (!isQueued) { // then it has not been moved

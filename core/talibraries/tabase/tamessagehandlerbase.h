@@ -175,10 +175,11 @@ private:
     friend class TaThreadSendStatus;
 
     /// Whether the notification is on its way; else it was dropped.
-    bool queueSendNotification(TaSendNotification&& notification) noexcept;
-    bool queuePostNotification(TaPostNotification&& notification) noexcept;
+    bool queueSendNotification(TaSendNotification notification) noexcept;
+    bool queuePostNotification(TaPostNotification notification) noexcept;
+    /// Takes the notification over where it is true.
     template <class Notification>
-    bool queueNotification(TaNotificationQueue<Notification>& queue, Notification&& notification,
+    bool queueNotification(TaNotificationQueue<Notification>& queue, Notification& notification,
         void (TaMessageHandlerBase::*signal)());
     bool missesWakeUps() const { return m_missesWakeUps.load(std::memory_order_relaxed); }
     /// False where the queue is still full.

@@ -19,7 +19,13 @@ TaMessageHandlerThreaded::TaMessageHandlerThreaded(const CString& name, EThreadP
 {
 }
 
-TaMessageHandlerThreaded::~TaMessageHandlerThreaded() { StopAndWait(kMostMsToEnd); }
+TaMessageHandlerThreaded::~TaMessageHandlerThreaded()
+{
+    if (IsRunning()) {
+        postQuit();
+        waitForEnd(kMostMsToEnd);
+    }
+}
 
 unsigned long long TaMessageHandlerThreaded::GetMemoryUsage() const
 {
@@ -81,7 +87,7 @@ bool TaMessageHandlerThreaded::waitForEnd(unsigned int milliseconds) noexcept
             return false;
         }
         if (m_quitIsRefused) {
-            signalMessagingFinished();
+            postQuit();
         }
     }
     return true;
@@ -90,8 +96,13 @@ bool TaMessageHandlerThreaded::waitForEnd(unsigned int milliseconds) noexcept
 void TaMessageHandlerThreaded::signalMessagingFinished()
 {
     TaMessageHandler::signalMessagingFinished();
-    m_quitIsRefused
-        = platform::PostToWindow(GetHWND(), platform::eWM_Quit, 0, 0) == platform::eP_Full;
+    postQuit();
+}
+
+void TaMessageHandlerThreaded::postQuit() noexcept
+{
+    const HWND window = TaMessageHandler::GetHWND();
+    m_quitIsRefused = platform::PostToWindow(window, platform::eWM_Quit, 0, 0) == platform::eP_Full;
 }
 
 TuCheckReturn<bool, TuCheckReturnPolicyAssert> TaMessageHandlerThreaded::mainLoop()

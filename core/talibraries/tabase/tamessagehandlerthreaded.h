@@ -72,6 +72,7 @@ private:
 
     TuCheckReturn<bool, TuCheckReturnPolicyAssert> mainLoop();
 
+    void postQuit() noexcept;
     bool waitForEnd(unsigned int milliseconds) noexcept;
 
     TuEvent m_eventReadyForMessages{ true };
