@@ -44,6 +44,14 @@ function(ta_library name)
   # __FILE__ is the path from the source root: an exception names its place with it.
   target_compile_options(${name} PRIVATE
     "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
+  # Within a library, an exported function is the library's own: it may be inlined, and called
+  # without a detour by way of the table for other libraries.
+  if(NOT WIN32)
+    target_link_options(${name} PRIVATE -Wl,-Bsymbolic-functions)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+      target_compile_options(${name} PRIVATE -fno-semantic-interposition)
+    endif()
+  endif()
   target_compile_definitions(${name} PRIVATE ${arg_DEFINE})
   target_include_directories(${name} PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/core>

@@ -22,7 +22,7 @@ for argument in "$@"; do
     --bench)
         packages+=(libbenchmark-dev
             libboost-dev libboost-serialization-dev libboost-container-dev libcereal-dev libabsl-dev
-            qt6-base-dev libfast-float-dev)
+            libglib2.0-dev qt6-base-dev libfast-float-dev)
         ;;
     --windows)
         packages+=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine64

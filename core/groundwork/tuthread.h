@@ -122,8 +122,8 @@ protected:
 
     /// On the new thread, before and after the function. The exit code is 0: after a failure
     /// onAfterRun is not called.
-    virtual void onBeforeRun() { }
-    virtual void onAfterRun([[maybe_unused]] unsigned long exitCode) { }
+    virtual void onBeforeRun();
+    virtual void onAfterRun(unsigned long exitCode);
 
 private:
     enum EStatus : unsigned int

@@ -76,6 +76,11 @@ template <class T, class Policy> TuCheckReturn<bool> TuThread<T, Policy>::StartA
     return true;
 }
 
+// Outside of the class, so that on Windows a library that has an instance exports them, too.
+template <class T, class Policy> void TuThread<T, Policy>::onBeforeRun() { }
+
+template <class T, class Policy> void TuThread<T, Policy>::onAfterRun(unsigned long) { }
+
 template <class T, class Policy> unsigned int TuThread<T, Policy>::threadProcedure(void* thread)
 {
     return static_cast<TuThread*>(thread)->run();

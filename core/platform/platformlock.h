@@ -39,6 +39,7 @@ private:
 #else
     void enter() noexcept;
     void enterSlowly(std::uint32_t self) noexcept;
+    std::uint32_t lookAgain(std::uint32_t holder) const noexcept;
 
     std::atomic<std::uint32_t> m_holder{ 0 }; // the thread's number, and a bit that others wait
     std::uint32_t m_again = 0; // how often the holder has entered again

@@ -7,7 +7,7 @@
 
 /// A window's handle: on Windows the system's own; elsewhere a number that looks like an address
 /// and is none. There no two windows of a process ever have the same.
-struct HWND__;
+struct HWND__; // NOLINT(bugprone-reserved-identifier): the name there
 using HWND = HWND__*;
 
 namespace platform {
@@ -62,7 +62,8 @@ using WindowProcedure
 /// Failure: by result; GetLastSystemError() has the reason.
 
 /// Makes a class of windows of that name and one window of it. The procedure receives eWM_Create
-/// before this returns. Null: the name is taken (on Windows), or the system refused.
+/// before this returns. Null: it answered -1 to that, or destroyed the window; or the name is taken
+/// (on Windows, where a window that ends with its thread leaves its class); or the system refused.
 [[nodiscard]] PLATFORM_API HWND CreateMessageWindow(
     const char16_t* className, WindowProcedure procedure, void* parameter) noexcept;
 /// The procedure receives eWM_Destroy before this returns; then window and class are gone.
@@ -91,13 +92,25 @@ enum EPost
 [[nodiscard]] PLATFORM_API EPost PostToWindow(
     HWND window, unsigned int message, unsigned long long wParam, long long lParam) noexcept;
 
-/// While it lives, its thread puts off waking the one thread that it has posted to first: for who
-/// posts under a lock that the woken thread takes next. It has no effect on Windows, where posting
-/// is one call.
+/// Until when a thread puts off waking others.
+enum EWakeUntil
+{
+    eWU_EndOfScope,
+    /// Until it takes a message for another window or has none left, or has taken some more; it
+    /// wakes them itself with WakeNow, before it runs what may take long. For a thread that passes
+    /// much on: who sleeps is woken once for a row of messages, and does not push aside the one
+    /// that is about to have more for him.
+    eWU_NextRow,
+};
+
+/// While it lives, its thread puts off waking those that it posts to: for who posts under a lock
+/// that the woken thread takes next. Another that posts there meanwhile wakes it. May be nested:
+/// the outer one then takes over what the inner one has put off. There is room for a few; the
+/// others are woken at once. It has no effect on Windows, where posting is one call.
 class PLATFORM_API WakeLater
 {
 public:
-    WakeLater() noexcept;
+    explicit WakeLater(EWakeUntil until = eWU_EndOfScope) noexcept;
     ~WakeLater();
     WakeLater(const WakeLater&) = delete;
     WakeLater& operator=(const WakeLater&) = delete;
@@ -106,10 +119,16 @@ public:
 private:
     friend class MessageQueue;
 
+    bool putOff(MessageQueue& queue) noexcept;
+
     WakeLater* m_outer;
+    const EWakeUntil m_until;
     MessageQueue* m_queue = nullptr; // whose thread is to be woken
 #endif
 };
+
+/// Wakes whom the calling thread has put off to its next row of messages.
+PLATFORM_API void WakeNow() noexcept;
 
 struct SWindowMessage
 {
@@ -134,13 +153,17 @@ enum EGetMessage
 /// Takes the first waiting message of that number to that window, out of order.
 [[nodiscard]] PLATFORM_API bool TakeMessageOf(
     HWND window, unsigned int number, SWindowMessage& message) noexcept;
+/// For a procedure of such a message, which can go on with the next one at once: takes the very
+/// next message of the thread where it is another one of that number to that window, and is known
+/// without asking the system. False on Windows, and while HandleWaitingMessages counts.
+[[nodiscard]] PLATFORM_API bool TakeSameMessage(HWND window, unsigned int number) noexcept;
 /// Calls the procedure of the window, unless that is gone.
 PLATFORM_API void DispatchToWindow(const SWindowMessage& message) noexcept;
 /// Takes and dispatches the messages that wait now, but none that come meanwhile. False where one
 /// of them was a quit message; those behind it still wait then.
 [[nodiscard]] PLATFORM_API bool HandleWaitingMessages() noexcept;
-/// Readable while messages wait for the calling thread; -1 where the system has none. It belongs to
-/// the thread, and is closed when that ends.
+/// Readable exactly while messages wait for the calling thread; -1 where the system has none. It
+/// belongs to the thread, and is closed when that ends.
 [[nodiscard]] PLATFORM_API int GetMessageDescriptor() noexcept;
 
 /// Lets tests refuse messages: where the hook is true, posting answers eP_Full. Null takes it off.

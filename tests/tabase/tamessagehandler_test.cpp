@@ -356,6 +356,7 @@ TEST(TaMessageHandlerTest, MessagesThatAreDroppedMaySendInTheirEnd)
     handler.SubscribeMessage(NumberMessage(0));
     post();
     EXPECT_TRUE(handler.destroyMessageHandler());
+    post(); // to nobody
 }
 
 // Numbers of threads that have ended are given to new ones.

@@ -1,9 +1,9 @@
 #include "platform/posix/messagequeue.h"
 
 #include "platform/platformclock.h"
+#include "platform/posix/currentthread.h"
 #include "platform/posix/futex.h"
 #include "platform/posix/windowslot.h"
-#include "platform/stopguard.h"
 #include "platform/threadvalue.h"
 
 #include <errno.h>
@@ -11,20 +11,61 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
+#include <limits>
 #include <new>
 #include <utility>
 
 namespace platform {
 namespace {
 
-    /// Rows that grew longer than this give their memory back.
-    constexpr std::size_t kMostKept = 16'384;
-
     constinit thread_local MessageQueue* t_queue __attribute__((tls_model("initial-exec")))
     = nullptr;
     constinit thread_local std::atomic<MessageQueue*>* t_place = nullptr;
     constinit thread_local WakeLater* t_wakeLater __attribute__((tls_model("initial-exec")))
     = nullptr;
+
+    /// Queues whose threads this one wakes when it is done with a row of messages.
+    class WakesOfRow
+    {
+    public:
+        bool Add(MessageQueue& queue) noexcept
+        {
+            const auto end = m_queues.begin() + m_count;
+            if (std::find(m_queues.begin(), end, &queue) == end) {
+                if (m_count == m_queues.size()) {
+                    return false;
+                }
+                m_queues[m_count++] = &queue;
+            }
+            return true;
+        }
+        void Wake() noexcept
+        {
+            while (m_count > 0) {
+                m_queues[--m_count]->Wake();
+            }
+            m_taken = 0;
+        }
+        /// Before the thread takes a message for `window`; null: it has none.
+        void Pass(HWND window) noexcept
+        {
+            if (m_count > 0 && (window != m_window || ++m_taken == kMostTaken)) {
+                Wake();
+            }
+            m_window = window;
+        }
+
+    private:
+        static constexpr unsigned int kMostTaken = 64;
+
+        std::array<MessageQueue*, 8> m_queues{};
+        std::size_t m_count = 0;
+        unsigned int m_taken = 0; // messages, since the first queue was added
+        HWND m_window = nullptr; // of the message before
+    };
+    constinit thread_local WakesOfRow t_wakesOfRow __attribute__((tls_model("initial-exec")));
 
     const ThreadValue& queueOfThread()
     {
@@ -52,7 +93,7 @@ MessageQueue* MessageQueue::GetCurrent() noexcept
     if (t_queue != nullptr) {
         return t_queue;
     }
-    const StopGuard unstopped;
+    const QuickStopGuard unstopped;
     SFreeQueues& all = freeQueues();
     MessageQueue* queue = nullptr;
     {
@@ -65,8 +106,12 @@ MessageQueue* MessageQueue::GetCurrent() noexcept
     if (queue == nullptr) {
         queue = new (std::nothrow) MessageQueue;
     }
-    if (queue == nullptr || !queueOfThread().Set(queue)) {
-        delete queue; // which nobody has seen yet, or not for long
+    if (queue == nullptr) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    if (!queueOfThread().Set(queue)) {
+        giveBack(*queue);
         errno = ENOMEM;
         return nullptr;
     }
@@ -90,9 +135,17 @@ void MessageQueue::EndOfThread() noexcept
 
 void MessageQueue::Abandon(MessageQueue& queue) noexcept { queue.end(); }
 
+void MessageQueue::giveBack(MessageQueue& queue) noexcept
+{
+    SFreeQueues& all = freeQueues();
+    const LockGuard guard(all.lock);
+    queue.m_nextFree = all.first;
+    all.first = &queue;
+}
+
 void MessageQueue::end() noexcept
 {
-    const StopGuard unstopped;
+    const QuickStopGuard unstopped;
     if (m_place != nullptr) {
         m_place->store(nullptr, std::memory_order_release);
         m_place = nullptr;
@@ -107,30 +160,28 @@ void MessageQueue::end() noexcept
             m_descriptor = -1;
             m_isReadable = false;
         }
-        m_posted = Messages();
+        m_posted.Clear();
         m_word = kAwake;
     }
-    m_row = Messages();
-    m_next = 0;
-    SFreeQueues& all = freeQueues();
-    const LockGuard guard(all.lock);
-    m_nextFree = all.first;
-    all.first = this;
+    m_hasDescriptor = false;
+    m_row.Clear();
+    giveBack(*this);
 }
 
 void MessageQueue::AddWindow(SWindowSlot& slot, HWND window) noexcept
 {
-    const StopGuard unstopped;
+    const QuickStopGuard unstopped;
     slot.next = m_firstWindow;
     m_firstWindow = &slot;
-    slot.queue.store(this, std::memory_order_relaxed);
+    // Who finds this queue finds, under its lock, that the handle before is gone.
+    slot.queue.store(this, std::memory_order_release);
     // Who finds the handle finds the rest.
     slot.window.store(window, std::memory_order_release);
 }
 
 void MessageQueue::RemoveWindow(SWindowSlot& slot) noexcept
 {
-    const StopGuard unstopped;
+    const QuickStopGuard unstopped;
     SWindowSlot** link = &m_firstWindow;
     while (*link != &slot) {
         link = &(*link)->next;
@@ -139,82 +190,119 @@ void MessageQueue::RemoveWindow(SWindowSlot& slot) noexcept
     {
         const LockGuard guard(m_lock);
         const HWND window = slot.window.exchange(nullptr, std::memory_order_relaxed);
-        std::erase_if(m_posted, [&](const SWindowMessage& m) { return m.window == window; });
-        // Those in the row pass when their turn comes: their window is gone.
+        const auto isOfOther = [&](const SWaiting& waiting) { return waiting.window != window; };
+        m_posted.Filter(isOfOther);
+        m_row.Filter(isOfOther);
+        setReadable(isAnyWaiting());
     }
     GiveBackWindowSlot(slot);
 }
 
 EPost MessageQueue::Post(const SWindowSlot& slot, const SWindowMessage& message) noexcept
 {
-    const StopGuard unstopped;
-    bool isAsleep = false;
+    const QuickStopGuard unstopped;
+    bool isToBeWoken = false;
     {
         const LockGuard guard(m_lock);
         if (slot.window.load(std::memory_order_relaxed) != message.window) {
             errno = ESRCH;
             return eP_NoWindow;
         }
-        try {
-            m_posted.push_back(message);
-        } catch (const std::bad_alloc&) {
+        if (!addToPosted(message)) {
             errno = ENOMEM;
             return eP_Full;
         }
-        signalDescriptor();
-        isAsleep = m_word.load(std::memory_order_relaxed) == kAsleep;
-        if (isAsleep) {
-            m_word.store(kAwake, std::memory_order_relaxed);
-        }
+        ++m_nextSerial;
+        setReadable(true);
+        isToBeWoken = m_word.load(std::memory_order_relaxed) == kAsleep;
     }
-    if (isAsleep) {
-        if (t_wakeLater != nullptr && t_wakeLater->m_queue == nullptr) {
-            t_wakeLater->m_queue = this;
-        } else {
-            Wake();
-        }
+    if (isToBeWoken && (t_wakeLater == nullptr || !t_wakeLater->putOff(*this))) {
+        Wake();
     }
     return eP_Posted;
 }
 
-void MessageQueue::Wake() noexcept { WakeOne(m_word); }
+/// Equal messages in a row share an entry: a handler's wake-ups, above all.
+bool MessageQueue::addToPosted(const SWindowMessage& message) noexcept
+{
+    if (!m_posted.IsEmpty()) {
+        SWaiting& last = m_posted.GetLast();
+        if (last.window == message.window && last.message == message.message
+            && last.wParam == message.wParam && last.lParam == message.lParam
+            && last.count != std::numeric_limits<std::uint32_t>::max()) {
+            ++last.count;
+            return true;
+        }
+    }
+    return m_posted.Add(SWaiting{
+        message.window, message.message, m_nextSerial, 1, message.wParam, message.lParam });
+}
+
+void MessageQueue::Wake() noexcept
+{
+    const QuickStopGuard unstopped; // who is killed between these two would leave the thread asleep
+    if (m_word.exchange(kAwake, std::memory_order_relaxed) == kAsleep) {
+        WakeOne(m_word);
+    }
+}
 
 EGetMessage MessageQueue::Take(SWindowMessage& message, bool waits) noexcept
 {
-    for (;;) {
-        while (m_next < m_row.size()) {
-            message = m_row[m_next++];
-            // Messages to windows that have gone meanwhile go with them.
-            if (FindWindowSlot(message.window) != nullptr) {
-                return message.message == eWM_Quit ? eGM_Quit : eGM_Message;
-            }
-        }
+    if (m_row.IsEmpty()) {
+        t_wakesOfRow.Pass(nullptr);
         if (!takeRow(waits)) {
             return waits ? eGM_Failed : eGM_None;
         }
+    }
+    t_wakesOfRow.Pass(m_row.GetFirst().window);
+    const SWaiting& first = m_row.GetFirst();
+    message = { first.window, first.message, first.wParam, first.lParam };
+    dropFirst();
+    if (m_hasDescriptor && m_row.IsEmpty()) {
+        const QuickStopGuard unstopped;
+        const LockGuard guard(m_lock);
+        setReadable(isAnyWaiting());
+    }
+    return message.message == eWM_Quit ? eGM_Quit : eGM_Message;
+}
+
+bool MessageQueue::TakeSame(HWND window, unsigned int number) noexcept
+{
+    if (m_row.IsEmpty() || m_hasDescriptor || m_limits != 0) {
+        return false;
+    }
+    const SWaiting& first = m_row.GetFirst();
+    if (first.window != window || first.message != number) {
+        return false;
+    }
+    t_wakesOfRow.Pass(window);
+    dropFirst();
+    return true;
+}
+
+void MessageQueue::dropFirst() noexcept
+{
+    SWaiting& first = m_row.GetFirst();
+    if (first.count > 1) {
+        ++first.serial;
+        --first.count;
+    } else {
+        const QuickStopGuard unstopped;
+        m_row.TakeFirst();
     }
 }
 
 /// Takes the row of posted messages; false where there is none and nobody waits for one.
 bool MessageQueue::takeRow(bool waits) noexcept
 {
-    {
-        const StopGuard unstopped;
-        m_next = 0;
-        m_row.clear();
-        if (m_row.capacity() > kMostKept) {
-            m_row = Messages();
-        }
-    }
     for (;;) {
         {
-            const StopGuard unstopped;
+            const QuickStopGuard unstopped;
             const LockGuard guard(m_lock);
-            m_row.swap(m_posted);
-            if (!m_row.empty()) {
+            m_row.Swap(m_posted);
+            if (!m_row.IsEmpty()) {
                 return true;
             }
-            calmDescriptor();
             if (!waits) {
                 return false;
             }
@@ -230,82 +318,94 @@ bool MessageQueue::takeRow(bool waits) noexcept
 
 bool MessageQueue::TakeOf(HWND window, unsigned int number, SWindowMessage& message) noexcept
 {
-    const auto isMeant = [&](const SWindowMessage& candidate) {
-        return candidate.window == window && candidate.message == number;
-    };
-    const auto takeFrom = [&](Messages& messages, std::size_t first) {
-        const auto begin = messages.begin() + static_cast<std::ptrdiff_t>(first);
-        const auto found = std::find_if(begin, messages.end(), isMeant);
-        if (found == messages.end()) {
-            return false;
+    bool isTaken = false;
+    const auto isOther = [&](SWaiting& waiting) {
+        if (isTaken || waiting.window != window || waiting.message != number) {
+            return true;
         }
-        message = *found;
-        messages.erase(found);
-        return true;
+        isTaken = true;
+        message = { window, number, waiting.wParam, waiting.lParam };
+        return --waiting.count != 0;
     };
-    const StopGuard unstopped;
-    if (takeFrom(m_row, m_next)) {
-        return true;
-    }
+    const QuickStopGuard unstopped;
     const LockGuard guard(m_lock);
-    return takeFrom(m_posted, 0);
+    m_row.Filter(isOther);
+    m_posted.Filter(isOther);
+    setReadable(isAnyWaiting());
+    return isTaken;
 }
 
-std::size_t MessageQueue::GetCount() noexcept
+std::uint32_t MessageQueue::GetEnd() noexcept
 {
-    const StopGuard unstopped;
+    const QuickStopGuard unstopped;
     const LockGuard guard(m_lock);
-    return m_row.size() - m_next + m_posted.size();
+    return m_nextSerial;
 }
 
-void MessageQueue::UpdateDescriptor() noexcept
+bool MessageQueue::HasBefore(std::uint32_t end) noexcept
 {
-    const StopGuard unstopped;
-    const LockGuard guard(m_lock);
-    if (m_next == m_row.size() && m_posted.empty()) {
-        calmDescriptor();
+    const auto isBefore = [end](const SWaiting& waiting) {
+        return static_cast<std::int32_t>(waiting.serial - end) < 0;
+    };
+    if (!m_row.IsEmpty()) {
+        return isBefore(m_row.GetFirst());
     }
+    const QuickStopGuard unstopped;
+    const LockGuard guard(m_lock);
+    return !m_posted.IsEmpty() && isBefore(m_posted.GetFirst());
 }
 
 int MessageQueue::GetDescriptor() noexcept
 {
-    const StopGuard unstopped;
+    const QuickStopGuard unstopped;
     const LockGuard guard(m_lock);
     if (m_descriptor == -1) {
         m_descriptor = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-        if (m_next < m_row.size() || !m_posted.empty()) {
-            signalDescriptor();
-        }
+        m_hasDescriptor = m_descriptor != -1;
+        setReadable(isAnyWaiting());
     }
     return m_descriptor;
 }
 
-void MessageQueue::signalDescriptor() noexcept
+bool MessageQueue::isAnyWaiting() const noexcept { return !m_row.IsEmpty() || !m_posted.IsEmpty(); }
+
+void MessageQueue::setReadable(bool isReadable) noexcept
 {
-    if (m_descriptor != -1 && !m_isReadable) {
-        m_isReadable = ::eventfd_write(m_descriptor, 1) == 0;
+    if (m_descriptor == -1 || m_isReadable == isReadable) {
+        return;
+    }
+    eventfd_t count = 1;
+    if ((isReadable ? ::eventfd_write(m_descriptor, count) : ::eventfd_read(m_descriptor, &count))
+        == 0) {
+        m_isReadable = isReadable;
     }
 }
 
-void MessageQueue::calmDescriptor() noexcept
-{
-    if (m_isReadable) {
-        eventfd_t count = 0;
-        m_isReadable = ::eventfd_read(m_descriptor, &count) != 0;
-    }
-}
-
-WakeLater::WakeLater() noexcept
+WakeLater::WakeLater(EWakeUntil until) noexcept
     : m_outer(std::exchange(t_wakeLater, this))
+    , m_until(until)
 {
 }
 
 WakeLater::~WakeLater()
 {
     t_wakeLater = m_outer;
-    if (m_queue != nullptr) {
+    if (m_queue != nullptr && (m_outer == nullptr || !m_outer->putOff(*m_queue))) {
         m_queue->Wake();
     }
 }
+
+bool WakeLater::putOff(MessageQueue& queue) noexcept
+{
+    if (m_until == eWU_NextRow) {
+        return t_wakesOfRow.Add(queue);
+    }
+    if (m_queue == nullptr) {
+        m_queue = &queue;
+    }
+    return m_queue == &queue;
+}
+
+void WakeNow() noexcept { t_wakesOfRow.Wake(); }
 
 } // namespace platform

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "platform/blockrow.h"
 #include "platform/platformlock.h"
 #include "platform/platformwindow.h"
 
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 namespace platform {
 
@@ -37,40 +37,58 @@ public:
     void RemoveWindow(SWindowSlot& slot) noexcept;
 
     EPost Post(const SWindowSlot& slot, const SWindowMessage& message) noexcept;
-    /// The thread is to look again.
+    /// The thread is to look again, if it sleeps.
     void Wake() noexcept;
 
     EGetMessage Take(SWindowMessage& message, bool waits) noexcept;
+    /// Takes the next message where it is such a one and has come with the row at hand.
+    bool TakeSame(HWND window, unsigned int number) noexcept;
+    /// While somebody counts what is taken, TakeSame takes nothing.
+    void Limit(bool isLimited) noexcept { m_limits += isLimited ? 1 : -1; }
     bool TakeOf(HWND window, unsigned int number, SWindowMessage& message) noexcept;
-    /// How many messages wait.
-    std::size_t GetCount() noexcept;
-    /// The descriptor stops being readable where nothing waits.
-    void UpdateDescriptor() noexcept;
+    /// The serial number that the next message will have, and whether one before it still waits.
+    std::uint32_t GetEnd() noexcept;
+    bool HasBefore(std::uint32_t end) noexcept;
     int GetDescriptor() noexcept;
 
 private:
-    using Messages = std::vector<SWindowMessage>;
+    struct SWaiting
+    {
+        HWND window;
+        unsigned int message;
+        std::uint32_t serial; // of the first; counts on through the messages, and round
+        std::uint32_t count; // of equal messages that came one behind the other
+        unsigned long long wParam;
+        long long lParam;
+    };
+    /// A block stays below what the allocator of the C library takes for large.
+    using Row = BlockRow<SWaiting, 24>;
 
     MessageQueue() noexcept = default;
     ~MessageQueue() = default;
 
+    static void giveBack(MessageQueue& queue) noexcept;
     bool takeRow(bool waits) noexcept;
-    void signalDescriptor() noexcept TU_REQUIRES(m_lock);
-    void calmDescriptor() noexcept TU_REQUIRES(m_lock);
+    bool addToPosted(const SWindowMessage& message) noexcept TU_REQUIRES(m_lock);
+    void dropFirst() noexcept;
+    bool isAnyWaiting() const noexcept TU_REQUIRES(m_lock);
+    void setReadable(bool isReadable) noexcept TU_REQUIRES(m_lock);
     void end() noexcept;
 
-    Messages m_row; // of the thread, which has handled those before m_next
-    std::size_t m_next = 0;
+    Row m_row; // of the thread: what it has taken from the other
+    int m_limits = 0;
+    bool m_hasDescriptor = false; // so that a thread without one need not look under the lock
     SWindowSlot* m_firstWindow = nullptr;
     std::atomic<MessageQueue*>* m_place = nullptr; // where it is noted, or null
     MessageQueue* m_nextFree = nullptr; // among the queues without a thread
 
     CriticalSection m_lock;
-    Messages m_posted TU_GUARDED_BY(m_lock);
+    Row m_posted TU_GUARDED_BY(m_lock);
+    std::uint32_t m_nextSerial TU_GUARDED_BY(m_lock) = 0;
     int m_descriptor TU_GUARDED_BY(m_lock) = -1;
     bool m_isReadable TU_GUARDED_BY(m_lock) = false; // the descriptor
     /// kAsleep is written under the lock by the thread, before it sleeps on the word; kAwake by who
-    /// has something for it, also under the lock.
+    /// wakes it. Who puts that off leaves the word, so that anybody else may do it first.
     std::atomic<std::uint32_t> m_word{ kAwake };
     static constexpr std::uint32_t kAwake = 0;
     static constexpr std::uint32_t kAsleep = 1;

@@ -72,11 +72,30 @@ inline void CriticalSection::enter() noexcept
     }
 }
 
+/// Most holders are about to leave: a look or two more is cheaper than sleep and a call to be
+/// woken. Where others sleep already, or the holder does not run, it would only take their time.
+inline std::uint32_t CriticalSection::lookAgain(std::uint32_t holder) const noexcept
+{
+    constexpr int kLooks = 50;
+    for (int look = 0; look < kLooks && holder != 0 && (holder & kWaiters) == 0; ++look) {
+#if defined(__x86_64__)
+        __builtin_ia32_pause();
+#endif
+        holder = m_holder.load(std::memory_order_relaxed);
+    }
+    return holder;
+}
+
 /// Who had to wait cannot know whether he was the last one, so he holds the lock with the bit set;
 /// at worst his leaving wakes nobody.
 void CriticalSection::enterSlowly(std::uint32_t self) noexcept
 {
-    std::uint32_t holder = m_holder.load(std::memory_order_relaxed);
+    std::uint32_t holder = lookAgain(m_holder.load(std::memory_order_relaxed));
+    if (holder == 0
+        && m_holder.compare_exchange_strong(
+            holder, self, std::memory_order_acquire, std::memory_order_relaxed)) {
+        return;
+    }
     for (;;) {
         if (holder == 0) {
             if (m_holder.compare_exchange_weak(holder, self | kWaiters, std::memory_order_acquire,

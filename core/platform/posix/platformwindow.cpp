@@ -2,23 +2,17 @@
 
 #include "platform/posix/messagequeue.h"
 #include "platform/posix/windowslot.h"
+#include "platform/stopguard.h"
 
 #include <errno.h>
 
 #include <atomic>
-#include <new>
+#include <cstdint>
 
 namespace platform {
 namespace {
 
     constinit std::atomic<PostRefusal> s_refusal{ nullptr };
-
-    void send(const SWindowSlot& slot, HWND window, unsigned int message, long long lParam)
-    {
-        if (slot.procedure != nullptr) {
-            slot.procedure(window, message, 0, lParam);
-        }
-    }
 
     /// Null where the window is not the calling thread's.
     MessageQueue* queueOfOwn(const SWindowSlot& slot)
@@ -34,15 +28,27 @@ HWND CreateMessageWindow(
 {
     MessageQueue* const queue = MessageQueue::GetCurrent();
     HWND window = nullptr;
-    SWindowSlot* const slot = queue != nullptr ? TakeWindowSlot(className, window) : nullptr;
-    if (slot == nullptr) {
-        errno = ENOMEM;
+    {
+        const StopGuard unstopped; // so that no place is lost
+        SWindowSlot* const slot = queue != nullptr ? TakeWindowSlot(className, window) : nullptr;
+        if (slot == nullptr) {
+            errno = ENOMEM;
+            return nullptr;
+        }
+        slot->procedure = procedure;
+        queue->AddWindow(*slot, window);
+    }
+    const bool isRefused
+        = procedure(window, eWM_Create, 0, reinterpret_cast<long long>(parameter)) == -1;
+    SWindowSlot* const slot = FindWindowSlot(window); // the procedure may have destroyed it
+    if (slot != nullptr && isRefused) {
+        queue->RemoveWindow(*slot);
+    }
+    if (slot == nullptr || isRefused) {
+        errno = ECANCELED;
         return nullptr;
     }
-    slot->procedure = procedure;
-    queue->AddWindow(*slot, window);
-    send(*slot, window, eWM_Create, reinterpret_cast<long long>(parameter));
-    return IsMessageWindow(window) ? window : nullptr; // the procedure may have destroyed it
+    return window;
 }
 
 bool DestroyMessageWindow(HWND window) noexcept
@@ -52,7 +58,7 @@ bool DestroyMessageWindow(HWND window) noexcept
         errno = slot == nullptr ? ESRCH : EPERM;
         return false;
     }
-    send(*slot, window, eWM_Destroy, 0);
+    slot->procedure(window, eWM_Destroy, 0, 0);
     // The procedure may have destroyed it.
     if (SWindowSlot* const left = FindWindowSlot(window)) {
         queueOfOwn(*left)->RemoveWindow(*left);
@@ -69,15 +75,11 @@ void* GetCreationParameter(long long lParam) noexcept { return reinterpret_cast<
 void* GetWindowValue(HWND window) noexcept
 {
     const SWindowSlot* const slot = FindWindowSlot(window);
-    return slot != nullptr ? slot->value.load() : nullptr;
+    void* const value = slot != nullptr ? slot->value.load() : nullptr;
+    return IsMessageWindow(window) ? value : nullptr; // or it may be a later window's
 }
 
-void SetWindowValue(HWND window, void* value) noexcept
-{
-    if (SWindowSlot* const slot = FindWindowSlot(window)) {
-        slot->value = value;
-    }
-}
+void SetWindowValue(HWND window, void* value) noexcept { SetValueOfWindow(window, value); }
 
 long long PassToDefault(HWND window, unsigned int message, unsigned long long, long long) noexcept
 {
@@ -100,7 +102,7 @@ EPost PostToWindow(
         errno = ESRCH;
         return eP_NoWindow;
     }
-    return slot->queue.load(std::memory_order_relaxed)
+    return slot->queue.load(std::memory_order_acquire)
         ->Post(*slot, { window, message, wParam, lParam });
 }
 
@@ -125,7 +127,7 @@ bool TakeMessageOf(HWND window, unsigned int number, SWindowMessage& message) no
 void DispatchToWindow(const SWindowMessage& message) noexcept
 {
     const SWindowSlot* const slot = FindWindowSlot(message.window);
-    if (slot != nullptr && slot->procedure != nullptr) {
+    if (slot != nullptr) {
         slot->procedure(message.window, message.message, message.wParam, message.lParam);
     }
 }
@@ -137,16 +139,22 @@ bool HandleWaitingMessages() noexcept
         return true;
     }
     SWindowMessage message;
-    for (std::size_t left = queue->GetCount(); left > 0; --left) {
-        const EGetMessage result = queue->Take(message, false);
-        if (result != eGM_Message) {
-            queue->UpdateDescriptor();
-            return result != eGM_Quit;
+    bool isToGoOn = true;
+    queue->Limit(true);
+    for (const std::uint32_t end = queue->GetEnd(); isToGoOn && queue->HasBefore(end);) {
+        isToGoOn = queue->Take(message, false) != eGM_Quit;
+        if (isToGoOn) {
+            DispatchToWindow(message);
         }
-        DispatchToWindow(message);
     }
-    queue->UpdateDescriptor();
-    return true;
+    queue->Limit(false);
+    return isToGoOn;
+}
+
+bool TakeSameMessage(HWND window, unsigned int number) noexcept
+{
+    // Its thread looks at its own messages, so it has a queue.
+    return MessageQueue::GetCurrent()->TakeSame(window, number);
 }
 
 int GetMessageDescriptor() noexcept

@@ -36,12 +36,6 @@ namespace {
 
     int stopSignal() { return SIGRTMIN + 5; }
 
-    // How many StopGuards the thread has, and whether it was to be stopped meanwhile.
-    constinit thread_local volatile unsigned int t_guards __attribute__((tls_model("initial-exec")))
-    = 0;
-    constinit thread_local volatile bool t_stopIsDue __attribute__((tls_model("initial-exec")))
-    = false;
-
     void handleStopSignal(int)
     {
         const int before = errno;
@@ -99,6 +93,10 @@ namespace {
 
 } // namespace
 
+constinit thread_local volatile unsigned int t_guards __attribute__((tls_model("initial-exec")))
+= 0;
+constinit thread_local volatile bool t_stopIsDue __attribute__((tls_model("initial-exec"))) = false;
+
 constinit thread_local std::uint32_t t_threadNumber __attribute__((tls_model("initial-exec"))) = 0;
 
 std::uint32_t MakeThreadNumber() noexcept
@@ -121,6 +119,12 @@ std::uint32_t GetCurrentThreadId() noexcept
     return t_id;
 }
 
+void StopNow() noexcept
+{
+    t_stopIsDue = false;
+    pthread_kill(pthread_self(), stopSignal());
+}
+
 StopGuard::StopGuard() noexcept
 {
     t_guards = t_guards + 1;
@@ -132,8 +136,7 @@ StopGuard::~StopGuard()
     std::atomic_signal_fence(std::memory_order_seq_cst);
     t_guards = t_guards - 1;
     if (t_guards == 0 && t_stopIsDue) {
-        t_stopIsDue = false;
-        pthread_kill(pthread_self(), stopSignal());
+        StopNow();
     }
 }
 
@@ -309,6 +312,7 @@ bool ThreadState::Resume()
 bool ThreadState::Kill(unsigned int exitCode)
 {
     if (IsCurrent()) {
+        MessageQueue::EndOfThread(); // perhaps nobody buries it for long
         m_killCode = exitCode;
         leave();
     }

@@ -3,24 +3,18 @@
 #include "platform/platformlock.h"
 #include "platform/stopguard.h"
 
-#include <array>
 #include <new>
 
 namespace platform {
+
+constinit std::array<std::atomic<SWindowSlot*>, kSlotBlocks> s_slotBlocks{};
+
 namespace {
 
-    // A handle is (uses << kNumberBits) + number.
-    constexpr unsigned int kNumberBits = 20;
-    constexpr std::size_t kSlotsPerBlock = 1024;
-    constexpr std::size_t kBlocks = (std::size_t{ 1 } << kNumberBits) / kSlotsPerBlock;
-
-    using Block = std::array<SWindowSlot, kSlotsPerBlock>;
-
-    /// Never destroyed: threads may still post while the process exits.
+    /// Never destroyed: windows may still go while the process exits.
     struct STable
     {
         CriticalSection lock;
-        std::array<std::atomic<Block*>, kBlocks> blocks{};
         std::uint32_t count TU_GUARDED_BY(lock) = 0; // of places that have been in use
         SWindowSlot* firstFree TU_GUARDED_BY(lock) = nullptr;
     };
@@ -35,18 +29,18 @@ namespace {
     SWindowSlot* newSlot(STable& all) noexcept TU_REQUIRES(all.lock)
     {
         const std::size_t block = all.count / kSlotsPerBlock;
-        if (block == kBlocks) {
+        if (block == kSlotBlocks) {
             return nullptr;
         }
-        Block* slots = all.blocks[block].load(std::memory_order_relaxed);
+        SWindowSlot* slots = s_slotBlocks[block].load(std::memory_order_relaxed);
         if (slots == nullptr) {
-            slots = new (std::nothrow) Block;
+            slots = new (std::nothrow) SWindowSlot[kSlotsPerBlock];
             if (slots == nullptr) {
                 return nullptr;
             }
-            all.blocks[block].store(slots, std::memory_order_release);
+            s_slotBlocks[block].store(slots, std::memory_order_release);
         }
-        SWindowSlot& slot = (*slots)[all.count % kSlotsPerBlock];
+        SWindowSlot& slot = slots[all.count % kSlotsPerBlock];
         slot.number = all.count++;
         return &slot;
     }
@@ -76,7 +70,7 @@ SWindowSlot* TakeWindowSlot(const char16_t* className, HWND& window) noexcept
     }
     ++slot->uses;
     window = reinterpret_cast<HWND>(
-        static_cast<std::uintptr_t>(slot->uses << kNumberBits | slot->number));
+        static_cast<std::uintptr_t>(slot->uses << kSlotNumberBits | slot->number));
     return slot;
 }
 
@@ -92,21 +86,19 @@ void GiveBackWindowSlot(SWindowSlot& slot) noexcept
 
 std::u16string GetClassOfWindow(HWND window)
 {
+    const StopGuard unstopped;
     const LockGuard guard(table().lock);
     const SWindowSlot* const slot = FindWindowSlot(window);
     return slot != nullptr ? slot->className : std::u16string();
 }
 
-SWindowSlot* FindWindowSlot(HWND window) noexcept
+void SetValueOfWindow(HWND window, void* value) noexcept
 {
-    const auto handle = reinterpret_cast<std::uintptr_t>(window);
-    const std::size_t number = handle & ((std::uintptr_t{ 1 } << kNumberBits) - 1);
-    Block* const slots = table().blocks[number / kSlotsPerBlock].load(std::memory_order_acquire);
-    if (window == nullptr || slots == nullptr) {
-        return nullptr;
+    const StopGuard unstopped;
+    const LockGuard guard(table().lock); // who takes the place for a later window waits for it
+    if (SWindowSlot* const slot = FindWindowSlot(window)) {
+        slot->value = value;
     }
-    SWindowSlot& slot = (*slots)[number % kSlotsPerBlock];
-    return slot.window.load(std::memory_order_acquire) == window ? &slot : nullptr;
 }
 
 } // namespace platform

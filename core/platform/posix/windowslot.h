@@ -2,6 +2,7 @@
 
 #include "platform/platformwindow.h"
 
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -29,13 +30,34 @@ struct SWindowSlot
     std::uint64_t uses = 0; // how many windows it has had
 };
 
+// A handle is (uses << kSlotNumberBits) + number.
+constexpr unsigned int kSlotNumberBits = 20;
+constexpr std::size_t kSlotsPerBlock = 1024;
+constexpr std::size_t kSlotBlocks = (std::size_t{ 1 } << kSlotNumberBits) / kSlotsPerBlock;
+
+/// The table: found without a lock, and there before all else and after it.
+extern constinit std::array<std::atomic<SWindowSlot*>, kSlotBlocks> s_slotBlocks;
+
 /// A place with a new handle that nobody knows yet; null without memory.
 [[nodiscard]] SWindowSlot* TakeWindowSlot(const char16_t* className, HWND& window) noexcept;
 /// Gives back the place of a window that is gone.
 void GiveBackWindowSlot(SWindowSlot& slot) noexcept;
 /// Empty where there is no such window.
 [[nodiscard]] std::u16string GetClassOfWindow(HWND window);
+/// Nothing where there is no such window; and never the value of a later one.
+void SetValueOfWindow(HWND window, void* value) noexcept;
 /// Null where there is no such window.
-[[nodiscard]] SWindowSlot* FindWindowSlot(HWND window) noexcept;
+[[nodiscard]] inline SWindowSlot* FindWindowSlot(HWND window) noexcept
+{
+    const auto handle = reinterpret_cast<std::uintptr_t>(window);
+    const std::size_t number = handle & ((std::uintptr_t{ 1 } << kSlotNumberBits) - 1);
+    SWindowSlot* const slots
+        = s_slotBlocks[number / kSlotsPerBlock].load(std::memory_order_acquire);
+    if (window == nullptr || slots == nullptr) {
+        return nullptr;
+    }
+    SWindowSlot& slot = slots[number % kSlotsPerBlock];
+    return slot.window.load(std::memory_order_acquire) == window ? &slot : nullptr;
+}
 
 } // namespace platform

@@ -27,12 +27,30 @@ namespace {
 
     LPCWSTR wide(const char16_t* text) { return reinterpret_cast<LPCWSTR>(text); }
 
-    SWindowMessage fromSystem(const MSG& message)
+    constexpr int kLongestClassName = 256; // what the system allows
+
+    /// Messages to the thread, counted, that mark how far HandleWaitingMessages goes. A loop in a
+    /// procedure may come past the mark of a call further out, and notes it. One that is not ours
+    /// would lose it, and the call further out then ends where nothing waits.
+    constexpr UINT kMark = WM_APP + 0x3FFF;
+    constinit thread_local WPARAM t_lastMark = 0;
+    constinit thread_local WPARAM t_passedMark = 0;
+
+    /// Notes it where the message is a mark.
+    bool passMark(const MSG& message)
     {
-        return { message.hwnd, message.message, message.wParam, message.lParam };
+        if (message.hwnd != nullptr || message.message != kMark) {
+            return false;
+        }
+        t_passedMark = message.wParam;
+        return true;
     }
 
-    constexpr int kLongestClassName = 256; // what the system allows
+    EGetMessage take(const MSG& taken, SWindowMessage& message)
+    {
+        message = { taken.hwnd, taken.message, taken.wParam, taken.lParam };
+        return taken.message == WM_QUIT ? eGM_Quit : eGM_Message;
+    }
 
 } // namespace
 
@@ -121,37 +139,41 @@ EPost PostToWindow(
     return ::GetLastError() == ERROR_NOT_ENOUGH_QUOTA ? eP_Full : eP_NoWindow;
 }
 
-WakeLater::WakeLater() noexcept { } // NOLINT(modernize-use-equals-default): exported
-WakeLater::~WakeLater() { } // NOLINT(modernize-use-equals-default)
+WakeLater::WakeLater(EWakeUntil) noexcept { }
+WakeLater::~WakeLater() { } // NOLINT(modernize-use-equals-default): exported
+
+void WakeNow() noexcept { }
 
 EGetMessage WaitForMessage(SWindowMessage& message) noexcept
 {
     MSG taken = {};
-    const BOOL result = ::GetMessageW(&taken, nullptr, 0, 0);
-    if (result == -1) {
-        return eGM_Failed;
-    }
-    message = fromSystem(taken);
-    return result == 0 ? eGM_Quit : eGM_Message;
+    do {
+        if (::GetMessageW(&taken, nullptr, 0, 0) == -1) {
+            return eGM_Failed;
+        }
+    } while (passMark(taken));
+    return take(taken, message);
 }
 
 EGetMessage TakeMessage(SWindowMessage& message) noexcept
 {
     MSG taken = {};
-    if (!::PeekMessageW(&taken, nullptr, 0, 0, PM_REMOVE)) {
-        return eGM_None;
-    }
-    message = fromSystem(taken);
-    return taken.message == WM_QUIT ? eGM_Quit : eGM_Message;
+    do {
+        if (!::PeekMessageW(&taken, nullptr, 0, 0, PM_REMOVE)) {
+            return eGM_None;
+        }
+    } while (passMark(taken));
+    return take(taken, message);
 }
 
 bool TakeMessageOf(HWND window, unsigned int number, SWindowMessage& message) noexcept
 {
     MSG taken = {};
-    // A quit message comes whatever is asked for; it is put back.
-    while (::PeekMessageW(&taken, window, number, number, PM_REMOVE)) {
+    // No window would stand for all. The quit message that the system makes itself comes whatever
+    // is asked for; it is put back.
+    while (window != nullptr && ::PeekMessageW(&taken, window, number, number, PM_REMOVE)) {
         if (taken.message == number) {
-            message = fromSystem(taken);
+            take(taken, message);
             return true;
         }
         if (taken.message == WM_QUIT) {
@@ -175,28 +197,27 @@ void DispatchToWindow(const SWindowMessage& message) noexcept
 
 bool HandleWaitingMessages() noexcept
 {
-    // A message of the thread's own marks where those that come meanwhile begin.
-    SWindowMessage message;
-    const DWORD thread = ::GetCurrentThreadId();
-    const UINT mark = WM_APP + 0x3FFF;
-    const bool isMarked = ::PostThreadMessageW(thread, mark, 0, 0) != FALSE;
+    const WPARAM mark = ++t_lastMark;
+    const bool isMarked = ::PostThreadMessageW(::GetCurrentThreadId(), kMark, mark, 0) != FALSE;
     constexpr int kMost = 10'000; // without a mark, the queue is full
-    for (int handled = 0; isMarked || handled < kMost; ++handled) {
-        switch (TakeMessage(message)) {
-        case eGM_Message:
-            if (isMarked && message.window == nullptr && message.message == mark) {
-                return true;
-            }
-            DispatchToWindow(message);
-            break;
-        case eGM_Quit:
-            return false;
-        default:
+    for (int handled = 0; isMarked ? t_passedMark < mark : handled < kMost; ++handled) {
+        MSG taken = {};
+        SWindowMessage message;
+        if (!::PeekMessageW(&taken, nullptr, 0, 0, PM_REMOVE)) {
             return true;
         }
+        if (passMark(taken)) {
+            continue;
+        }
+        if (take(taken, message) == eGM_Quit) {
+            return false;
+        }
+        DispatchToWindow(message);
     }
     return true;
 }
+
+bool TakeSameMessage(HWND, unsigned int) noexcept { return false; }
 
 int GetMessageDescriptor() noexcept { return -1; }
 

@@ -139,8 +139,9 @@ TuEvent::EWaitResult TaMessageDispatcher::waitServing(const TuEvent& event,
     do {
         do {
             result = TuEvent::WaitForMultipleEvents(events.data(), 2, 0, &index);
-        } while (result == TuEvent::eWR_TimedOut && dispatcher->runNext(kNoLimit));
+        } while (result == TuEvent::eWR_TimedOut && dispatcher->runUnwoken(kNoLimit));
         if (result == TuEvent::eWR_TimedOut) {
+            platform::WakeNow();
             result = TuEvent::WaitForMultipleEvents(
                 events.data(), 3, platform::GetMillisecondsUntil(deadline), &index);
         }
@@ -214,10 +215,11 @@ void TaMessageDispatcher::processSendNotification(TaSendNotification& notificati
 
 void TaMessageDispatcher::sortSend(const TaSendNotification& notification) noexcept
 {
+    const platform::WakeLater later(platform::eWU_NextRow);
     const TuCriticalSectionAuto guard(m_subscriptionsLock);
     try {
-        getSubscribers(notification.GetMessage(), notification.GetTarget(), m_subscribers);
-        for (TaMessageHandlerBase* const handler : m_subscribers) {
+        for (TaMessageHandlerBase* const handler :
+            getSubscribers(notification.GetMessage(), notification.GetTarget())) {
             sortSend(notification, *handler);
         }
     } catch (...) { // no memory: those that are left are as if they had not subscribed
@@ -239,18 +241,20 @@ void TaMessageDispatcher::sortSend(
     }
 }
 
-void TaMessageDispatcher::getSubscribers(const TaMessage& message,
-    const TaMessageHandlerBase* target, TaMessageHandlerList& subscribers) const
+const TaMessageHandlerList& TaMessageDispatcher::getSubscribers(
+    const TaMessage& message, const TaMessageHandlerBase* target)
 {
-    m_subscriptions.GetSubscribers(message, subscribers);
-    if (target != nullptr) {
-        const auto found = subscribers.Find(target);
-        TaMessageHandlerBase* const handler = found != subscribers.end() ? *found : nullptr;
-        subscribers.RemoveAll();
-        if (handler != nullptr) {
-            subscribers.Add(handler);
-        }
+    const TaMessageHandlerList& all = m_subscriptions.GetSubscribers(message, m_subscribers);
+    if (target == nullptr) {
+        return all;
     }
+    const auto found = all.Find(target);
+    TaMessageHandlerBase* const handler = found != all.end() ? *found : nullptr;
+    m_subscribers.RemoveAll();
+    if (handler != nullptr) {
+        m_subscribers.Add(handler);
+    }
+    return m_subscribers;
 }
 
 // Posting.
@@ -271,8 +275,8 @@ void TaMessageDispatcher::processPostNotification(TaPostNotification& notificati
             handleMessage(message);
         } catch (...) { // who has posted it does not wait
         }
-    } else if (const auto* const text = dynamic_cast<const TaMessageString*>(&message)) {
-        postToWindow(*text);
+    } else if (message.IsKindOf(TaMessageString::RTTI)) {
+        postToWindow(dynamic_cast<const TaMessageString&>(message));
     } else {
         sortPost(notification);
     }
@@ -281,14 +285,21 @@ void TaMessageDispatcher::processPostNotification(TaPostNotification& notificati
     }
 }
 
-void TaMessageDispatcher::sortPost(const TaPostNotification& notification) noexcept
+void TaMessageDispatcher::sortPost(TaPostNotification& notification) noexcept
 {
+    const platform::WakeLater later(platform::eWU_NextRow);
     const TuCriticalSectionAuto guard(m_subscriptionsLock);
     try {
-        getSubscribers(notification.GetMessage(), notification.GetTarget(), m_subscribers);
-        for (TaMessageHandlerBase* const handler : m_subscribers) {
-            if (handler->queuePostNotification(TaPostNotification(notification))
-                && handler->missesWakeUps()) {
+        const TaMessageHandlerList& subscribers
+            = getSubscribers(notification.GetMessage(), notification.GetTarget());
+        unsigned int left = subscribers.GetCount();
+        for (TaMessageHandlerBase* const handler : subscribers) {
+            // The last one gets the reference of the dispatcher, or leaves it to that: the end of a
+            // message is a user's code, which may send.
+            const bool isQueued = --left == 0
+                ? handler->queuePostNotification(std::move(notification))
+                : handler->queuePostNotification(TaPostNotification(notification));
+            if (isQueued && handler->missesWakeUps()) {
                 noteUnwoken(*handler);
             }
         }
@@ -369,6 +380,7 @@ void TaMessageDispatcher::signalPostNotification()
 
 long long TaMessageDispatcher::handleMessage(const TaMessage& message)
 {
+    platform::WakeNow(); // it may make a window, and so run a user's code
     try {
         if (message.IsKindOf(TaMessageSubscription::RTTI)) {
             onMessageSubscription(dynamic_cast<const TaMessageSubscription&>(message));

@@ -129,9 +129,10 @@ public:
     void Dump(TuStreamWriteASCII& stream) const;
 
 protected:
-    /// Those who are to receive the message: see TaSubscriptions.
-    void getSubscribers(const TaMessage& message, const TaMessageHandlerBase* target,
-        TaMessageHandlerList& subscribers) const TU_REQUIRES(m_subscriptionsLock);
+    /// Those who are to receive the message (see TaSubscriptions), or the target, where it is among
+    /// them.
+    const TaMessageHandlerList& getSubscribers(const TaMessage& message,
+        const TaMessageHandlerBase* target) TU_REQUIRES(m_subscriptionsLock);
     long long handleMessage(const TaMessage& message) override;
     void processSendNotification(TaSendNotification& notification) override;
     void processPostNotification(TaPostNotification& notification) override;
@@ -174,7 +175,7 @@ private:
     void sortSend(const TaSendNotification& notification) noexcept;
     void sortSend(const TaSendNotification& notification, TaMessageHandlerBase& handler)
         TU_REQUIRES(m_subscriptionsLock);
-    void sortPost(const TaPostNotification& notification) noexcept;
+    void sortPost(TaPostNotification& notification) noexcept;
     static void postToWindow(const TaMessageString& message);
 
     /// The handler goes: nothing refers to it when this returns.

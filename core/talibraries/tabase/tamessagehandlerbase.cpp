@@ -10,12 +10,9 @@
 #include "tabase/tamessagestring.h"
 #include "tabase/tamessagesubscription.h"
 
-#include <algorithm>
 #include <limits>
-#include <new>
 #include <string>
 #include <utility>
-#include <vector>
 
 const TuRTTI TaMessageHandlerBase::RTTI(u"TaMessageHandlerBase", nullptr, nullptr);
 
@@ -24,12 +21,6 @@ constexpr long long TaMessageHandlerBase::kFail;
 constexpr unsigned int TaMessageHandlerBase::kSendSignal;
 constexpr unsigned int TaMessageHandlerBase::kPostSignal;
 constexpr unsigned int TaMessageHandlerBase::kStringMessage;
-
-namespace {
-
-constexpr std::uint64_t kNoTicket = std::numeric_limits<std::uint64_t>::max();
-
-} // namespace
 
 TaMessageHandlerBase::TaMessageHandlerBase(const CString& name)
     : TuIClassName<2>(name)
@@ -140,6 +131,7 @@ void TaMessageHandlerBase::onWindowCreated(HWND window)
 {
     setHWND(window);
     m_threadId = platform::GetCurrentThreadId();
+    m_spareWakeUps = 0;
     {
         const TuCriticalSectionAuto guard(m_sends.lock);
         m_sends.isOpen = true;
@@ -156,9 +148,15 @@ long long TaMessageHandlerBase::WindowProcHook(
     case kSendSignal:
         onSendNotification();
         return 0;
-    case kPostSignal:
-        onPostNotification();
+    case kPostSignal: {
+        // While the wake-up behind this one is another such, the way by the loop can be saved. The
+        // window goes with the handler.
+        const HWND window = GetHWND();
+        do {
+            onPostNotification();
+        } while (platform::TakeSameMessage(window, kPostSignal));
         return 0;
+    }
     case kStringMessage:
         onStringMessage(reinterpret_cast<HWND>(wParam), reinterpret_cast<char16_t*>(lParam));
         return 0;
@@ -222,12 +220,14 @@ bool TaMessageHandlerBase::queueNotification(TaNotificationQueue<Notification>& 
     if (!queue.isOpen) {
         return false;
     }
-    notification.m_ticket = m_tickets.fetch_add(1, std::memory_order_relaxed);
-    queue.records.Add(std::move(notification));
+    notification.m_ticket = m_tickets.fetch_add(1);
+    if (!queue.records.Add(std::move(notification))) {
+        return false;
+    }
     queue.signal = platform::eP_Posted;
     (this->*signal)();
     if (queue.signal == platform::eP_NoWindow) { // its thread has ended
-        notification = queue.records.RemoveTail();
+        notification = queue.records.TakeLast();
         return false;
     }
     if (queue.signal == platform::eP_Full) {
@@ -298,44 +298,29 @@ bool TaMessageHandlerBase::canBeReached() const
 
 void TaMessageHandlerBase::dumpQueues(TuStreamWriteASCII& stream) const
 {
-    stream << u"  '" << getOwnName() << u"': ";
-    {
-        const TuCriticalSectionAuto guard(m_sends.lock);
-        stream << m_sends.records.GetCount() << u" sent, ";
-    }
-    const TuCriticalSectionAuto guard(m_posts.lock);
-    stream << m_posts.records.GetCount() << u" posted, thread " << m_threadId.load() << u"\n";
+    stream << u"  '" << getOwnName() << u"': " << static_cast<unsigned int>(m_sends.GetCount())
+           << u" sent, " << static_cast<unsigned int>(m_posts.GetCount()) << u" posted, thread "
+           << m_threadId.load() << u"\n";
 }
+
+void TaMessageHandlerBase::onSendNotification() noexcept { onWakeUp(m_sends); }
+
+void TaMessageHandlerBase::onPostNotification() noexcept { onWakeUp(m_posts); }
 
 template <class Notification>
-std::uint64_t TaMessageHandlerBase::getFirstTicket(
-    const TaNotificationQueue<Notification>& queue) noexcept
+void TaMessageHandlerBase::onWakeUp(TaNotificationQueue<Notification>& queue) noexcept
 {
-    return queue.records.IsEmpty() ? kNoTicket : queue.records.GetHead().m_ticket;
-}
-
-std::optional<TaPostNotification> TaMessageHandlerBase::takePost(std::uint64_t limit) noexcept
-{
-    const TuCriticalSectionAuto guard(m_posts.lock);
-    if (getFirstTicket(m_posts) >= limit) {
-        return std::nullopt;
-    }
-    return m_posts.records.RemoveHead();
-}
-
-// There are wake-ups without a notification: those of what was dropped, or ran elsewhere. So each
-// stands for the next of both queues, or a send would overtake a post.
-
-void TaMessageHandlerBase::onSendNotification() noexcept { onWakeUp(); }
-
-void TaMessageHandlerBase::onPostNotification() noexcept { onWakeUp(); }
-
-void TaMessageHandlerBase::onWakeUp() noexcept
-{
+    const std::uint64_t limit = m_tickets.load(); // before a look at the spare ones
     if (missesWakeUps()) {
         runAll();
-    } else {
-        runNext(kNoTicket);
+    } else if (m_spareWakeUps != 0) {
+        // This one, too, may have lost its notification. Another of the same kind may have come
+        // later than one of the other kind, and must not overtake it.
+        if (!runNext(limit) && m_spareWakeUps != 0) {
+            --m_spareWakeUps;
+        }
+    } else if (auto notification = queue.Take(limit)) {
+        run(*notification);
     }
 }
 
@@ -344,30 +329,34 @@ void TaMessageHandlerBase::runAll() noexcept
     m_missesWakeUps = false;
     const std::uint64_t limit = m_tickets.load();
     const std::weak_ptr<const char> life(m_life);
-    while (!life.expired() && runNext(limit)) { }
+    while (!life.expired() && runUnwoken(limit)) { }
+}
+
+bool TaMessageHandlerBase::runUnwoken(std::uint64_t limit) noexcept
+{
+    ++m_spareWakeUps; // what it runs leaves one behind
+    if (runNext(limit)) {
+        return true; // the handler may be gone
+    }
+    --m_spareWakeUps;
+    return false;
 }
 
 bool TaMessageHandlerBase::runNext(std::uint64_t limit) noexcept
 {
-    std::optional<TaSendNotification> sent;
-    std::optional<TaPostNotification> posted;
-    {
-        const TuCriticalSectionAuto sends(m_sends.lock);
-        const TuCriticalSectionAuto posts(m_posts.lock);
-        const std::uint64_t firstSend = getFirstTicket(m_sends);
-        const std::uint64_t firstPost = getFirstTicket(m_posts);
-        if (firstSend < std::min(firstPost, limit)) {
-            sent = m_sends.records.RemoveHead();
-        } else if (firstPost < limit) {
-            posted = m_posts.records.RemoveHead();
+    // Others only add, and remove what nobody wants any more.
+    if (m_sends.GetFirstTicket() < m_posts.GetFirstTicket()) {
+        auto notification = m_sends.Take(limit);
+        if (notification.has_value()) {
+            run(*notification);
         }
+        return notification.has_value();
     }
-    if (sent.has_value()) {
-        run(*sent);
-    } else if (posted.has_value()) {
-        run(*posted);
+    auto notification = m_posts.Take(limit);
+    if (notification.has_value()) {
+        run(*notification);
     }
-    return sent.has_value() || posted.has_value();
+    return notification.has_value();
 }
 
 void TaMessageHandlerBase::flushPostNotifications() noexcept
@@ -376,10 +365,11 @@ void TaMessageHandlerBase::flushPostNotifications() noexcept
     const std::uint64_t limit = m_tickets.load();
     const std::weak_ptr<const char> life(m_life);
     while (!life.expired()) {
-        auto notification = takePost(limit);
+        auto notification = m_posts.Take(limit);
         if (!notification.has_value()) {
             return;
         }
+        ++m_spareWakeUps;
         run(*notification);
     }
 }
@@ -439,47 +429,36 @@ long long TaMessageHandlerBase::onMessageCreateHWND(const TaMessageCreateHWND& m
     return createHWND(message.GetHandler()) ? 1 : 0;
 }
 
-template <class Notification, class Predicate>
-void TaMessageHandlerBase::dropFrom(
-    TaNotificationQueue<Notification>& queue, Predicate isMeant) noexcept
+template <class Predicate> void TaMessageHandlerBase::drop(Predicate isMeant) noexcept
 {
-    std::vector<Notification> dropped; // the end of a message is a user's code: without the lock
-    const TuCriticalSectionAuto guard(queue.lock);
-    try {
-        dropped.reserve(queue.records.GetCount());
-    } catch (const std::bad_alloc&) { // then with it
-    }
-    for (auto record = queue.records.begin(); record != queue.records.end();) {
-        if (isMeant(*record)) {
-            if constexpr (std::is_same_v<Notification, TaPostNotification>) {
-                reportDropped(*record);
-            }
-            if (dropped.size() < dropped.capacity()) {
-                dropped.push_back(std::move(*record));
-            }
-            record = queue.records.Erase(record);
-        } else {
-            ++record;
+    const auto drops = [&](const auto& notification) {
+        if (!isMeant(notification)) {
+            return false;
         }
-    }
+        ++m_spareWakeUps;
+        return true;
+    };
+    m_sends.Drop(drops);
+    m_posts.Drop([&](const TaPostNotification& notification) {
+        const bool isDropped = drops(notification);
+        if (isDropped) {
+            reportDropped(notification);
+        }
+        return isDropped;
+    });
 }
 
 void TaMessageHandlerBase::invalidateUnsubscribedMessages(
     const TaMessageSubscription& subscription) noexcept
 {
-    const auto isMeant = [&subscription](const auto& notification) {
+    drop([&](const auto& notification) {
         return subscription.IsInvalidating(notification.GetMessage());
-    };
-    dropFrom(m_sends, isMeant);
-    dropFrom(m_posts, isMeant);
+    });
 }
 
 void TaMessageHandlerBase::dropMessagesTo(const TaMessageHandlerBase& target) noexcept
 {
-    const auto isMeant
-        = [&target](const auto& notification) { return notification.GetTarget() == &target; };
-    dropFrom(m_sends, isMeant);
-    dropFrom(m_posts, isMeant);
+    drop([&](const auto& notification) { return notification.GetTarget() == &target; });
 }
 
 void TaMessageHandlerBase::closeQueues() noexcept
@@ -493,7 +472,5 @@ void TaMessageHandlerBase::closeQueues() noexcept
         m_posts.isOpen = false;
     }
     m_threadId = 0;
-    const auto all = [](const auto&) { return true; };
-    dropFrom(m_sends, all);
-    dropFrom(m_posts, all);
+    drop([](const auto&) { return true; });
 }

@@ -1,19 +1,84 @@
 #pragma once
 
 #include "groundwork/tucriticalsection.h"
-#include "groundwork/tulist.h"
+#include "platform/blockrow.h"
 #include "platform/platformwindow.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <utility>
 
 /// The notifications of one kind that wait for a handler, in the order in which they came.
 ///
+/// They stand in two rows: the handler's thread takes from the one, and when that is empty, the
+/// whole other one takes its place. So who adds and who takes seldom meet at a lock.
+///
 /// Ownership: of the notifications.
-/// Threads:   everything under the lock.
+/// Threads:   the handler's thread takes; any thread may do the rest.
 template <class Notification> struct TaNotificationQueue
 {
-    static constexpr unsigned int kBlockSize = 10;
+    using Row = platform::BlockRow<Notification, 10>;
+    static constexpr std::uint64_t kNone = std::numeric_limits<std::uint64_t>::max();
+
+    /// The first one, where its ticket is below `limit`.
+    std::optional<Notification> Take(std::uint64_t limit = kNone) noexcept
+    {
+        const TuCriticalSectionAuto guard(takenLock);
+        if (!hasFirst() || taken.GetFirst().GetTicket() >= limit) {
+            return std::nullopt;
+        }
+        std::optional<Notification> first(taken.TakeFirst());
+        if (!taken.IsEmpty()) {
+            taken.GetFirst().Prefetch();
+        }
+        return first;
+    }
+    /// Of the first one; kNone where nothing waits.
+    std::uint64_t GetFirstTicket() noexcept
+    {
+        const TuCriticalSectionAuto guard(takenLock);
+        return hasFirst() ? taken.GetFirst().GetTicket() : kNone;
+    }
+    std::size_t GetCount() const
+    {
+        const TuCriticalSectionAuto takenGuard(takenLock);
+        const TuCriticalSectionAuto guard(lock);
+        return taken.GetCount() + records.GetCount();
+    }
+    /// Drops those for which `isMeant(notification)` is true.
+    template <class Predicate> void Drop(Predicate isMeant) noexcept
+    {
+        Row dropped; // the end of a message is a user's code: without the locks
+        const auto keeps = [&](Notification& record) {
+            if (!isMeant(record)) {
+                return true;
+            }
+            (void)dropped.Add(std::move(record)); // without memory, with the locks
+            return false;
+        };
+        const TuCriticalSectionAuto takenGuard(takenLock);
+        taken.Filter(keeps);
+        const TuCriticalSectionAuto guard(lock);
+        records.Filter(keeps);
+    }
 
     mutable TuCriticalSection lock;
-    TuList<Notification> records TU_GUARDED_BY(lock){ kBlockSize };
+    Row records TU_GUARDED_BY(lock);
     bool isOpen TU_GUARDED_BY(lock) = false; // while the handler has a window
     platform::EPost signal TU_GUARDED_BY(lock) = platform::eP_Posted; // what the last one came to
+
+    mutable TuCriticalSection takenLock; // before the other one
+    Row taken TU_GUARDED_BY(takenLock);
+
+private:
+    bool hasFirst() noexcept TU_REQUIRES(takenLock)
+    {
+        if (taken.IsEmpty()) {
+            const TuCriticalSectionAuto guard(lock);
+            taken.Swap(records);
+        }
+        return !taken.IsEmpty();
+    }
 };

@@ -32,6 +32,10 @@ public:
     PLATFORM_RENAMED(const TaMessage&, GetMessage, (), const, ())
     const TuSmartPointer<const TaMessage>& GetSharedMessage() const { return m_message; }
     SMessageSource GetSource() const { return m_source; }
+    /// Its place among all that waits for the handler.
+    std::uint64_t GetTicket() const { return m_ticket; }
+    /// The message will be looked at soon; most come from other threads.
+    void Prefetch() const { __builtin_prefetch(m_message.Get()); }
 
 private:
     friend class TaMessageHandlerBase;
@@ -39,7 +43,7 @@ private:
     const TaMessageHandlerBase* m_target; // compared, never used: it may be gone
     TuSmartPointer<const TaMessage> m_message;
     SMessageSource m_source;
-    std::uint64_t m_ticket = 0; // its place among all that waits for the handler
+    std::uint64_t m_ticket = 0;
 };
 
 #include "platform/platformmacrospop.h"

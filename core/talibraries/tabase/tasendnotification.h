@@ -36,10 +36,14 @@ public:
     const TaMessage& GetMessage() const { return *m_message; }
     PLATFORM_RENAMED(const TaMessage&, GetMessage, (), const, ())
     SMessageSource GetSource() const { return m_source; }
+    /// Its place among all that waits for the handler.
+    std::uint64_t GetTicket() const { return m_ticket; }
     TaThreadSendStatus& GetStatus() const { return *m_status; }
 
     /// Only the first answer counts.
     void Answer(long long result) noexcept;
+    /// The message will be looked at soon; most come from other threads.
+    void Prefetch() const { __builtin_prefetch(m_message); }
 
 private:
     friend class TaMessageHandlerBase;
@@ -55,7 +59,7 @@ private:
     TaSendStatusUse m_status; // none: answered, or moved away
     SMessageSource m_source;
     unsigned int m_answer = kSorting;
-    std::uint64_t m_ticket = 0; // its place among all that waits for the handler
+    std::uint64_t m_ticket = 0;
 };
 
 #include "platform/platformmacrospop.h"

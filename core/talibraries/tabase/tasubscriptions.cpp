@@ -96,29 +96,57 @@ void TaSubscriptions::RemoveAll()
     m_commands.RemoveAll();
 }
 
-void TaSubscriptions::GetSubscribers(
-    const TaMessage& message, TaMessageHandlerList& subscribers) const
+/// Collects the lists that match a message; most messages match one.
+class TaSubscriptions::Matches
 {
-    subscribers.RemoveAll();
-    addOfTypes(&message.GetRTTI(), subscribers);
-    if (m_commands.IsEmpty()) {
-        return;
+public:
+    explicit Matches(TaMessageHandlerList& scratch)
+        : m_scratch(scratch)
+    {
+        m_scratch.RemoveAll();
     }
-    if (const auto* const command = dynamic_cast<const TaMessageCommand*>(&message)) {
-        if (const TaMessageHandlerList* const handlers = m_commands.Lookup(command->GetWParam())) {
-            addAllOnce(subscribers, *handlers);
+    void Add(const TaMessageHandlerList* handlers)
+    {
+        if (handlers == nullptr) {
+            return;
         }
+        if (m_only == nullptr) {
+            m_only = handlers;
+            return;
+        }
+        if (m_scratch.IsEmpty()) {
+            addAllOnce(m_scratch, *m_only);
+        }
+        addAllOnce(m_scratch, *handlers);
     }
+    const TaMessageHandlerList& Get() const
+    {
+        return m_only != nullptr && m_scratch.IsEmpty() ? *m_only : m_scratch;
+    }
+
+private:
+    TaMessageHandlerList& m_scratch;
+    const TaMessageHandlerList* m_only = nullptr; // the first one
+};
+
+const TaMessageHandlerList& TaSubscriptions::GetSubscribers(
+    const TaMessage& message, TaMessageHandlerList& scratch) const
+{
+    Matches matches(scratch);
+    addOfTypes(&message.GetRTTI(), matches);
+    if (!m_commands.IsEmpty() && message.IsKindOf(TaMessageCommand::RTTI)) {
+        const auto& command = dynamic_cast<const TaMessageCommand&>(message);
+        matches.Add(m_commands.Lookup(command.GetWParam()));
+    }
+    return matches.Get();
 }
 
-void TaSubscriptions::addOfTypes(const TuRTTI* type, TaMessageHandlerList& subscribers) const
+void TaSubscriptions::addOfTypes(const TuRTTI* type, Matches& matches) const
 {
     for (; type != nullptr; type = type->GetFirstBase()) {
-        if (const TaMessageHandlerList* const handlers = m_types.Lookup(type)) {
-            addAllOnce(subscribers, *handlers);
-        }
+        matches.Add(m_types.Lookup(type));
         if (const TuRTTI* const second = type->GetSecondBase()) {
-            addOfTypes(second, subscribers);
+            addOfTypes(second, matches);
         }
     }
 }

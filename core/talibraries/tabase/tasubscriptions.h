@@ -29,9 +29,11 @@ public:
     void Remove(const TaMessageHandlerBase& handler);
     void RemoveAll();
 
-    /// Refills `subscribers`: those of the message's type, then of its base types, then, for a
-    /// command, of its number. Each stands there once, at its first place.
-    void GetSubscribers(const TaMessage& message, TaMessageHandlerList& subscribers) const;
+    /// Those of the message's type, then of its base types, then, for a command, of its number.
+    /// Each stands there once, at its first place. The answer is one of the lists here, where only
+    /// that one matches, or else `scratch`, refilled.
+    const TaMessageHandlerList& GetSubscribers(
+        const TaMessage& message, TaMessageHandlerList& scratch) const;
     /// All handlers that have subscribed to anything, each once.
     TaMessageHandlerList GetHandlers() const;
 
@@ -45,7 +47,9 @@ private:
     static constexpr unsigned int kTypeBuckets = 127;
     static constexpr unsigned int kCommandBuckets = 1021;
 
-    void addOfTypes(const TuRTTI* type, TaMessageHandlerList& subscribers) const;
+    class Matches;
+
+    void addOfTypes(const TuRTTI* type, Matches& matches) const;
 
     Types m_types{ kBlockSize, kTypeBuckets };
     Commands m_commands{ kBlockSize, kCommandBuckets };
