@@ -11,6 +11,7 @@ packages=(g++ cmake ninja-build ccache pkg-config git python3 ca-certificates
     uuid-dev           # identifiers
     zlib1g-dev         # checksums
     libcli11-dev       # tamesh: command line
+    libglib2.0-dev     # an example: handlers in the loop of another library
     libgtest-dev       # tests
     librapidcheck-dev) # property tests
 for argument in "$@"; do
@@ -22,7 +23,7 @@ for argument in "$@"; do
     --bench)
         packages+=(libbenchmark-dev
             libboost-dev libboost-serialization-dev libboost-container-dev libcereal-dev libabsl-dev
-            libglib2.0-dev qt6-base-dev libfast-float-dev)
+            qt6-base-dev libfast-float-dev)
         ;;
     --windows)
         packages+=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine64

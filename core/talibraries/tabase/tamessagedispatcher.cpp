@@ -139,7 +139,7 @@ TuEvent::EWaitResult TaMessageDispatcher::waitServing(const TuEvent& event,
     do {
         do {
             result = TuEvent::WaitForMultipleEvents(events.data(), 2, 0, &index);
-        } while (result == TuEvent::eWR_TimedOut && dispatcher->runUnwoken(kNoLimit));
+        } while (result == TuEvent::eWR_TimedOut && dispatcher->runNext(kNoLimit));
         if (result == TuEvent::eWR_TimedOut) {
             platform::WakeNow();
             result = TuEvent::WaitForMultipleEvents(

@@ -10,7 +10,7 @@
 #include "tabase/tamessagestring.h"
 #include "tabase/tamessagesubscription.h"
 
-#include <limits>
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -131,7 +131,6 @@ void TaMessageHandlerBase::onWindowCreated(HWND window)
 {
     setHWND(window);
     m_threadId = platform::GetCurrentThreadId();
-    m_spareWakeUps = 0;
     {
         const TuCriticalSectionAuto guard(m_sends.lock);
         m_sends.isOpen = true;
@@ -220,9 +219,12 @@ bool TaMessageHandlerBase::queueNotification(TaNotificationQueue<Notification>& 
     if (!queue.isOpen) {
         return false;
     }
-    notification.m_ticket = m_tickets.fetch_add(1);
+    notification.m_ticket = m_tickets.fetch_add(1, std::memory_order_relaxed);
     if (!queue.records.Add(std::move(notification))) {
         return false;
+    }
+    if (!queue.MayHaveAny()) {
+        queue.isUsed.store(true, std::memory_order_relaxed);
     }
     queue.signal = platform::eP_Posted;
     (this->*signal)();
@@ -303,24 +305,19 @@ void TaMessageHandlerBase::dumpQueues(TuStreamWriteASCII& stream) const
            << m_threadId.load() << u"\n";
 }
 
-void TaMessageHandlerBase::onSendNotification() noexcept { onWakeUp(m_sends); }
+// There are wake-ups without a notification: those of what was dropped, or ran elsewhere. So each
+// stands for the next of both queues, or a send would overtake a post.
 
-void TaMessageHandlerBase::onPostNotification() noexcept { onWakeUp(m_posts); }
+void TaMessageHandlerBase::onSendNotification() noexcept { onWakeUp(); }
 
-template <class Notification>
-void TaMessageHandlerBase::onWakeUp(TaNotificationQueue<Notification>& queue) noexcept
+void TaMessageHandlerBase::onPostNotification() noexcept { onWakeUp(); }
+
+void TaMessageHandlerBase::onWakeUp() noexcept
 {
-    const std::uint64_t limit = m_tickets.load(); // before a look at the spare ones
     if (missesWakeUps()) {
         runAll();
-    } else if (m_spareWakeUps != 0) {
-        // This one, too, may have lost its notification. Another of the same kind may have come
-        // later than one of the other kind, and must not overtake it.
-        if (!runNext(limit) && m_spareWakeUps != 0) {
-            --m_spareWakeUps;
-        }
-    } else if (auto notification = queue.Take(limit)) {
-        run(*notification);
+    } else {
+        runNext(m_posts.kNone);
     }
 }
 
@@ -329,34 +326,27 @@ void TaMessageHandlerBase::runAll() noexcept
     m_missesWakeUps = false;
     const std::uint64_t limit = m_tickets.load();
     const std::weak_ptr<const char> life(m_life);
-    while (!life.expired() && runUnwoken(limit)) { }
-}
-
-bool TaMessageHandlerBase::runUnwoken(std::uint64_t limit) noexcept
-{
-    ++m_spareWakeUps; // what it runs leaves one behind
-    if (runNext(limit)) {
-        return true; // the handler may be gone
-    }
-    --m_spareWakeUps;
-    return false;
+    while (!life.expired() && runNext(limit)) { }
 }
 
 bool TaMessageHandlerBase::runNext(std::uint64_t limit) noexcept
 {
-    // Others only add, and remove what nobody wants any more.
-    if (m_sends.GetFirstTicket() < m_posts.GetFirstTicket()) {
-        auto notification = m_sends.Take(limit);
-        if (notification.has_value()) {
-            run(*notification);
+    // Of a post and a send that come meanwhile, only the second might be seen.
+    limit = std::min(limit, m_tickets.load());
+    do {
+        if (m_sends.MayHaveAny()) {
+            if (auto sent = m_sends.Take(std::min(limit, m_posts.GetFirstTicket()))) {
+                run(*sent);
+                return true;
+            }
         }
-        return notification.has_value();
-    }
-    auto notification = m_posts.Take(limit);
-    if (notification.has_value()) {
-        run(*notification);
-    }
-    return notification.has_value();
+        if (auto posted = m_posts.Take(limit)) {
+            run(*posted);
+            return true;
+        }
+        // The post in front of what was sent may have been dropped just now.
+    } while (m_sends.MayHaveAny() && m_sends.GetFirstTicket() < limit);
+    return false;
 }
 
 void TaMessageHandlerBase::flushPostNotifications() noexcept
@@ -369,7 +359,6 @@ void TaMessageHandlerBase::flushPostNotifications() noexcept
         if (!notification.has_value()) {
             return;
         }
-        ++m_spareWakeUps;
         run(*notification);
     }
 }
@@ -431,20 +420,13 @@ long long TaMessageHandlerBase::onMessageCreateHWND(const TaMessageCreateHWND& m
 
 template <class Predicate> void TaMessageHandlerBase::drop(Predicate isMeant) noexcept
 {
-    const auto drops = [&](const auto& notification) {
-        if (!isMeant(notification)) {
-            return false;
-        }
-        ++m_spareWakeUps;
-        return true;
-    };
-    m_sends.Drop(drops);
+    m_sends.Drop(isMeant);
     m_posts.Drop([&](const TaPostNotification& notification) {
-        const bool isDropped = drops(notification);
-        if (isDropped) {
+        const bool drops = isMeant(notification);
+        if (drops) {
             reportDropped(notification);
         }
-        return isDropped;
+        return drops;
     });
 }
 

@@ -161,7 +161,7 @@ protected:
     static long long windowProcedure(
         HWND window, unsigned int message, unsigned long long wParam, long long lParam) noexcept;
 
-    /// Take the first notification, and process it.
+    /// Take the first notification of both queues, and process it.
     void onSendNotification() noexcept;
     void onPostNotification() noexcept;
     /// Processes what was posted up to now.
@@ -189,9 +189,7 @@ private:
     void reportDropped(const TaPostNotification& notification) const noexcept;
     void postSignal(unsigned int number, platform::EPost& result);
 
-    template <class Notification> void onWakeUp(TaNotificationQueue<Notification>& queue) noexcept;
-    /// Processes the first of both queues, without having been woken for it.
-    bool runUnwoken(std::uint64_t limit) noexcept;
+    void onWakeUp() noexcept;
     /// Processes the first of both queues, where it came before `limit`; false where there is none.
     bool runNext(std::uint64_t limit) noexcept;
     /// Processes what waits now, in the order in which it came.
@@ -213,7 +211,6 @@ private:
     std::atomic<unsigned int> m_threadId{ 0 };
     std::atomic<TaMessageDispatcher*> m_dispatcher{ nullptr }; // that it is registered with
     std::atomic<std::uint64_t> m_tickets{ 0 }; // how many notifications have come
-    std::atomic<std::size_t> m_spareWakeUps{ 0 }; // without a notification; at most so many
     std::atomic<bool> m_missesWakeUps{ false }; // the next one stands for those, too
     std::unique_ptr<TuLatestError> m_latestError;
     /// Goes with the handler: tells, after a call of a user's code, whether that has ended it.

@@ -27,6 +27,16 @@ bool TaMessageLoop::Run() noexcept
     return false;
 }
 
+bool TaMessageLoop::WaitAndHandle() noexcept
+{
+    platform::SWindowMessage message;
+    if (platform::WaitForMessage(message) != platform::eGM_Message) {
+        return false;
+    }
+    platform::DispatchToWindow(message);
+    return true;
+}
+
 bool TaMessageLoop::HandleWaiting() noexcept { return platform::HandleWaitingMessages(); }
 
 int TaMessageLoop::GetDescriptor() noexcept { return platform::GetMessageDescriptor(); }

@@ -16,6 +16,9 @@ public:
     /// Serves the handlers until the loop is ended: true. False where the system does not give out
     /// messages any more.
     [[nodiscard]] static bool Run() noexcept;
+    /// Waits for something, and handles that alone. False when the loop is to end, or the system
+    /// does not give out messages any more.
+    static bool WaitAndHandle() noexcept;
     /// Handles what waits now, but nothing that comes meanwhile. False when the loop is to end.
     static bool HandleWaiting() noexcept;
     /// Readable while something waits; -1 where there is none. It belongs to the thread.

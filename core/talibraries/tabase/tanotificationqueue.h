@@ -4,6 +4,7 @@
 #include "platform/blockrow.h"
 #include "platform/platformwindow.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -47,15 +48,18 @@ template <class Notification> struct TaNotificationQueue
         const TuCriticalSectionAuto guard(lock);
         return taken.GetCount() + records.GetCount();
     }
-    /// Drops those for which `isMeant(notification)` is true.
+    /// False where nothing waits; for who can live with it that something comes just now.
+    bool MayHaveAny() const noexcept { return isUsed.load(std::memory_order_relaxed); }
+    /// Drops those for which `isMeant(notification)` is true. The end of a message is a user's
+    /// code: it runs without the locks, where there is memory for that.
     template <class Predicate> void Drop(Predicate isMeant) noexcept
     {
-        Row dropped; // the end of a message is a user's code: without the locks
+        Row dropped;
         const auto keeps = [&](Notification& record) {
-            if (!isMeant(record)) {
+            if (!isMeant(std::as_const(record))) {
                 return true;
             }
-            (void)dropped.Add(std::move(record)); // without memory, with the locks
+            (void)dropped.Add(std::move(record));
             return false;
         };
         const TuCriticalSectionAuto takenGuard(takenLock);
@@ -66,6 +70,7 @@ template <class Notification> struct TaNotificationQueue
 
     mutable TuCriticalSection lock;
     Row records TU_GUARDED_BY(lock);
+    std::atomic<bool> isUsed{ false }; // written under both locks, or true under the first
     bool isOpen TU_GUARDED_BY(lock) = false; // while the handler has a window
     platform::EPost signal TU_GUARDED_BY(lock) = platform::eP_Posted; // what the last one came to
 
@@ -78,6 +83,9 @@ private:
         if (taken.IsEmpty()) {
             const TuCriticalSectionAuto guard(lock);
             taken.Swap(records);
+            if (taken.IsEmpty()) {
+                isUsed.store(false, std::memory_order_relaxed);
+            }
         }
         return !taken.IsEmpty();
     }
