@@ -88,10 +88,9 @@ bool TaMessageHandlerBase::createHWND(TaMessageHandlerBase& handler)
     static constinit std::atomic<unsigned int> s_next{ 0 };
     const std::string name = "TaMessageHandlerBase_" + std::to_string(s_next.fetch_add(1));
     const platform::WindowProcedure procedure = handler.getWindowProc();
-    if (platform::IsMessageWindow(handler.GetHWND()) || procedure == nullptr) {
+    if (handler.GetHWND() != nullptr || procedure == nullptr) {
         return false;
     }
-    handler.closeQueues(); // its former thread may have been killed
     const HWND window = platform::CreateMessageWindow(
         std::u16string(name.begin(), name.end()).c_str(), procedure, &handler);
     if (window == nullptr) {
