@@ -99,7 +99,7 @@ public:
     void Run()
     {
         for (unsigned int step = 0; step < kSteps; ++step) {
-            doStep(m_random() % 16);
+            doStep(m_random() % 12);
         }
         for (std::size_t target = 0; target < kStaying; ++target) {
             sendTo(target, 0); // behind the last post
@@ -133,19 +133,15 @@ private:
             break;
         }
         case 5:
-        case 6:
             sendToAll();
             break;
-        case 7:
+        case 6:
             TaMessageDispatcher::SendMessage(StressMessage(), leaving);
             break;
-        case 8:
-        case 9:
-        case 10:
+        case 7:
             sendTo(staying, static_cast<int>(m_random() % kMostDepth));
             break;
-        case 11:
-        case 12:
+        case 8:
             TaMessageDispatcher::PostMessage(makePost(), *m_handlers[staying]);
             ++m_posted[staying];
             break;

@@ -156,28 +156,6 @@ TEST(TaMessageHandlerTest, WindowClassesAreNumberedOneByOneFailedOnesToo)
     EXPECT_FALSE(third.destroyMessageHandler());
 }
 
-TEST(TaMessageHandlerTest, AHandlerMakesTheWindowOfAnotherOnItsThread)
-{
-    Notes notes;
-    const ThreadedHandler maker(u"maker", {}, [](TaMessageHandlerBase& self) {
-        self.SubscribeMessage(TaMessageCreateHWND(dynamic_cast<TaMessageHandler&>(self)));
-    });
-    std::optional<LocalHandler> made;
-    made.emplace(
-        u"made",
-        [&](const TaMessage&) {
-            notes.Add(platform::GetCurrentThreadId() == maker.GetThreadID() ? "there" : "?");
-            return made->destroyMessageHandler() ? 1LL : 0LL;
-        },
-        ToNumbers, false);
-    EXPECT_EQ(TaMessageDispatcher::SendMessage(TaMessageCreateHWND(*made), maker), 1);
-    EXPECT_EQ(made->GetThreadID(), maker.GetThreadID());
-    EXPECT_EQ(TaMessageDispatcher::SendMessage(TaMessageCreateHWND(*made), maker), 0);
-    SendTo(*made, 1);
-    EXPECT_EQ(made->GetHWND(), nullptr);
-    EXPECT_EQ(notes.Take(), "there ");
-}
-
 TEST(TaMessageHandlerTest, WindowMessagesGoByTheirRangesButForTheNumbersOfItsOwn)
 {
     Notes notes;
@@ -292,6 +270,8 @@ public:
     void MakeWindow(TaMessageHandler& handler)
     {
         EXPECT_EQ(TaMessageDispatcher::SendMessage(TaMessageCreateHWND(handler), m_maker), 1);
+        EXPECT_EQ(TaMessageDispatcher::SendMessage(TaMessageCreateHWND(handler), m_maker), 0);
+        EXPECT_EQ(handler.GetThreadID(), m_maker.GetThreadID());
     }
 
 private:
@@ -356,6 +336,7 @@ TEST(TaMessageHandlerTest, MessagesThatAreDroppedMaySendInTheirEnd)
     handler.SubscribeMessage(NumberMessage(0));
     post();
     EXPECT_TRUE(handler.destroyMessageHandler());
+    post(); // to nobody
 }
 
 // Numbers of threads that have ended are given to new ones.

@@ -126,6 +126,7 @@ void MessageQueue::NoteIn(std::atomic<MessageQueue*>& place) noexcept { t_place 
 
 void MessageQueue::EndOfThread() noexcept
 {
+    t_wakesOfRow.Wake();
     if (MessageQueue* const queue = std::exchange(t_queue, nullptr)) {
         (void)queueOfThread().Set(nullptr);
         queue->end();
@@ -263,7 +264,11 @@ EGetMessage MessageQueue::Take(SWindowMessage& message, bool waits) noexcept
         const LockGuard guard(m_lock);
         setReadable(isAnyWaiting());
     }
-    return message.message == eWM_Quit ? eGM_Quit : eGM_Message;
+    if (message.message == eWM_Quit) {
+        t_wakesOfRow.Wake(); // there may be no next row
+        return eGM_Quit;
+    }
+    return eGM_Message;
 }
 
 bool MessageQueue::TakeSame(HWND window, unsigned int number) noexcept

@@ -263,7 +263,8 @@ void TaMessageDispatcher::postMessage(TuSmartPointer<const TaMessage> message,
     const TaMessageHandlerBase* target, SMessageSource source) noexcept
 {
     if (!message.IsNull()) {
-        queuePostNotification(TaPostNotification(target, std::move(message), source));
+        TaPostNotification notification(target, std::move(message), source);
+        queuePostNotification(notification);
     }
 }
 
@@ -290,16 +291,19 @@ void TaMessageDispatcher::sortPost(TaPostNotification& notification) noexcept
     const platform::WakeLater later(platform::eWU_NextRow);
     const TuCriticalSectionAuto guard(m_subscriptionsLock);
     try {
-        TaMessageHandlerBase* last = nullptr; // which gets the dispatcher's own reference
+        // The last one gets the reference of the dispatcher, or leaves it to that: the end of a
+        // message is a user's code, which may send.
+        TaMessageHandlerBase* last = nullptr;
         for (TaMessageHandlerBase* const handler :
             getSubscribers(notification.GetMessage(), notification.GetTarget())) {
             if (last != nullptr) {
-                sortPost(TaPostNotification(notification), *last);
+                TaPostNotification copy(notification);
+                sortPost(copy, *last);
             }
             last = handler;
         }
         if (last != nullptr) {
-            sortPost(std::move(notification), *last);
+            sortPost(notification, *last);
         }
     } catch (...) { // no memory: those that are left are as if they had not subscribed
     }

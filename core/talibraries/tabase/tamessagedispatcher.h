@@ -176,7 +176,7 @@ private:
     void sortSend(const TaSendNotification& notification, TaMessageHandlerBase& handler)
         TU_REQUIRES(m_subscriptionsLock);
     void sortPost(TaPostNotification& notification) noexcept;
-    void sortPost(TaPostNotification&& notification, TaMessageHandlerBase& handler)
+    void sortPost(TaPostNotification& notification, TaMessageHandlerBase& handler)
         TU_REQUIRES(m_subscriptionsLock);
     static void postToWindow(const TaMessageString& message);
 

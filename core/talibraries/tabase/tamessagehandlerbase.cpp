@@ -88,10 +88,9 @@ bool TaMessageHandlerBase::createHWND(TaMessageHandlerBase& handler)
     static constinit std::atomic<unsigned int> s_next{ 0 };
     const std::string name = "TaMessageHandlerBase_" + std::to_string(s_next.fetch_add(1));
     const platform::WindowProcedure procedure = handler.getWindowProc();
-    if (platform::IsMessageWindow(handler.GetHWND()) || procedure == nullptr) {
+    if (handler.GetHWND() != nullptr || procedure == nullptr) {
         return false;
     }
-    handler.closeQueues(); // its former thread may have been killed
     const HWND window = platform::CreateMessageWindow(
         std::u16string(name.begin(), name.end()).c_str(), procedure, &handler);
     if (window == nullptr) {
@@ -250,7 +249,7 @@ bool TaMessageHandlerBase::queueSendNotification(TaSendNotification notification
     }
 }
 
-bool TaMessageHandlerBase::queuePostNotification(TaPostNotification notification) noexcept
+bool TaMessageHandlerBase::queuePostNotification(TaPostNotification& notification) noexcept
 {
     TaMessageTrace::Report(SMessageTrace::eS_Queued, false, notification.GetMessage(),
         notification.GetSource(), &getOwnName());
@@ -331,6 +330,8 @@ void TaMessageHandlerBase::runAll() noexcept
 
 bool TaMessageHandlerBase::runNext(std::uint64_t limit) noexcept
 {
+    // Of a post and a send that come meanwhile, only the second might be seen.
+    limit = std::min(limit, m_tickets.load());
     do {
         if (m_sends.MayHaveAny()) {
             if (auto sent = m_sends.Take(std::min(limit, m_posts.GetFirstTicket()))) {

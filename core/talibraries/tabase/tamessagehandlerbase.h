@@ -176,7 +176,8 @@ private:
 
     /// Whether the notification is on its way; else it was dropped.
     bool queueSendNotification(TaSendNotification notification) noexcept;
-    bool queuePostNotification(TaPostNotification notification) noexcept;
+    /// The same; what was not queued is left to the caller.
+    bool queuePostNotification(TaPostNotification& notification) noexcept;
     /// Takes the notification over where it is true.
     template <class Notification>
     bool queueNotification(TaNotificationQueue<Notification>& queue, Notification& notification,

@@ -43,6 +43,9 @@ TuCheckReturn<bool> TaMessageHandlerThreaded::StartAndWait()
     if (IsRunning()) {
         return false;
     }
+    // A former thread that was killed has left both behind.
+    closeQueues();
+    setHWND(nullptr);
     m_eventReadyForMessages.Reset();
     m_quitIsRefused = false;
     if (!TuThread::StartAndWait()) {
