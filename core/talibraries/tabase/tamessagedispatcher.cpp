@@ -309,9 +309,9 @@ void TaMessageDispatcher::sortPost(TaPostNotification& notification) noexcept
     }
 }
 
-void TaMessageDispatcher::sortPost(TaPostNotification&& notification, TaMessageHandlerBase& handler)
+void TaMessageDispatcher::sortPost(TaPostNotification& notification, TaMessageHandlerBase& handler)
 {
-    if (handler.queuePostNotification(std::move(notification)) && handler.missesWakeUps()) {
+    if (handler.queuePostNotification(notification) && handler.missesWakeUps()) {
         noteUnwoken(handler);
     }
 }
