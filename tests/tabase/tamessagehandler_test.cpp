@@ -140,6 +140,7 @@ TEST(TaMessageHandlerTest, WindowClassesAreNumberedOneByOneFailedOnesToo)
     Notes notes;
     WindowHandler failing(notes);
     failing.refuses = true;
+    TaMessageDispatcher::GetInstance(); // whose window takes a number, too
     const LocalHandler first(u"first");
     const LocalHandler second(u"second");
     EXPECT_FALSE(failing.StartAndWait());
