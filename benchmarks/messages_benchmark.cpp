@@ -1,4 +1,5 @@
 #include "groundwork/tuevent.h"
+#include "rawfutex.h"
 #include "tabase/tamessagedispatcher.h"
 
 #include <benchmark/benchmark.h>
@@ -13,10 +14,7 @@
 #include <QObject>
 #include <QThread>
 #endif
-#include <linux/futex.h>
 #include <sched.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <cstdint>
@@ -72,26 +70,6 @@ private:
     }
 
     cpu_set_t m_all{};
-};
-
-/// A word to sleep on, as the system's call alone makes it.
-class RawFutex
-{
-public:
-    void Set()
-    {
-        m_word.store(1, std::memory_order_release);
-        syscall(SYS_futex, &m_word, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
-    }
-    void Wait()
-    {
-        while (m_word.exchange(0, std::memory_order_acquire) == 0) {
-            syscall(SYS_futex, &m_word, FUTEX_WAIT_PRIVATE, 0, nullptr, nullptr, 0);
-        }
-    }
-
-private:
-    std::atomic<std::uint32_t> m_word{ 0 };
 };
 
 /// Counts what has been handled, and wakes who waits for a certain number.

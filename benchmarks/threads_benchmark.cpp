@@ -1,14 +1,12 @@
 #include "groundwork/tucriticalsection.h"
 #include "groundwork/tuevent.h"
 #include "groundwork/tuthread.h"
+#include "rawfutex.h"
 
 #include <benchmark/benchmark.h>
 #if defined(TA_PEER_QT)
 #include <QMutex>
 #endif
-#include <linux/futex.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <cstdint>
@@ -84,26 +82,6 @@ BENCHMARK(BM_QRecursiveMutex_EnterAgain);
 #endif
 
 // Two threads that wake each other in turn: each measured step is there and back.
-
-/// An automatic event as the system's call alone makes it.
-class RawFutex
-{
-public:
-    void Set()
-    {
-        m_word.store(1, std::memory_order_release);
-        syscall(SYS_futex, &m_word, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
-    }
-    void Wait()
-    {
-        while (m_word.exchange(0, std::memory_order_acquire) == 0) {
-            syscall(SYS_futex, &m_word, FUTEX_WAIT_PRIVATE, 0, nullptr, nullptr, 0);
-        }
-    }
-
-private:
-    std::atomic<std::uint32_t> m_word{ 0 };
-};
 
 class Event
 {

@@ -53,7 +53,6 @@ void TaSendNotification::drop() noexcept
 void TaSendNotification::Answer(long long result) noexcept
 {
     if (m_status) {
-        TaMessageTrace::Report(SMessageTrace::eS_Answered, true, *m_message, m_source, nullptr);
         const TaSendStatusUse status = std::move(m_status);
         status->Answer(m_answer, &result);
     }

@@ -64,10 +64,16 @@ void TaThreadSendStatus::Answer(unsigned int number, const long long* result) no
     {
         const TuCriticalSectionAuto guard(m_lock);
         const bool isSorting = number == TaSendNotification::kSorting;
-        if (!isSorting && std::exchange(m_answers[number].handler, nullptr) == nullptr) {
-            return;
+        const TaMessageHandlerBase* handler = nullptr;
+        if (!isSorting) {
+            handler = std::exchange(m_answers[number].handler, nullptr);
+            if (handler == nullptr) {
+                return;
+            }
         }
         if (result != nullptr) {
+            TaMessageTrace::Report(SMessageTrace::eS_Answered, true, *m_message, m_source,
+                handler != nullptr ? &handler->getOwnName() : nullptr);
             try {
                 m_results.Add(*result);
             } catch (const std::exception&) { // no memory: as if nobody had answered
