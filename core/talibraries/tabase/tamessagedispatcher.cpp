@@ -297,7 +297,9 @@ void TaMessageDispatcher::sortPost(TaPostNotification& notification) noexcept
             // The last one gets the reference of the dispatcher.
             TaPostNotification forHandler
                 = --left == 0 ? std::move(notification) : TaPostNotification(notification);
-            if (handler->queuePostNotification(std::move(forHandler)) && handler->missesWakeUps()) {
+            if (!handler->queuePostNotification(std::move(forHandler))) {
+                notification = std::move(forHandler); // ends outside of the lock
+            } else if (handler->missesWakeUps()) {
                 noteUnwoken(*handler);
             }
         }
@@ -401,34 +403,37 @@ long long TaMessageDispatcher::handleMessage(const TaMessage& message)
 void TaMessageDispatcher::onMessageSubscription(const TaMessageSubscription& subscription)
 {
     TaMessageHandlerBase& handler = subscription.GetHandler();
-    const TuCriticalSectionAuto guard(m_subscriptionsLock);
-    switch (subscription.GetAction()) {
-    case TaMessageSubscription::eA_SubscribeType:
-        m_names.Add(handler.getOwnName(), handler);
-        handler.m_dispatcher = this;
-        m_subscriptions.AddType(*subscription.GetType(), handler);
-        return;
-    case TaMessageSubscription::eA_SubscribeCommand:
-        m_names.Add(handler.getOwnName(), handler);
-        handler.m_dispatcher = this;
-        m_subscriptions.AddCommand(subscription.GetCommandID(), handler);
-        return;
-    case TaMessageSubscription::eA_UnsubscribeType:
-        m_subscriptions.RemoveType(*subscription.GetType(), handler);
-        break;
-    case TaMessageSubscription::eA_UnsubscribeCommand:
-        m_subscriptions.RemoveCommand(subscription.GetCommandID(), handler);
-        break;
-    case TaMessageSubscription::eA_UnsubscribeAll:
-        if (&handler == this) {
-            unsubscribeEverybody(subscription);
+    {
+        const TuCriticalSectionAuto guard(m_subscriptionsLock);
+        switch (subscription.GetAction()) {
+        case TaMessageSubscription::eA_SubscribeType:
+            m_names.Add(handler.getOwnName(), handler);
+            handler.m_dispatcher = this;
+            m_subscriptions.AddType(*subscription.GetType(), handler);
             return;
+        case TaMessageSubscription::eA_SubscribeCommand:
+            m_names.Add(handler.getOwnName(), handler);
+            handler.m_dispatcher = this;
+            m_subscriptions.AddCommand(subscription.GetCommandID(), handler);
+            return;
+        case TaMessageSubscription::eA_UnsubscribeType:
+            m_subscriptions.RemoveType(*subscription.GetType(), handler);
+            break;
+        case TaMessageSubscription::eA_UnsubscribeCommand:
+            m_subscriptions.RemoveCommand(subscription.GetCommandID(), handler);
+            break;
+        case TaMessageSubscription::eA_UnsubscribeAll:
+            if (&handler == this) {
+                unsubscribeEverybody(subscription);
+                return;
+            }
+            m_names.Remove(handler);
+            handler.m_dispatcher = nullptr;
+            m_subscriptions.Remove(handler);
+            break;
         }
-        m_names.Remove(handler);
-        handler.m_dispatcher = nullptr;
-        m_subscriptions.Remove(handler);
-        break;
     }
+    // Messages end here, and with that a user's code runs.
     invalidate(handler, subscription);
 }
 
