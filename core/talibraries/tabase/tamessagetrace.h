@@ -49,6 +49,7 @@ public:
     /// Returns the former one; null turns it off.
     static Hook SetHook(Hook hook) noexcept;
 
+    static bool IsOn() noexcept { return s_hook.load(std::memory_order_relaxed) != nullptr; }
     /// `handler` is a name; it may be null.
     static void Report(SMessageTrace::EStep step, bool isSend, const TaMessage& message,
         SMessageSource source, const CString* handler) noexcept

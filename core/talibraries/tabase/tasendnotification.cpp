@@ -43,7 +43,7 @@ void TaSendNotification::drop() noexcept
 {
     if (m_status) {
         if (m_answer != kSorting) {
-            TaMessageTrace::Report(SMessageTrace::eS_Dropped, true, *m_message, m_source, nullptr);
+            report(SMessageTrace::eS_Dropped);
         }
         const TaSendStatusUse status = std::move(m_status);
         status->Answer(m_answer, nullptr);
@@ -53,8 +53,16 @@ void TaSendNotification::drop() noexcept
 void TaSendNotification::Answer(long long result) noexcept
 {
     if (m_status) {
-        TaMessageTrace::Report(SMessageTrace::eS_Answered, true, *m_message, m_source, nullptr);
+        report(SMessageTrace::eS_Answered);
         const TaSendStatusUse status = std::move(m_status);
         status->Answer(m_answer, &result);
+    }
+}
+
+/// A handler that has ended in the middle of a message has let the sender go, with the message.
+void TaSendNotification::report(SMessageTrace::EStep step) const noexcept
+{
+    if (TaMessageTrace::IsOn() && m_status->IsExpected(m_answer)) {
+        TaMessageTrace::Report(step, true, *m_message, m_source, nullptr);
     }
 }

@@ -53,6 +53,7 @@ private:
     static constexpr unsigned int kSorting = 0xFFFFFFFFu;
 
     void drop() noexcept;
+    void report(SMessageTrace::EStep step) const noexcept;
 
     const TaMessageHandlerBase* m_target; // compared, never used: it may be gone
     const TaMessage* m_message;

@@ -44,7 +44,8 @@ void TaThreadSendStatus::RunList()
                 notification.emplace(m_toRun.RemoveHead().notification);
             }
         }
-        if (notification.has_value()) {
+        // Or the window has gone: then there is no answer.
+        if (notification.has_value() && handler->m_threadId == m_threadId) {
             handler->run(*notification);
         }
     }
@@ -79,6 +80,12 @@ void TaThreadSendStatus::Answer(unsigned int number, const long long* result) no
     if (wakes) {
         m_event.Set();
     }
+}
+
+bool TaThreadSendStatus::IsExpected(unsigned int number) const
+{
+    const TuCriticalSectionAuto guard(m_lock);
+    return number == TaSendNotification::kSorting || m_answers[number].handler != nullptr;
 }
 
 bool TaThreadSendStatus::FindExpected(const TaMessageHandlerBase& handler, unsigned int& number)

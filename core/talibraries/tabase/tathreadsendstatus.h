@@ -57,6 +57,7 @@ public:
     /// Gives an answer, or where `result` is null takes it back: it will not come. Does nothing
     /// where that was done before.
     void Answer(unsigned int number, const long long* result) noexcept;
+    bool IsExpected(unsigned int number) const;
     /// Finds the next answer that is expected of the handler, from `number` on.
     bool FindExpected(const TaMessageHandlerBase& handler, unsigned int& number);
     /// Hands the notification, of this send or another, to the sending thread.
@@ -86,7 +87,7 @@ private:
     const TaMessage* m_message = nullptr; // lives until the sender returns
     SMessageSource m_source;
     TuEvent m_event{ true };
-    TuCriticalSection m_lock;
+    mutable TuCriticalSection m_lock;
     unsigned int m_expected TU_GUARDED_BY(m_lock) = 0; // answers, and the sorting
     TuArray<SExpected> m_answers TU_GUARDED_BY(m_lock);
     TuList<long long> m_results TU_GUARDED_BY(m_lock);
