@@ -508,6 +508,11 @@ TEST(TaMessageDispatcherTest, AHookSeesEveryStepOfAMessageAndWhereItCameFrom)
         }
     }
     EXPECT_EQ(s_trace.Take(), expected);
+    {
+        const LocalHandler local(u"l", answering(1));
+        TaMessageDispatcher::SendMessage(u"f", 8, NumberMessage(0), local);
+        EXPECT_NE(s_trace.Take().find("queued-sent-l-f8 delivered-sent-l-f8 "), std::string::npos);
+    }
     TaMessageDispatcher::PostMessage(u"f", 4, TuMake<NumberMessage>(0));
     TaMessageDispatcher::PostMessage(u"f", 5, TuMake<NumberMessage>(0), handler);
     TaMessageDispatcher::SendMessage(u"f", 6, TaMessage());

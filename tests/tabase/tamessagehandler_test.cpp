@@ -284,6 +284,16 @@ TEST(TaMessageHandlerTest, ARefusedWakeUpLosesNothingAndBringsNothingTwice)
     }
 }
 
+TEST(TaMessageHandlerTest, ARefusedWakeUpIsRepeatedWhileTheDispatchersThreadWaits)
+{
+    const ThreadedHandler handler(u"refused", [](const TaMessage&) { return 7LL; });
+    const DispatcherHandler sender(
+        u"sender", [&](const TaMessage&) { return SendTo(handler, 1); },
+        [](TaMessageHandlerBase& self) { self.SubscribeMessage(OtherMessage()); });
+    const Refusal refusal(handler, 1);
+    EXPECT_EQ(TaMessageDispatcher::SendMessage(OtherMessage(), sender), 7);
+}
+
 /// Where handlers have their windows whose messages are handled on a thread that goes on.
 class Host
 {

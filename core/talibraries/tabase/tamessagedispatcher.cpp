@@ -185,13 +185,17 @@ void TaMessageDispatcher::waitForAnswers(TaThreadSendStatus& status) noexcept
         const bool repeats = !s_isGone && (m_hasUnwoken || missesWakeUps());
         const unsigned int milliseconds = repeats ? kRetryMs : TuEvent::kInfinite;
         unsigned int index = 0;
-        const TuEvent::EWaitResult result = isOnItsThread()
-            ? waitServing(event, event, milliseconds, index)
-            : event.Wait(milliseconds);
+        const bool serves = isOnItsThread();
+        const TuEvent::EWaitResult result
+            = serves ? waitServing(event, event, milliseconds, index) : event.Wait(milliseconds);
         if (result == TuEvent::eWR_Signaled) {
             break;
         }
-        (void)platform::PostToWindow(GetHWND(), kRetryMessage, 0, 0);
+        if (serves) {
+            retryWakeUps(); // its own window waits until it returns
+        } else {
+            (void)platform::PostToWindow(GetHWND(), kRetryMessage, 0, 0);
+        }
     }
     status.GetEvent().Reset();
 }

@@ -99,6 +99,8 @@ bool TaThreadSendStatus::FindExpected(const TaMessageHandlerBase& handler, unsig
 
 void TaThreadSendStatus::AddToRun(TaMessageHandlerBase& handler, TaSendNotification&& notification)
 {
+    TaMessageTrace::Report(SMessageTrace::eS_Queued, true, notification.GetMessage(),
+        notification.GetSource(), &handler.getOwnName());
     const TuCriticalSectionAuto guard(m_lock);
     m_toRun.Add({ &handler, ++m_lastTicket, std::move(notification) });
 }
