@@ -11,7 +11,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <thread>
 
@@ -286,6 +288,31 @@ TEST(TaMessageDispatcherTest, HandlersOfTheSendingThreadRunInTheCallBehindTheirP
     EXPECT_TRUE(TaMessageLoop::HandleWaiting()); // wake-ups that find nothing, too
     EXPECT_EQ(here.Take(), "5 ");
     EXPECT_EQ(there.Take(), "1 4 5 6 ");
+}
+
+TEST(TaMessageDispatcherTest, WhoLeavesBeforeItIsItsTurnOnTheSendingThreadIsNotReached)
+{
+    std::optional<LocalHandler> second;
+    const std::function<void()> leave[] = {
+        [&] { second->UnsubscribeMessage(NumberMessage(0)); },
+        [&] { EXPECT_TRUE(second->destroyMessageHandler()); },
+        [&] { second.reset(); },
+    };
+    for (const auto& leaves : leave) {
+        const LocalHandler first(u"first", [&](const TaMessage&) {
+            leaves();
+            return 1LL;
+        });
+        second.emplace(u"second", answering(2));
+        EXPECT_EQ(SendToAll(NumberMessage(0)), Results{ 1 });
+        second.emplace(u"second", [&](const TaMessage& message) { // or in its own turn
+            EXPECT_TRUE(message.Is(DerivedMessage::RTTI)); // which comes first
+            leaves();
+            return 2LL;
+        });
+        TaMessageDispatcher::PostMessage(TuMake<DerivedMessage>(0), *second);
+        EXPECT_EQ(SendTo(*second, 0), 0);
+    }
 }
 
 TEST(TaMessageDispatcherTest, WhoThrowsAnswersThatItFailed)

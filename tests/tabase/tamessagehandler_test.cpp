@@ -290,7 +290,7 @@ TEST(TaMessageHandlerTest, ARefusedWakeUpIsRepeatedWhileTheDispatchersThreadWait
     const DispatcherHandler sender(
         u"sender", [&](const TaMessage&) { return SendTo(handler, 1); },
         [](TaMessageHandlerBase& self) { self.SubscribeMessage(OtherMessage()); });
-    const Refusal refusal(handler, 1);
+    const Refusal refusal(handler, 3); // the dispatcher repeats the first at once
     EXPECT_EQ(TaMessageDispatcher::SendMessage(OtherMessage(), sender), 7);
 }
 
