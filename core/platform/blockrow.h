@@ -156,14 +156,36 @@ template <class T, std::size_t Count>
 template <class Keeps>
 void BlockRow<T, Count>::Filter(Keeps keeps) noexcept
 {
-    // Once round: each goes from the head to the end. There is room: a block that is emptied on the
-    // way is kept, or others are.
-    for (std::size_t left = m_count; left > 0 && !IsEmpty(); --left) {
-        T next = TakeFirst();
-        if (keeps(next)) {
-            (void)Add(std::move(next));
+    // In place, for which no memory is needed: each that stays moves up to the one before.
+    SBlock* from = m_first;
+    SBlock* to = m_first;
+    std::size_t fromIndex = m_head;
+    std::size_t toIndex = m_head;
+    for (std::size_t left = std::exchange(m_count, 0); left > 0; --left) {
+        if (fromIndex == Count) {
+            from = from->next;
+            fromIndex = 0;
         }
+        T* const place = from->At(fromIndex++);
+        T next(std::move(*place));
+        std::destroy_at(place);
+        if (!keeps(next)) {
+            continue;
+        }
+        if (toIndex == Count) {
+            to = to->next;
+            toIndex = 0;
+        }
+        std::construct_at(to->At(toIndex++), std::move(next));
+        ++m_count;
     }
+    SBlock*& behind = m_count != 0 ? to->next : m_first;
+    for (SBlock* block = std::exchange(behind, nullptr); block != nullptr;) {
+        keep(std::exchange(block, block->next));
+    }
+    m_last = m_count != 0 ? to : nullptr;
+    m_end = m_count != 0 ? toIndex : Count;
+    m_head = m_count != 0 ? m_head : 0;
 }
 
 template <class T, std::size_t Count> void BlockRow<T, Count>::Clear() noexcept

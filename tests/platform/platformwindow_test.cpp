@@ -521,6 +521,23 @@ TEST(PlatformWindowTest, AThreadIsWokenLaterUnlessAnotherWakesItBefore)
     }
 }
 
+TEST(PlatformWindowTest, AThreadIsWokenBeforeTheLoopEndsThatPutThisOff)
+{
+    Event handled(false);
+    const LoopThread other(
+        [&](const NotingWindow&, unsigned int, unsigned long long) { handled.Set(); });
+    const NotingWindow window([&](const NotingWindow&, unsigned int, unsigned long long number) {
+        const WakeLater later(eWU_NextRow);
+        other->Post(number);
+    });
+    for (unsigned int i = 0; i < 300 && !HasFailure(); ++i) {
+        window.Post(i);
+        window.Post(0, eWM_Quit);
+        EXPECT_TRUE(runLoop());
+        EXPECT_EQ(handled.Wait(kPatienceMs), eW_Signaled) << i;
+    }
+}
+
 TEST(PlatformWindowTest, TestsRefuseMessages)
 {
     const NotingWindow window;

@@ -11,7 +11,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <thread>
 
@@ -277,6 +279,31 @@ TEST(TaMessageDispatcherTest, HandlersOfTheSendingThreadRunInTheCallBehindTheirP
     EXPECT_EQ(there.Take(), "1 4 5 6 ");
 }
 
+TEST(TaMessageDispatcherTest, WhoLeavesBeforeItIsItsTurnOnTheSendingThreadIsNotReached)
+{
+    std::optional<LocalHandler> second;
+    const std::function<void()> leave[] = {
+        [&] { second->UnsubscribeMessage(NumberMessage(0)); },
+        [&] { EXPECT_TRUE(second->destroyMessageHandler()); },
+        [&] { second.reset(); },
+    };
+    for (const auto& leaves : leave) {
+        const LocalHandler first(u"first", [&](const TaMessage&) {
+            leaves();
+            return 1LL;
+        });
+        second.emplace(u"second", answering(2));
+        EXPECT_EQ(SendToAll(NumberMessage(0)), Results{ 1 });
+        second.emplace(u"second", [&](const TaMessage& message) { // or in its own turn
+            EXPECT_TRUE(message.Is(DerivedMessage::RTTI)); // which comes first
+            leaves();
+            return 2LL;
+        });
+        TaMessageDispatcher::PostMessage(TuMake<DerivedMessage>(0), *second);
+        EXPECT_EQ(SendTo(*second, 0), 0);
+    }
+}
+
 TEST(TaMessageDispatcherTest, WhoThrowsAnswersThatItFailed)
 {
     const auto fail = [](const TaMessage&) -> long long { throw std::runtime_error("handler"); };
@@ -497,6 +524,11 @@ TEST(TaMessageDispatcherTest, AHookSeesEveryStepOfAMessageAndWhereItCameFrom)
         }
     }
     EXPECT_EQ(s_trace.Take(), expected);
+    {
+        const LocalHandler local(u"l", answering(1));
+        TaMessageDispatcher::SendMessage(u"f", 8, NumberMessage(0), local);
+        EXPECT_NE(s_trace.Take().find("queued-sent-l-f8 delivered-sent-l-f8 "), std::string::npos);
+    }
     TaMessageDispatcher::PostMessage(u"f", 4, TuMake<NumberMessage>(0));
     TaMessageDispatcher::PostMessage(u"f", 5, TuMake<NumberMessage>(0), handler);
     waitForDispatcher();

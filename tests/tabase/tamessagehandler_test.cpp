@@ -263,6 +263,16 @@ TEST(TaMessageHandlerTest, ARefusedWakeUpLosesNothingAndBringsNothingTwice)
     }
 }
 
+TEST(TaMessageHandlerTest, ARefusedWakeUpIsRepeatedWhileTheDispatchersThreadWaits)
+{
+    const ThreadedHandler handler(u"refused", [](const TaMessage&) { return 7LL; });
+    const DispatcherHandler sender(
+        u"sender", [&](const TaMessage&) { return SendTo(handler, 1); },
+        [](TaMessageHandlerBase& self) { self.SubscribeMessage(OtherMessage()); });
+    const Refusal refusal(handler, 3); // the dispatcher repeats the first at once
+    EXPECT_EQ(TaMessageDispatcher::SendMessage(OtherMessage(), sender), 7);
+}
+
 /// Where handlers have their windows whose messages are handled on a thread that goes on.
 class Host
 {
@@ -285,6 +295,11 @@ private:
 TEST(TaMessageHandlerTest, AHandlerMayEndInTheMiddleOfItsMessageAndWhoWaitsForItIsLetGo)
 {
     std::optional<Host> host(std::in_place);
+    // The message of a handler that has ended may be gone when that returns: nobody looks at it.
+    TaMessageTrace::SetHook([](const SMessageTrace& step) noexcept {
+        EXPECT_FALSE(CString(step.messageClass) == u"NumberMessage"
+            && step.step == SMessageTrace::eS_Answered);
+    });
     for (const bool isSent : { false, true }) {
         SGate gate;
         LocalHandler* handler = nullptr;
@@ -308,9 +323,10 @@ TEST(TaMessageHandlerTest, AHandlerMayEndInTheMiddleOfItsMessageAndWhoWaitsForIt
     host.reset(); // behind the ends of both
     EXPECT_EQ(TaMessageDispatcher::FindMessageHandler(u"ending"), nullptr);
     EXPECT_EQ(SendToAll(NumberMessage(4)).size(), 0u);
+    TaMessageTrace::SetHook(nullptr);
 }
 
-/// Uses the dispatcher when it goes.
+/// Uses the dispatcher when it goes, and waits for a thread that asks for its lock.
 class LastMessage : public NumberMessage
 {
 public:
@@ -322,6 +338,7 @@ public:
     {
         Post(2); // to the handler that drops this one
         SendToAll(OtherMessage());
+        std::jthread(DumpOfDispatcher).join();
     }
 };
 

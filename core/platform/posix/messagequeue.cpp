@@ -255,8 +255,9 @@ EGetMessage MessageQueue::Take(SWindowMessage& message, bool waits) noexcept
             return waits ? eGM_Failed : eGM_None;
         }
     }
-    t_wakesOfRow.Pass(m_row.GetFirst().window);
     const SWaiting& first = m_row.GetFirst();
+    // Who ends its loop may not come here again.
+    t_wakesOfRow.Pass(first.message != eWM_Quit ? first.window : nullptr);
     message = { first.window, first.message, first.wParam, first.lParam };
     dropFirst();
     if (m_hasDescriptor && m_row.IsEmpty()) {

@@ -185,13 +185,17 @@ void TaMessageDispatcher::waitForAnswers(TaThreadSendStatus& status) noexcept
         const bool repeats = !s_isGone && (m_hasUnwoken || missesWakeUps());
         const unsigned int milliseconds = repeats ? kRetryMs : TuEvent::kInfinite;
         unsigned int index = 0;
-        const TuEvent::EWaitResult result = isOnItsThread()
-            ? waitServing(event, event, milliseconds, index)
-            : event.Wait(milliseconds);
+        const bool serves = isOnItsThread();
+        const TuEvent::EWaitResult result
+            = serves ? waitServing(event, event, milliseconds, index) : event.Wait(milliseconds);
         if (result == TuEvent::eWR_Signaled) {
             break;
         }
-        (void)platform::PostToWindow(GetHWND(), kRetryMessage, 0, 0);
+        if (serves) {
+            retryWakeUps(); // its own window waits until it returns
+        } else {
+            (void)platform::PostToWindow(GetHWND(), kRetryMessage, 0, 0);
+        }
     }
     status.GetEvent().Reset();
 }
@@ -412,34 +416,37 @@ long long TaMessageDispatcher::handleMessage(const TaMessage& message)
 void TaMessageDispatcher::onMessageSubscription(const TaMessageSubscription& subscription)
 {
     TaMessageHandlerBase& handler = subscription.GetHandler();
-    const TuCriticalSectionAuto guard(m_subscriptionsLock);
-    switch (subscription.GetAction()) {
-    case TaMessageSubscription::eA_SubscribeType:
-        m_names.Add(handler.getOwnName(), handler);
-        handler.m_dispatcher = this;
-        m_subscriptions.AddType(*subscription.GetType(), handler);
-        return;
-    case TaMessageSubscription::eA_SubscribeCommand:
-        m_names.Add(handler.getOwnName(), handler);
-        handler.m_dispatcher = this;
-        m_subscriptions.AddCommand(subscription.GetCommandID(), handler);
-        return;
-    case TaMessageSubscription::eA_UnsubscribeType:
-        m_subscriptions.RemoveType(*subscription.GetType(), handler);
-        break;
-    case TaMessageSubscription::eA_UnsubscribeCommand:
-        m_subscriptions.RemoveCommand(subscription.GetCommandID(), handler);
-        break;
-    case TaMessageSubscription::eA_UnsubscribeAll:
-        if (&handler == this) {
-            unsubscribeEverybody(subscription);
+    {
+        const TuCriticalSectionAuto guard(m_subscriptionsLock);
+        switch (subscription.GetAction()) {
+        case TaMessageSubscription::eA_SubscribeType:
+            m_names.Add(handler.getOwnName(), handler);
+            handler.m_dispatcher = this;
+            m_subscriptions.AddType(*subscription.GetType(), handler);
             return;
+        case TaMessageSubscription::eA_SubscribeCommand:
+            m_names.Add(handler.getOwnName(), handler);
+            handler.m_dispatcher = this;
+            m_subscriptions.AddCommand(subscription.GetCommandID(), handler);
+            return;
+        case TaMessageSubscription::eA_UnsubscribeType:
+            m_subscriptions.RemoveType(*subscription.GetType(), handler);
+            break;
+        case TaMessageSubscription::eA_UnsubscribeCommand:
+            m_subscriptions.RemoveCommand(subscription.GetCommandID(), handler);
+            break;
+        case TaMessageSubscription::eA_UnsubscribeAll:
+            if (&handler == this) {
+                unsubscribeEverybody(subscription);
+                return;
+            }
+            m_names.Remove(handler);
+            handler.m_dispatcher = nullptr;
+            m_subscriptions.Remove(handler);
+            break;
         }
-        m_names.Remove(handler);
-        handler.m_dispatcher = nullptr;
-        m_subscriptions.Remove(handler);
-        break;
     }
+    // Messages end here, and with that a user's code runs.
     invalidate(handler, subscription);
 }
 

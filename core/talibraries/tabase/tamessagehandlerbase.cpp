@@ -223,7 +223,7 @@ bool TaMessageHandlerBase::queueNotification(TaNotificationQueue<Notification>& 
         return false;
     }
     if (!queue.MayHaveAny()) {
-        queue.isUsed.store(true, std::memory_order_relaxed);
+        queue.isUsed = true; // before the signal looks who waits how
     }
     queue.signal = platform::eP_Posted;
     (this->*signal)();
@@ -322,7 +322,7 @@ void TaMessageHandlerBase::onWakeUp() noexcept
 
 void TaMessageHandlerBase::runAll() noexcept
 {
-    m_missesWakeUps = false;
+    m_missesWakeUps.exchange(false); // from here on, what has set it is in sight
     const std::uint64_t limit = m_tickets.load();
     const std::weak_ptr<const char> life(m_life);
     while (!life.expired() && runNext(limit)) { }

@@ -49,23 +49,34 @@ template <class Notification> struct TaNotificationQueue
         return taken.GetCount() + records.GetCount();
     }
     /// False where nothing waits; for who can live with it that something comes just now.
-    bool MayHaveAny() const noexcept { return isUsed.load(std::memory_order_relaxed); }
+    bool MayHaveAny() const noexcept { return isUsed.load(); }
     /// Drops those for which `isMeant(notification)` is true. The end of a message is a user's
-    /// code: it runs without the locks, where there is memory for that.
+    /// code: it runs without the locks.
     template <class Predicate> void Drop(Predicate isMeant) noexcept
     {
-        Row dropped;
-        const auto keeps = [&](Notification& record) {
-            if (!isMeant(std::as_const(record))) {
-                return true;
-            }
-            (void)dropped.Add(std::move(record));
-            return false;
-        };
-        const TuCriticalSectionAuto takenGuard(takenLock);
-        taken.Filter(keeps);
-        const TuCriticalSectionAuto guard(lock);
-        records.Filter(keeps);
+        bool isDone = false;
+        while (!isDone) {
+            isDone = true;
+            Row dropped;
+            std::optional<Notification> last; // without memory, one at a time
+            const auto keeps = [&](Notification& record) {
+                if (!isMeant(std::as_const(record))) {
+                    return true;
+                }
+                if (!dropped.Add(std::move(record))) {
+                    isDone = isDone && !last.has_value();
+                    if (last.has_value()) {
+                        return true;
+                    }
+                    last.emplace(std::move(record));
+                }
+                return false;
+            };
+            const TuCriticalSectionAuto takenGuard(takenLock);
+            taken.Filter(keeps);
+            const TuCriticalSectionAuto guard(lock);
+            records.Filter(keeps);
+        }
     }
 
     mutable TuCriticalSection lock;

@@ -42,9 +42,6 @@ TaSendNotification::~TaSendNotification() { drop(); }
 void TaSendNotification::drop() noexcept
 {
     if (m_status) {
-        if (m_answer != kSorting) {
-            TaMessageTrace::Report(SMessageTrace::eS_Dropped, true, *m_message, m_source, nullptr);
-        }
         const TaSendStatusUse status = std::move(m_status);
         status->Answer(m_answer, nullptr);
     }

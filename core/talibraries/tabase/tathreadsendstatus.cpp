@@ -44,7 +44,8 @@ void TaThreadSendStatus::RunList()
                 notification.emplace(m_toRun.RemoveHead().notification);
             }
         }
-        if (notification.has_value()) {
+        // Or the window has gone: then there is no answer.
+        if (notification.has_value() && handler->m_threadId == m_threadId) {
             handler->run(*notification);
         }
     }
@@ -71,9 +72,12 @@ void TaThreadSendStatus::Answer(unsigned int number, const long long* result) no
                 return;
             }
         }
+        if (result != nullptr || !isSorting) {
+            TaMessageTrace::Report(
+                result != nullptr ? SMessageTrace::eS_Answered : SMessageTrace::eS_Dropped, true,
+                *m_message, m_source, handler != nullptr ? &handler->getOwnName() : nullptr);
+        }
         if (result != nullptr) {
-            TaMessageTrace::Report(SMessageTrace::eS_Answered, true, *m_message, m_source,
-                handler != nullptr ? &handler->getOwnName() : nullptr);
             try {
                 m_results.Add(*result);
             } catch (const std::exception&) { // no memory: as if nobody had answered
@@ -98,6 +102,8 @@ bool TaThreadSendStatus::FindExpected(const TaMessageHandlerBase& handler, unsig
 
 void TaThreadSendStatus::AddToRun(TaMessageHandlerBase& handler, TaSendNotification&& notification)
 {
+    TaMessageTrace::Report(SMessageTrace::eS_Queued, true, notification.GetMessage(),
+        notification.GetSource(), &handler.getOwnName());
     const TuCriticalSectionAuto guard(m_lock);
     m_toRun.Add({ &handler, ++m_lastTicket, std::move(notification) });
 }
