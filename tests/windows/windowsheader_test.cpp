@@ -38,6 +38,14 @@ TEST(TA_SUITE, MembersWhoseNamesAreMacrosAreCalledAsEverywhere)
     EXPECT_EQ(object.GetClassNameA(), object.GetClassNameW());
     EXPECT_EQ(TuInt32::RTTI.GetClassName(), object.GetClassName());
     TaObservable().SendMessage(TaObservableMessage(TaObservableMessage::eMT_1, nullptr), nullptr);
+    const TaMessageWorkflow message(TaMessageWorkflow::eM_Stop);
+    EXPECT_EQ(message.GetMessage(), TaMessageWorkflow::eM_Stop);
+    TuList<long long> results;
+    TaMessageDispatcher::SendMessage(message, results);
+    TaMessageDispatcher::SendMessage(u"here", 1, message);
+    TaMessageDispatcher::PostMessage(TuMake<TaMessageWorkflow>(message));
+    EXPECT_TRUE(results.IsEmpty()); // nobody has subscribed
+    EXPECT_EQ(TaMessageCommand(5).GetMessageID(), UINT{ WM_COMMAND });
     // Something of each library, so that both are linked.
     TaUnionFind sets;
     EXPECT_EQ(TaStreamReadBinaryFile::RTTI.GetClassName(),
