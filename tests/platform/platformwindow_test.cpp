@@ -423,6 +423,24 @@ TEST(PlatformWindowTest, HandlingWhatWaitsLeavesWhatComesMeanwhile)
             61, 63, 44, 26 }));
 }
 
+TEST(PlatformWindowTest, OfEqualMessagesThoseThatComeMeanwhileAreLeft)
+{
+    const NotingWindow window([](const NotingWindow& self, unsigned int, unsigned long long n) {
+        if (n == 1) {
+            self.Post(2);
+        }
+    });
+    SWindowMessage message;
+    window.Post(0);
+    window.Post(1);
+    EXPECT_EQ(TakeMessage(message), eGM_Message);
+    window.Post(2);
+    EXPECT_TRUE(HandleWaitingMessages());
+    EXPECT_EQ(window.GetNoted(), (Numbers{ 1, 2 }));
+    EXPECT_TRUE(HandleWaitingMessages());
+    EXPECT_EQ(window.GetNoted(), (Numbers{ 1, 2, 2 }));
+}
+
 TEST(PlatformWindowTest, TheDescriptorIsReadableWhileMessagesWait)
 {
 #if defined(_WIN32)

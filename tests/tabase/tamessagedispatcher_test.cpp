@@ -153,6 +153,14 @@ TEST(TaMessageDispatcherTest, PrivateMessagesAreForTheDispatcherAlone)
     EXPECT_EQ(notes.Take(), "");
 }
 
+TEST(TaMessageDispatcherTest, IsNoSubscriberItself)
+{
+    TaMessageDispatcher::GetInstance().SubscribeMessage(NumberMessage(0));
+    TaMessageDispatcher::GetInstance().SubscribeCommand(5);
+    EXPECT_EQ(SendToAll(NumberMessage(0)), Results());
+    EXPECT_EQ(SendToAll(TaMessageCommand(5)), Results());
+}
+
 TEST(TaMessageDispatcherTest, ANameBelongsToWhoSubscribedUnderItFirst)
 {
     const auto find = [] { return TaMessageDispatcher::FindMessageHandler(u"name"); };

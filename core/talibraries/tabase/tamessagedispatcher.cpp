@@ -147,6 +147,7 @@ TuEvent::EWaitResult TaMessageDispatcher::waitServing(const TuEvent& event,
         }
     } while (result == TuEvent::eWR_Signaled && index == 2);
     --dispatcher->m_servings;
+    platform::WakeNow(); // what comes next may be a user's code
     return result;
 }
 
@@ -416,6 +417,9 @@ long long TaMessageDispatcher::handleMessage(const TaMessage& message)
 void TaMessageDispatcher::onMessageSubscription(const TaMessageSubscription& subscription)
 {
     TaMessageHandlerBase& handler = subscription.GetHandler();
+    if (&handler == this && subscription.GetAction() != TaMessageSubscription::eA_UnsubscribeAll) {
+        return; // it would sort a message to itself for ever
+    }
     {
         const TuCriticalSectionAuto guard(m_subscriptionsLock);
         switch (subscription.GetAction()) {

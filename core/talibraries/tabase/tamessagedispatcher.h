@@ -34,7 +34,8 @@ TU_DECLARE_SINGLETON(TABASE_API, TaMessageDispatcher)
 /// other. There, the handler that closes the ring runs inside the wait of its thread. A send from
 /// the dispatcher's own thread is sorted inside the call, too.
 ///
-/// A posted TaMessageString goes to its window, and to no subscriber.
+/// A posted TaMessageString goes to its window, and to no subscriber. The dispatcher itself is
+/// never one.
 ///
 /// The thread is started by whoever uses the dispatcher first; on Windows, not while a library is
 /// being loaded. ShutdownAndWait ends it for good: from then on a send returns 0 at once, and a
