@@ -296,19 +296,22 @@ TEST(TaMessageDispatcherTest, WhoLeavesBeforeItIsItsTurnOnTheSendingThreadIsNotR
         [&] { second.reset(); },
     };
     for (const auto& leaves : leave) {
-        const LocalHandler first(u"first", [&](const TaMessage&) {
-            leaves();
-            return 1LL;
-        });
-        second.emplace(u"second", answering(2));
-        EXPECT_EQ(SendToAll(NumberMessage(0)), Results{ 1 });
+        {
+            const LocalHandler first(u"first", [&](const TaMessage&) {
+                leaves();
+                return 1LL;
+            });
+            second.emplace(u"second", answering(2));
+            EXPECT_EQ(SendToAll(NumberMessage(0)), Results{ 1 });
+        }
         second.emplace(u"second", [&](const TaMessage& message) { // or in its own turn
             EXPECT_TRUE(message.Is(DerivedMessage::RTTI)); // which comes first
             leaves();
             return 2LL;
         });
+        const LocalHandler third(u"third", answering(3));
         TaMessageDispatcher::PostMessage(TuMake<DerivedMessage>(0), *second);
-        EXPECT_EQ(SendTo(*second, 0), 0);
+        EXPECT_EQ(SendToAll(NumberMessage(0)), Results{ 3 });
     }
 }
 

@@ -271,9 +271,17 @@ void TaMessageHandlerBase::reportDropped(const TaPostNotification& notification)
         notification.GetSource(), &getOwnName());
 }
 
-void TaMessageHandlerBase::signalSendNotification() { postSignal(kSendSignal, m_sends.signal); }
+// The locks are held: overrides cannot say so.
 
-void TaMessageHandlerBase::signalPostNotification() { postSignal(kPostSignal, m_posts.signal); }
+void TaMessageHandlerBase::signalSendNotification() TU_NO_THREAD_SAFETY_ANALYSIS
+{
+    postSignal(kSendSignal, m_sends.signal);
+}
+
+void TaMessageHandlerBase::signalPostNotification() TU_NO_THREAD_SAFETY_ANALYSIS
+{
+    postSignal(kPostSignal, m_posts.signal);
+}
 
 void TaMessageHandlerBase::postSignal(unsigned int number, platform::EPost& result)
 {
