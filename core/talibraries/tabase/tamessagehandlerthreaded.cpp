@@ -74,7 +74,7 @@ bool TaMessageHandlerThreaded::StopAndWait(unsigned int milliseconds) noexcept
 
 bool TaMessageHandlerThreaded::waitForEnd(unsigned int milliseconds) noexcept
 {
-    if (GetThreadID() == platform::GetCurrentThreadId()) {
+    if (TuThread::getThreadID() == platform::GetCurrentThreadId()) {
         return false;
     }
     const std::uint64_t deadline = platform::GetDeadline(milliseconds);

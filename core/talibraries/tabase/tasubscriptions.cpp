@@ -15,7 +15,15 @@ void addOnce(TaMessageHandlerList& handlers, TaMessageHandlerBase& handler)
 
 template <class Map, class Key> void add(Map& map, const Key& key, TaMessageHandlerBase& handler)
 {
-    addOnce(map[key], handler);
+    TaMessageHandlerList& handlers = map[key];
+    try {
+        addOnce(handlers, handler);
+    } catch (...) { // no memory: a key without handlers does not stay
+        if (handlers.IsEmpty()) {
+            map.RemoveKey(key);
+        }
+        throw;
+    }
 }
 
 template <class Map, class Key>
