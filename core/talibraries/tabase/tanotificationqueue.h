@@ -68,6 +68,7 @@ template <class Notification> struct TaNotificationQueue
                     if (last.has_value()) {
                         return true;
                     }
+                    // NOLINTNEXTLINE(bugprone-use-after-move): what was not added was not moved
                     last.emplace(std::move(record));
                 }
                 return false;
