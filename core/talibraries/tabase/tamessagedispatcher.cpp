@@ -523,25 +523,11 @@ void TaMessageDispatcher::Dump(TuStreamWriteASCII& stream) const
 
 // The operations for everybody.
 
-void TaMessageDispatcher::SendMessage(const TaMessage& message) noexcept
-{
-    if (TaMessageDispatcher* const dispatcher = reach()) {
-        dispatcher->sendMessage(message, nullptr, nullptr, {});
-    }
-}
-
 void TaMessageDispatcher::SendMessage(
     const char16_t* file, unsigned int line, const TaMessage& message) noexcept
 {
     if (TaMessageDispatcher* const dispatcher = reach()) {
         dispatcher->sendMessage(message, nullptr, nullptr, { file, line });
-    }
-}
-
-void TaMessageDispatcher::SendMessage(const TaMessage& message, TuList<long long>& results) noexcept
-{
-    if (TaMessageDispatcher* const dispatcher = reach()) {
-        dispatcher->sendMessage(message, nullptr, &results, {});
     }
 }
 
@@ -553,13 +539,6 @@ void TaMessageDispatcher::SendMessage(const char16_t* file, unsigned int line,
     }
 }
 
-long long TaMessageDispatcher::SendMessage(
-    const TaMessage& message, const TaMessageHandlerBase& target) noexcept
-{
-    TaMessageDispatcher* const dispatcher = reach();
-    return dispatcher != nullptr ? dispatcher->sendMessage(message, &target, nullptr, {}) : 0;
-}
-
 long long TaMessageDispatcher::SendMessage(const char16_t* file, unsigned int line,
     const TaMessage& message, const TaMessageHandlerBase& target) noexcept
 {
@@ -567,12 +546,6 @@ long long TaMessageDispatcher::SendMessage(const char16_t* file, unsigned int li
     return dispatcher != nullptr
         ? dispatcher->sendMessage(message, &target, nullptr, { file, line })
         : 0;
-}
-
-long long TaMessageDispatcher::SendPrivateMessage(const TaMessage& message) noexcept
-{
-    TaMessageDispatcher* const dispatcher = reach();
-    return dispatcher != nullptr ? dispatcher->sendMessage(message, dispatcher, nullptr, {}) : 0;
 }
 
 long long TaMessageDispatcher::SendPrivateMessage(
@@ -584,26 +557,11 @@ long long TaMessageDispatcher::SendPrivateMessage(
         : 0;
 }
 
-void TaMessageDispatcher::PostMessage(TuSmartPointer<const TaMessage> message) noexcept
-{
-    if (TaMessageDispatcher* const dispatcher = reach()) {
-        dispatcher->postMessage(std::move(message), nullptr, {});
-    }
-}
-
 void TaMessageDispatcher::PostMessage(
     const char16_t* file, unsigned int line, TuSmartPointer<const TaMessage> message) noexcept
 {
     if (TaMessageDispatcher* const dispatcher = reach()) {
         dispatcher->postMessage(std::move(message), nullptr, { file, line });
-    }
-}
-
-void TaMessageDispatcher::PostMessage(
-    TuSmartPointer<const TaMessage> message, const TaMessageHandlerBase& target) noexcept
-{
-    if (TaMessageDispatcher* const dispatcher = reach()) {
-        dispatcher->postMessage(std::move(message), &target, {});
     }
 }
 

@@ -10,6 +10,7 @@
 #include "tabase/tasubscriptions.h"
 
 #include <atomic>
+#include <utility>
 
 #include "platform/platformmacrospush.h"
 
@@ -61,29 +62,44 @@ public:
 
     /// Returns when all subscribers have answered. The answers are added to `results` in the order
     /// in which they came.
-    static void SendMessage(const TaMessage& message) noexcept;
+    static void SendMessage(const TaMessage& message) noexcept { SendMessage(nullptr, 0, message); }
     static void SendMessage(
         const char16_t* file, unsigned int line, const TaMessage& message) noexcept;
-    static void SendMessage(const TaMessage& message, TuList<long long>& results) noexcept;
+    static void SendMessage(const TaMessage& message, TuList<long long>& results) noexcept
+    {
+        SendMessage(nullptr, 0, message, results);
+    }
     static void SendMessage(const char16_t* file, unsigned int line, const TaMessage& message,
         TuList<long long>& results) noexcept;
     /// Returns the target's answer, 0 where it has not subscribed. The dispatcher as the target is
     /// what SendPrivateMessage does.
     static long long SendMessage(
-        const TaMessage& message, const TaMessageHandlerBase& target) noexcept;
+        const TaMessage& message, const TaMessageHandlerBase& target) noexcept
+    {
+        return SendMessage(nullptr, 0, message, target);
+    }
     static long long SendMessage(const char16_t* file, unsigned int line, const TaMessage& message,
         const TaMessageHandlerBase& target) noexcept;
     /// To the dispatcher itself: returns its answer.
-    static long long SendPrivateMessage(const TaMessage& message) noexcept;
+    static long long SendPrivateMessage(const TaMessage& message) noexcept
+    {
+        return SendPrivateMessage(nullptr, 0, message);
+    }
     static long long SendPrivateMessage(
         const char16_t* file, unsigned int line, const TaMessage& message) noexcept;
 
     /// Returns at once. No message is nothing to post.
-    static void PostMessage(TuSmartPointer<const TaMessage> message) noexcept;
+    static void PostMessage(TuSmartPointer<const TaMessage> message) noexcept
+    {
+        PostMessage(nullptr, 0, std::move(message));
+    }
     static void PostMessage(
         const char16_t* file, unsigned int line, TuSmartPointer<const TaMessage> message) noexcept;
     static void PostMessage(
-        TuSmartPointer<const TaMessage> message, const TaMessageHandlerBase& target) noexcept;
+        TuSmartPointer<const TaMessage> message, const TaMessageHandlerBase& target) noexcept
+    {
+        PostMessage(nullptr, 0, std::move(message), target);
+    }
     static void PostMessage(const char16_t* file, unsigned int line,
         TuSmartPointer<const TaMessage> message, const TaMessageHandlerBase& target) noexcept;
 

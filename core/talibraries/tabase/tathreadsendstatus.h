@@ -34,7 +34,7 @@ class TaSendStatusPool;
 ///
 /// Ownership: of the notifications in its list. Uses are counted (TaSendStatusUse); after the last
 ///            one it returns to the pool, so that a late answer never meets another send.
-/// Threads:   Begin and Run are for the sender; the rest for any thread.
+/// Threads:   Begin, RunList and GetResults are for the sender; the rest for any thread.
 /// Failure:   Expect and AddToRun throw TuExceptionOutOfMemory; nothing has changed then.
 class TABASE_API TaThreadSendStatus : public TuReferenceCounted
 {
