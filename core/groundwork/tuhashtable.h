@@ -97,6 +97,12 @@ protected:
     /// its value is made from `args`.
     template <class... Args>
     std::pair<Association*, bool> findOrInsert(KeyArgument key, Args&&... args);
+    /// The same, but one that is there already becomes the head of its chain, too, after `replace`
+    /// has been called for it; what that throws leaves it where it is.
+    template <class Replace, class... Args>
+    bool replaceOrInsertFirst(KeyArgument key, Replace&& replace, Args&&... args);
+    /// Makes an association as findOrInsert does, of a key that is known to be new.
+    template <class... Args> Association* insertNew(KeyArgument key, Args&&... args);
     /// Makes an association at the end of its chain; null when the key is there already.
     template <class... Args> Association* append(KeyArgument key, Args&&... args);
     /// Copies all of `other` into this empty table; chains keep their order.
@@ -152,6 +158,7 @@ private:
     unsigned int nextUsedBucket(unsigned int bucket) const;
     Association* firstNodeFrom(unsigned int bucket) const;
     template <class... Args> Association* makeNode(SPlace place, Args&&... args);
+    template <class... Args> Association* makeFirst(SPlace place, KeyArgument key, Args&&... args);
     void prepareBuckets();
     void preparePlexManager();
     void removeAt(Association** link);
@@ -240,10 +247,44 @@ inline std::pair<A*, bool> TuHashTable<K, E, A, F, S, H>::findOrInsert(
             }
         }
     }
-    A* const node = makeNode(place, key, std::forward<Args>(args)...);
-    node->m_next = *chain;
-    *chain = node;
-    return { node, true };
+    return { makeFirst(place, key, std::forward<Args>(args)...), true };
+}
+
+template <class K, class E, class A, int F, class S, class H>
+template <class Replace, class... Args>
+inline bool TuHashTable<K, E, A, F, S, H>::replaceOrInsertFirst(
+    KeyArgument key, Replace&& replace, Args&&... args)
+{
+    if (m_buckets == nullptr) {
+        prepareBuckets();
+    }
+    const SPlace place = placeOf(key);
+    A** const chain = chainOf(place.bucket);
+    if ((filters()[place.bucket] & place.mark) != 0) {
+        for (A** link = chain; *link != nullptr; link = &(*link)->m_next) {
+            if (areEqual(*link, key)) {
+                A* const node = *link;
+                std::forward<Replace>(replace)(*node);
+                *link = node->m_next;
+                node->m_next = *chain;
+                *chain = node;
+                return false;
+            }
+        }
+    }
+    makeFirst(place, key, std::forward<Args>(args)...);
+    return true;
+}
+
+template <class K, class E, class A, int F, class S, class H>
+template <class... Args>
+inline A* TuHashTable<K, E, A, F, S, H>::insertNew(KeyArgument key, Args&&... args)
+{
+    TU_ASSERT(!Contains(key), "a key that is in the table already was said to be new");
+    if (m_buckets == nullptr) {
+        prepareBuckets();
+    }
+    return makeFirst(placeOf(key), key, std::forward<Args>(args)...);
 }
 
 template <class K, class E, class A, int F, class S, class H>
@@ -274,6 +315,16 @@ inline A* TuHashTable<K, E, A, F, S, H>::makeNode(SPlace place, Args&&... args)
     filters()[place.bucket] |= place.mark;
     ++m_count;
     return node;
+}
+
+template <class K, class E, class A, int F, class S, class H>
+template <class... Args>
+inline A* TuHashTable<K, E, A, F, S, H>::makeFirst(SPlace place, KeyArgument key, Args&&... args)
+{
+    A* const node = makeNode(place, key, std::forward<Args>(args)...);
+    A** const chain = chainOf(place.bucket);
+    node->m_next = *chain;
+    return *chain = node;
 }
 
 template <class K, class E, class A, int F, class S, class H>

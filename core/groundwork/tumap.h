@@ -80,6 +80,16 @@ public:
     {
         return Base::findOrInsert(key, std::move(value)).second;
     }
+    /// As SetAt, but an entry that is there already comes first in its bucket afterwards, as if it
+    /// had been removed and inserted again. A failure changes nothing.
+    bool SetFirst(KeyArgument key, const V& value)
+    {
+        return Base::replaceOrInsertFirst(
+            key, [&value](SAssociation& entry) { entry.GetValue() = value; }, value);
+    }
+    /// Inserts a value under a key that is known to be new; unlike the others, in constant time.
+    void InsertNew(KeyArgument key, const V& value) { Base::insertNew(key, value); }
+    void InsertNew(KeyArgument key, V&& value) { Base::insertNew(key, std::move(value)); }
 
     /// The value of the key, or null.
     V* Lookup(KeyArgument key);

@@ -1,0 +1,113 @@
+#include "tabase/taclassparameterset.h"
+
+#include "groundwork/tuexception.h"
+
+#include <utility>
+
+namespace {
+
+constexpr const char16_t* kSource = u"core/talibraries/tabase/taclassparameterset";
+constexpr unsigned int kLineOutOfLimits = 191;
+constexpr unsigned int kLineNoConstraint = 301;
+
+} // namespace
+
+TaClassParameterSet::TaClassParameterSet()
+    : m_groups(std::make_unique<GroupMap>())
+{
+}
+
+TaClassParameterSet::TaClassParameterSet(const TaClassParameterSet& other)
+    : m_maps(other.m_maps)
+    , m_groups(std::make_unique<GroupMap>())
+{
+    TaParameterMaps::Refill(m_descriptionIDs, other.m_descriptionIDs);
+    TaParameterMaps::Refill(*m_groups, other.GetGroups());
+}
+
+TaClassParameterSet& TaClassParameterSet::operator=(const TaClassParameterSet& other)
+{
+    if (this != &other) {
+        TaClassParameterSet copy(other);
+        m_maps = std::move(copy.m_maps);
+        m_descriptionIDs.Swap(copy.m_descriptionIDs);
+        m_groups.swap(copy.m_groups);
+    }
+    return *this;
+}
+
+TaClassParameterSet& TaClassParameterSet::operator=(TaClassParameterSet&& other) noexcept
+{
+    // A group of this set would go with the former groups: it is emptied first.
+    TaClassParameterSet taken(std::move(other));
+    m_maps = std::move(taken.m_maps);
+    m_resourceIDs.Swap(taken.m_resourceIDs);
+    m_descriptionIDs.Swap(taken.m_descriptionIDs);
+    m_groups.swap(taken.m_groups);
+    return *this;
+}
+
+void TaClassParameterSet::ResetAll()
+{
+    m_maps.RemoveAll();
+    m_resourceIDs.RemoveAll();
+    m_descriptionIDs.RemoveAll();
+    RemoveGroups();
+}
+
+void TaClassParameterSet::SetParameter(Name name, const TuVariant& value)
+{
+    if (!m_maps.IsInLimits(name, value)) {
+        throw TuException(kSource, kLineOutOfLimits);
+    }
+    m_maps.GetParameters().SetFirst(name, value);
+}
+
+const TuVariant& TaClassParameterSet::GetConstraint(Name name, EParameterConstraint kind) const
+{
+    const TuVariant* const limit = m_maps.GetLimits(kind).Lookup(name);
+    if (limit == nullptr) {
+        throw TuException(kSource, kLineNoConstraint);
+    }
+    return *limit;
+}
+
+void TaClassParameterSet::SetResourceID(Name name, unsigned long id)
+{
+    m_resourceIDs.SetAt(name, static_cast<std::uint32_t>(id));
+}
+
+void TaClassParameterSet::SetDescriptionID(Name name, unsigned long id)
+{
+    m_descriptionIDs.SetAt(name, static_cast<std::uint32_t>(id));
+}
+
+unsigned long TaClassParameterSet::GetResourceID(Name name) const
+{
+    return find(m_resourceIDs, name);
+}
+
+unsigned long TaClassParameterSet::GetDescriptionID(Name name) const
+{
+    return find(m_descriptionIDs, name);
+}
+
+unsigned long TaClassParameterSet::find(const IdentifierMap& identifiers, Name name)
+{
+    const std::uint32_t* const id = identifiers.Lookup(name);
+    return id != nullptr ? *id : 0;
+}
+
+TaClassParameterSet::GroupMap& TaClassParameterSet::GetGroups()
+{
+    if (m_groups == nullptr) {
+        m_groups = std::make_unique<GroupMap>();
+    }
+    return *m_groups;
+}
+
+const TaClassParameterSet::GroupMap& TaClassParameterSet::GetGroups() const
+{
+    static const GroupMap s_none;
+    return m_groups != nullptr ? *m_groups : s_none;
+}
