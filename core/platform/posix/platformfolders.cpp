@@ -5,6 +5,7 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
@@ -55,6 +56,15 @@ std::u16string GetProgramPath()
 {
     std::error_code ignored;
     return FromUtf8(std::filesystem::read_symlink("/proc/self/exe", ignored).string());
+}
+
+char16_t GetPathSeparator() { return u'/'; }
+
+std::u16string ToSystemPath(std::u16string_view path)
+{
+    std::u16string text(path);
+    std::ranges::replace(text, u'\\', u'/');
+    return text;
 }
 
 } // namespace platform

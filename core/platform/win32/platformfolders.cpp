@@ -56,4 +56,15 @@ std::u16string GetProgramPath()
         [](wchar_t* text, DWORD size) { return ::GetModuleFileNameW(nullptr, text, size); }));
 }
 
+char16_t GetPathSeparator() { return u'\\'; }
+
+std::u16string ToSystemPath(std::u16string_view path)
+{
+    std::u16string text(path);
+    for (std::size_t at = text.find(u"::"); at != std::u16string::npos; at = text.find(u"::", at)) {
+        text.replace(at, 2, u"__");
+    }
+    return text;
+}
+
 } // namespace platform

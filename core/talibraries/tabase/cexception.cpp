@@ -1,0 +1,3 @@
+#include "tabase/cexception.h"
+
+CException::~CException() = default;

@@ -1,0 +1,3 @@
+#include "tabase/taprogresssink.h"
+
+TaProgressSink::~TaProgressSink() = default;
