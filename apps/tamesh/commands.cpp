@@ -11,6 +11,7 @@
 #include "tamesh/meshtree.h"
 #include "tamesh/offwriter.h"
 #include "tamesh/progress.h"
+#include "tamesh/tameshstatistics.h"
 
 #include <new>
 #include <sstream>
@@ -27,20 +28,32 @@ namespace {
             work();
             return eEC_Done;
         } catch (const std::exception& failure) {
+            // Whatever the interrupted work failed with, this is why.
+            if (console.GetInterrupt().IsSet()) {
+                console.WriteError(name + ": interrupted\n");
+                return eEC_Interrupted;
+            }
             console.WriteError(ReportFailure(name, failure) + "\n");
             return eEC_Failed;
         }
     }
 
+    SMeshFigures analyse(IConsole& console, const std::string& name, const Mesh& mesh)
+    {
+        Progress progress(console, "analysing " + name, 1);
+        TaMeshStatistics statistics;
+        statistics.SetMesh(mesh);
+        statistics.SetBreakEvent(console.GetInterrupt());
+        statistics.SetProgressSink(&progress);
+        statistics.Compute(TaAlgorithm::eCF_Throw);
+        return statistics.GetFigures();
+    }
+
     void showFigures(IConsole& console, const std::string& name, std::string_view kind,
         const Mesh& mesh, const std::string& tree = {})
     {
-        std::string text = name + " (" + std::string(kind) + ")\n";
-        {
-            Progress progress(console, "analysing " + name, GetAnalysisSteps(mesh));
-            text += FormatFigures(AnalyseMesh(mesh, &progress));
-        }
-        text += tree;
+        const std::string text = name + " (" + std::string(kind) + ")\n"
+            + FormatFigures(analyse(console, name, mesh)) + tree;
         if (!console.WriteOutput(text)) {
             throw MeshFailure(TU_HERE, "standard output", 0, "cannot be written");
         }
@@ -99,8 +112,10 @@ namespace {
     {
         EExitCode code = eEC_Done;
         for (const std::string& name : names) {
-            if (guard(console, name, [&] { work(name); }) != eEC_Done) {
-                code = eEC_Failed;
+            const EExitCode fileCode = guard(console, name, [&] { work(name); });
+            code = fileCode != eEC_Done ? fileCode : code;
+            if (code == eEC_Interrupted) {
+                break;
             }
         }
         return code;

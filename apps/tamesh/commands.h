@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tamesh/console.h"
+#include "tamesh/exitcode.h"
 
 #include <cstdint>
 #include <string>
@@ -8,18 +9,13 @@
 
 namespace tamesh {
 
-/// What the program was asked to do, and what it answers with: its exit code. File names are
-/// UTF-8, as the user gave them.
-///
-/// Failure: none is thrown. A file that cannot be read, understood or written is reported on the
-///          console as "FILE:LINE: what is wrong", or without line, and makes the exit code 1.
-///          Nothing is written then: an output file is replaced only once it is complete.
-enum EExitCode
-{
-    eEC_Done = 0,
-    eEC_Failed = 1,
-    eEC_WrongUsage = 2,
-};
+// What the program was asked to do, and what it answers with: its exit code. File names are UTF-8,
+// as the user gave them.
+//
+// Failure: none is thrown. A file that cannot be read, understood or written is reported on the
+//          console as "FILE:LINE: what is wrong", or without line, and makes the exit code 1; an
+//          interrupt as "FILE: interrupted", with 130, and what comes after it is not begun.
+//          Nothing is written then: an output file is replaced only once it is complete.
 
 /// Shows the figures of meshes. One that cannot be read does not keep the others from being shown.
 EExitCode ShowMeshes(IConsole& console, const std::vector<std::string>& meshFiles);

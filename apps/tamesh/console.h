@@ -1,5 +1,7 @@
 #pragma once
 
+#include "groundwork/tuevent.h"
+
 #include <cstdint>
 #include <string_view>
 
@@ -21,6 +23,8 @@ public:
     virtual unsigned int GetErrorWidth() const = 0;
     /// From a clock that never goes back.
     virtual std::uint64_t GetMilliseconds() const = 0;
+    /// Set, once and for all, when the user wants the program to stop.
+    virtual const TuEvent& GetInterrupt() const = 0;
 };
 
 /// The standard streams of the process.
@@ -32,6 +36,16 @@ public:
     bool IsErrorTerminal() const override;
     unsigned int GetErrorWidth() const override;
     std::uint64_t GetMilliseconds() const override;
+    const TuEvent& GetInterrupt() const override { return m_interrupt; }
+
+    /// What Ctrl-C does. A second one, later than a second after the first, ends the program where
+    /// it stands. (What sends the signal to a program and to its group sends it twice at once.)
+    /// One thread at a time.
+    void Interrupt();
+
+private:
+    TuEvent m_interrupt{ true };
+    std::uint64_t m_interruptTime = 0;
 };
 
 } // namespace tamesh

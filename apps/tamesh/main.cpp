@@ -1,4 +1,5 @@
 #include "platform/platformarguments.h"
+#include "platform/platforminterrupt.h"
 #include "platform/platformterminal.h"
 #include "tamesh/commands.h"
 
@@ -45,6 +46,7 @@ int run(std::vector<std::string> arguments)
     app.set_version_flag("--version", "tamesh " TAMESH_VERSION);
     app.require_subcommand(1);
     StandardConsole console;
+    const platform::InterruptWatch watch([&console] { console.Interrupt(); });
     EExitCode code = eEC_Done;
 
     std::vector<std::string> inputs;

@@ -70,6 +70,9 @@ struct SBounds
     SPoint upper;
 };
 
+/// Makes the box, where need be, large enough to hold the point.
+void ExtendBounds(SBounds& bounds, const SPoint& point);
+
 /// The smallest box around all vertices, of which there is at least one.
 SBounds FindBounds(const Mesh& mesh);
 

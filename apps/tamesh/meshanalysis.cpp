@@ -1,113 +1,23 @@
 #include "tamesh/meshanalysis.h"
 
 #include "groundwork/tustreamwriteasciistring.h"
-#include "tabase/taunionfind.h"
-#include "tamesh/progress.h"
+#include "tamesh/tameshstatistics.h"
 
 #include <algorithm>
-#include <numeric>
-#include <vector>
+#include <charconv>
+#include <string_view>
 
 namespace tamesh {
 
 namespace {
 
-    /// Calls take(smaller, larger) for each side of each face whose ends are different vertices.
-    template <class Take> void forEachSide(const Mesh& mesh, ProgressSteps& steps, Take&& take)
+    CStringA formatCoordinate(double value, int digits)
     {
-        for (std::uint32_t i = 0; i < mesh.GetFaceCount(); ++i) {
-            const std::span<const std::uint32_t> face = mesh.GetFace(i);
-            std::uint32_t previous = face.back();
-            for (const std::uint32_t corner : face) {
-                if (corner != previous) {
-                    take(std::min(corner, previous), std::max(corner, previous));
-                }
-                previous = corner;
-            }
-            steps.Advance();
-        }
-    }
-
-    /// All sides by their smaller end: those of vertex i have their larger ends from begins[i] to
-    /// begins[i + 1].
-    struct SSides
-    {
-        std::vector<std::uint32_t> begins;
-        std::vector<std::uint32_t> largerEnds;
-    };
-
-    SSides collectSides(const Mesh& mesh, ProgressSteps& steps)
-    {
-        SSides sides;
-        sides.begins.resize(std::size_t{ mesh.GetVertexCount() } + 1);
-        forEachSide(
-            mesh, steps, [&](std::uint32_t smaller, std::uint32_t) { ++sides.begins[smaller]; });
-        std::partial_sum(sides.begins.begin(), sides.begins.end(), sides.begins.begin());
-        // Each begin stands at its end now, and moves to its place while the sides are put in.
-        sides.largerEnds.resize(sides.begins.back());
-        forEachSide(mesh, steps, [&](std::uint32_t smaller, std::uint32_t larger) {
-            sides.largerEnds[--sides.begins[smaller]] = larger;
-        });
-        return sides;
-    }
-
-    void countEdges(const Mesh& mesh, SMeshFigures& figures, ProgressSteps& steps)
-    {
-        SSides sides = collectSides(mesh, steps);
-        for (std::uint32_t i = 0; i < mesh.GetVertexCount(); ++i) {
-            auto side = sides.largerEnds.begin() + sides.begins[i];
-            const auto end = sides.largerEnds.begin() + sides.begins[i + 1];
-            std::sort(side, end);
-            while (side != end) {
-                const auto next = std::upper_bound(side, end, *side);
-                ++figures.edges;
-                figures.boundaryEdges += next - side == 1;
-                figures.nonManifoldEdges += next - side > 2;
-                side = next;
-            }
-            steps.Advance();
-        }
-    }
-
-    void countComponents(const Mesh& mesh, SMeshFigures& figures, ProgressSteps& steps)
-    {
-        TaUnionFind sets(mesh.GetVertexCount());
-        std::vector<bool> used(mesh.GetVertexCount());
-        for (std::uint32_t i = 0; i < mesh.GetFaceCount(); ++i) {
-            const std::span<const std::uint32_t> face = mesh.GetFace(i);
-            for (const std::uint32_t corner : face) {
-                sets.AddPair(face.front(), corner);
-                used[corner] = true;
-            }
-            steps.Advance();
-        }
-        figures.components = sets.CreateSetNumbers();
-        figures.isolatedVertices
-            = static_cast<std::uint64_t>(std::count(used.begin(), used.end(), false));
-    }
-
-    void countDegenerateFaces(const Mesh& mesh, SMeshFigures& figures, ProgressSteps& steps)
-    {
-        std::vector<std::uint32_t> sorted;
-        for (std::uint32_t i = 0; i < mesh.GetFaceCount(); ++i) {
-            const std::span<const std::uint32_t> face = mesh.GetFace(i);
-            sorted.assign(face.begin(), face.end());
-            std::sort(sorted.begin(), sorted.end());
-            if (std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end()) {
-                ++figures.degenerateFaces;
-            }
-            steps.Advance();
-        }
-    }
-
-    void findBounds(const Mesh& mesh, SMeshFigures& figures)
-    {
-        if (mesh.GetVertexCount() == 0) {
-            return;
-        }
-        const auto [lower, upper] = FindBounds(mesh);
-        figures.lowerBound = lower;
-        figures.upperBound = upper;
+        char text[32]; // the longest has 17 digits, a sign, a point and an exponent
+        const auto result = digits == 0 ? std::to_chars(std::begin(text), std::end(text), value)
+                                        : std::to_chars(std::begin(text), std::end(text), value,
+                                            std::chars_format::general, digits);
+        return CStringA(text, static_cast<std::size_t>(result.ptr - text));
     }
 
     class FigureLines
@@ -130,28 +40,15 @@ namespace {
 
 } // namespace
 
-std::uint64_t GetAnalysisSteps(const Mesh& mesh)
+SMeshFigures AnalyseMesh(const Mesh& mesh)
 {
-    constexpr std::uint64_t kWalks = 4; // over all faces
-    return kWalks * mesh.GetFaceCount() + mesh.GetVertexCount();
+    TaMeshStatistics statistics;
+    statistics.SetMesh(mesh);
+    statistics.Compute(TaAlgorithm::eCF_Throw);
+    return statistics.GetFigures();
 }
 
-SMeshFigures AnalyseMesh(const Mesh& mesh, Progress* progress)
-{
-    ProgressSteps steps(progress);
-    SMeshFigures figures;
-    figures.vertices = mesh.GetVertexCount();
-    figures.faces = mesh.GetFaceCount();
-    countEdges(mesh, figures, steps);
-    countDegenerateFaces(mesh, figures, steps);
-    countComponents(mesh, figures, steps);
-    figures.eulerCharacteristic = static_cast<std::int64_t>(figures.vertices)
-        - static_cast<std::int64_t>(figures.edges) + static_cast<std::int64_t>(figures.faces);
-    findBounds(mesh, figures);
-    return figures;
-}
-
-std::string FormatFigures(const SMeshFigures& figures)
+std::string FormatFigures(const SMeshFigures& figures, int digits)
 {
     FigureLines lines;
     lines.Add("vertices", figures.vertices);
@@ -164,10 +61,12 @@ std::string FormatFigures(const SMeshFigures& figures)
     lines.Add("isolated vertices", figures.isolatedVertices);
     lines.Add("Euler characteristic", figures.eulerCharacteristic);
     if (figures.vertices != 0) {
-        const SPoint& lower = figures.lowerBound;
-        const SPoint& upper = figures.upperBound;
-        lines.Add("lower bound", lower.x, lower.y, lower.z);
-        lines.Add("upper bound", upper.x, upper.y, upper.z);
+        const auto addPoint = [&](std::string_view name, const SPoint& point) {
+            lines.Add(name, formatCoordinate(point.x, digits), formatCoordinate(point.y, digits),
+                formatCoordinate(point.z, digits));
+        };
+        addPoint("lower bound", figures.lowerBound);
+        addPoint("upper bound", figures.upperBound);
     }
     return lines.GetText();
 }

@@ -7,8 +7,6 @@
 
 namespace tamesh {
 
-class Progress;
-
 /// The figures of a mesh.
 struct SMeshFigures
 {
@@ -26,14 +24,34 @@ struct SMeshFigures
     // The corners of the smallest box around all vertices; meaningless without vertices.
     SPoint lowerBound;
     SPoint upperBound;
+
+    friend bool operator==(const SMeshFigures&, const SMeshFigures&) = default;
 };
 
-/// In n log n steps.
-SMeshFigures AnalyseMesh(const Mesh& mesh, Progress* progress = nullptr);
-/// What the progress comes to.
-std::uint64_t GetAnalysisSteps(const Mesh& mesh);
+/// Calls visit(figure) for each number, in the order of the record; `Figures` may be const.
+template <class Figures, class Visit> void ForEachFigure(Figures& figures, Visit&& visit)
+{
+    visit(figures.vertices);
+    visit(figures.faces);
+    visit(figures.edges);
+    visit(figures.boundaryEdges);
+    visit(figures.nonManifoldEdges);
+    visit(figures.degenerateFaces);
+    visit(figures.components);
+    visit(figures.isolatedVertices);
+    visit(figures.eulerCharacteristic);
+    for (auto* bound : { &figures.lowerBound, &figures.upperBound }) {
+        visit(bound->x);
+        visit(bound->y);
+        visit(bound->z);
+    }
+}
+
+/// What TaMeshStatistics computes, for callers that need neither progress nor a break.
+SMeshFigures AnalyseMesh(const Mesh& mesh);
 
 /// A line per figure, in a form that scripts can rely on: two blanks, the name, the value.
-std::string FormatFigures(const SMeshFigures& figures);
+/// Coordinates have `digits` significant digits, 0 for as many as tell them from all others.
+std::string FormatFigures(const SMeshFigures& figures, int digits = 0);
 
 } // namespace tamesh

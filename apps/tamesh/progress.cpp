@@ -36,12 +36,21 @@ Progress::~Progress()
 
 void Progress::Advance(std::uint64_t done)
 {
+    if (m_console.GetInterrupt().IsSet()) {
+        throw Interrupted();
+    }
+    show(static_cast<double>(std::min(done, m_total)) / static_cast<double>(m_total));
+}
+
+void Progress::onProgress(double fraction, [[maybe_unused]] const CString& text) { show(fraction); }
+
+void Progress::show(double fraction)
+{
     const std::uint64_t now = m_console.GetMilliseconds();
     if (now < m_nextTime) {
         return;
     }
-    const auto percent = static_cast<unsigned int>(
-        static_cast<double>(std::min(done, m_total)) / static_cast<double>(m_total) * 100.0);
+    const auto percent = static_cast<unsigned int>(fraction * 100.0);
     if (m_terminal) {
         m_nextTime = now + kBarInterval;
         showBar(percent);

@@ -1,35 +1,48 @@
 #pragma once
 
+#include "tabase/taprogresssink.h"
 #include "tamesh/console.h"
 
 #include <cstdint>
+#include <exception>
 #include <string>
 
 namespace tamesh {
 
+/// What Progress throws when the user wants the program to stop.
+class Interrupted final : public std::exception
+{
+public:
+    const char* what() const noexcept override { return "interrupted"; }
+};
+
 /// Shows how far a long task is: a bar on a terminal, a few plain lines elsewhere, and nothing for
-/// a task that is soon done.
+/// a task that is soon done. As a sink it does so for an algorithm.
 ///
 ///     Progress progress(console, "reading a.off", size);
 ///     while (more())
 ///         progress.Advance(bytesRead);
 ///
 /// Threads: one thread at a time.
-/// Failure: none; a console that cannot be written to does not stop the task.
-class Progress
+/// Failure: Interrupted, from Advance, when the console is. (An algorithm has its break event.) A
+///          console that cannot be written to does not stop the task.
+class Progress final : public TaProgressSink
 {
 public:
     /// `task` says what is done; `total` is what Advance comes to in the end.
     Progress(IConsole& console, std::string task, std::uint64_t total);
     /// Takes the bar away.
-    ~Progress();
+    ~Progress() override;
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
     /// `done` of the total. Cheap enough for every few thousand steps.
     void Advance(std::uint64_t done);
+    /// Of an algorithm that has no steps to count; the total does not matter.
+    void onProgress(double fraction, const CString& text) override;
 
 private:
+    void show(double fraction);
     void showBar(unsigned int percent);
     void showLine(unsigned int percent);
 

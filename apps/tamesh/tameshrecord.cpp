@@ -100,22 +100,7 @@ namespace {
 TU_DEFINE_RTTI_ROOT(TaMeshRecord, &TaMeshRecord::CreateByFactory, nullptr);
 TU_DEFINE_EXTENSIONS(TaMeshRecord, ISerializable)
 
-void TaMeshRecord::Serialize(TuStreamWriteBinary& stream) const
-{
-    const std::uint32_t vertexCount = m_mesh.GetVertexCount();
-    const std::uint32_t faceCount = m_mesh.GetFaceCount();
-    stream.WriteVersion(kVersion);
-    stream << vertexCount << faceCount;
-    writeNumbers<double>(stream, std::uint64_t{ vertexCount } * 3, [this](std::uint64_t i) {
-        const SPoint& point = m_mesh.GetVertex(static_cast<std::uint32_t>(i / 3));
-        return i % 3 == 0 ? point.x : i % 3 == 1 ? point.y : point.z;
-    });
-    writeNumbers<std::uint32_t>(stream, faceCount, [this](std::uint64_t i) {
-        return static_cast<std::uint32_t>(m_mesh.GetFace(static_cast<std::uint32_t>(i)).size());
-    });
-    writeNumbers<std::uint32_t>(stream, m_mesh.GetCornerCount(),
-        [this](std::uint64_t i) { return m_mesh.GetCorners()[i]; });
-}
+void TaMeshRecord::Serialize(TuStreamWriteBinary& stream) const { Write(stream, m_mesh); }
 
 void TaMeshRecord::Serialize(TuStreamReadBinary& stream)
 {
@@ -128,6 +113,23 @@ void TaMeshRecord::Serialize(TuStreamReadBinary& stream)
     TuArray<std::uint32_t> corners
         = readCorners(stream, ends.IsEmpty() ? 0 : ends.GetLast(), vertexCount);
     m_mesh = Mesh(std::move(vertices), std::move(ends), std::move(corners));
+}
+
+void TaMeshRecord::Write(TuStreamWriteBinary& stream, const Mesh& mesh)
+{
+    const std::uint32_t vertexCount = mesh.GetVertexCount();
+    const std::uint32_t faceCount = mesh.GetFaceCount();
+    stream.WriteVersion(kVersion);
+    stream << vertexCount << faceCount;
+    writeNumbers<double>(stream, std::uint64_t{ vertexCount } * 3, [&mesh](std::uint64_t i) {
+        const SPoint& point = mesh.GetVertex(static_cast<std::uint32_t>(i / 3));
+        return i % 3 == 0 ? point.x : i % 3 == 1 ? point.y : point.z;
+    });
+    writeNumbers<std::uint32_t>(stream, faceCount, [&mesh](std::uint64_t i) {
+        return static_cast<std::uint32_t>(mesh.GetFace(static_cast<std::uint32_t>(i)).size());
+    });
+    writeNumbers<std::uint32_t>(
+        stream, mesh.GetCornerCount(), [&mesh](std::uint64_t i) { return mesh.GetCorners()[i]; });
 }
 
 IObject* TaMeshRecord::CreateByFactory() { return new TaMeshRecord; }

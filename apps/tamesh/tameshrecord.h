@@ -28,6 +28,9 @@ public:
     void Serialize(TuStreamWriteBinary& stream) const override;
     void Serialize(TuStreamReadBinary& stream) override;
 
+    /// What Serialize writes, for a mesh that lies elsewhere.
+    static void Write(TuStreamWriteBinary& stream, const Mesh& mesh);
+
     const Mesh& GetMesh() const { return m_mesh; }
     void SetMesh(Mesh mesh) { m_mesh = std::move(mesh); }
     /// Leaves the record empty.
