@@ -22,7 +22,7 @@ MODULE_OF_FOLDER = {
 }
 SYSTEM_HEADERS = re.compile(
     r'#\s*include\s*[<"](windows\.h|winsock2?\.h|pthread\.h|unistd\.h|dlfcn\.h|fcntl\.h|poll\.h|'
-    r'dirent\.h|pwd\.h|rpc\w*\.h|uuid/uuid\.h|sys/[\w/]+\.h|linux/[\w/]+\.h)[>"]', re.IGNORECASE)
+    r'dirent\.h|pwd\.h|rpc\w*\.h|uuid/uuid\.h|sqlite3\.h|sys/[\w/]+\.h|linux/[\w/]+\.h)[>"]', re.IGNORECASE)
 SYSTEM_MACROS = re.compile(r"#.*\b(_WIN32|_WIN64|__linux__|__unix__|__APPLE__|__MINGW32__)\b")
 INCLUDE = re.compile(r'#\s*include\s*"([\w-]+)/')
 # A file list longer than this needs a map.

@@ -1,0 +1,147 @@
+#include "platform/platformregistry.h"
+
+#include "platform/platformfolders.h"
+#include "platform/platformtext.h"
+#include "platform/posix/registrystore.h"
+#include "platform/registrypath.h"
+
+#include <pthread.h>
+
+#include <cstdlib>
+#include <limits>
+
+namespace platform {
+namespace {
+
+    /// The folder of both files that the environment names, else "". Not absolute, it is none: it
+    /// would be another one after each change of the working directory.
+    std::string namedFolder()
+    {
+        const char* folder = std::getenv("TABASE_REGISTRY_FOLDER");
+        return folder != nullptr ? folder : "";
+    }
+
+    std::string userFolder()
+    {
+        const std::string named = namedFolder();
+        return !named.empty() ? named : ToUtf8(GetUserConfigFolder()) + "/tabase";
+    }
+
+    std::string machineFolder()
+    {
+        const std::string named = namedFolder();
+        return !named.empty() ? named : "/etc/tabase";
+    }
+
+    struct SStores
+    {
+        RegistryStore user{ { userFolder, "user.registry", 0700 } };
+        RegistryStore machine{ { machineFolder, "machine.registry", 0755 } };
+    };
+
+    SStores& getStores();
+
+    // The analysis of locks does not follow one from function to function.
+    void beforeFork() TU_NO_THREAD_SAFETY_ANALYSIS
+    {
+        getStores().user.BeforeFork();
+        getStores().machine.BeforeFork();
+    }
+
+    void afterFork() TU_NO_THREAD_SAFETY_ANALYSIS
+    {
+        getStores().machine.AfterFork();
+        getStores().user.AfterFork();
+    }
+
+    SStores& getStores()
+    {
+        // Never destroyed: what runs at the exit of the process may still ask for values.
+        static SStores& s_stores = *new SStores;
+        // A fork meanwhile finds nothing open yet.
+        static const int s_isWatched = pthread_atfork(beforeFork, afterFork, afterFork);
+        (void)s_isWatched;
+        return s_stores;
+    }
+
+    RegistryStore* findStore(ERegistryRoot root)
+    {
+        switch (root) {
+        case eRo_CurrentUser:
+        case eRo_Users:
+            return &getStores().user;
+        case eRo_ClassesRoot:
+        case eRo_LocalMachine:
+        case eRo_CurrentConfig:
+            return &getStores().machine;
+        }
+        return nullptr;
+    }
+
+    bool makeKey(std::u16string_view text, SRegistryKey& key)
+    {
+        std::vector<std::u16string_view> parts;
+        if (!SplitRegistryKey(text, parts)) {
+            return false;
+        }
+        std::u16string spelled;
+        for (const std::u16string_view part : parts) {
+            if (!spelled.empty()) {
+                spelled += u'\\';
+            }
+            spelled += part;
+        }
+        key.spelled = ToUtf8(spelled);
+        key.folded = FoldRegistryName(spelled);
+        return true;
+    }
+
+} // namespace
+
+bool ReadRegistry(ERegistryRoot root, std::u16string_view key, std::u16string_view name,
+    std::size_t maxBytes, std::vector<unsigned char>& data)
+{
+    SRegistryKey made;
+    RegistryStore* const store = findStore(root);
+    return store != nullptr && IsRegistryName(name) && makeKey(key, made)
+        && store->Read(root, made, UntilZero(name), maxBytes, data);
+}
+
+bool WriteRegistry(ERegistryRoot root, std::u16string_view key, std::u16string_view name,
+    ERegistryType type, const void* data, std::size_t size)
+{
+    SRegistryKey made;
+    RegistryStore* const store = findStore(root);
+    return store != nullptr && IsRegistryName(name) && makeKey(key, made)
+        && store->Write(root, made, UntilZero(name), type, data, size);
+}
+
+bool ListRegistryKeys(
+    ERegistryRoot root, std::u16string_view key, std::vector<std::u16string>& names)
+{
+    names.clear();
+    SRegistryKey made;
+    RegistryStore* const store = findStore(root);
+    return store != nullptr && makeKey(key, made)
+        && (store->ListKeys(root, made, names) || made.folded.empty());
+}
+
+bool ListRegistryValues(
+    ERegistryRoot root, std::u16string_view key, std::vector<SRegistryValue>& values)
+{
+    values.clear();
+    SRegistryKey made;
+    RegistryStore* const store = findStore(root);
+    return store != nullptr && makeKey(key, made)
+        && (store->ListValues(root, made, values) || made.folded.empty());
+}
+
+bool RemoveRegistryKey(ERegistryRoot root, std::u16string_view key)
+{
+    SRegistryKey made;
+    RegistryStore* const store = findStore(root);
+    return store != nullptr && makeKey(key, made) && !made.folded.empty()
+        && store->RemoveKey(root, made);
+}
+
+} // namespace platform
