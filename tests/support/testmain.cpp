@@ -1,3 +1,4 @@
+#include "support/childprocess.h"
 #include "support/environment.h"
 #include "support/testrandom.h"
 
@@ -8,6 +9,9 @@
 
 int main(int argc, char** argv)
 {
+    if (const auto code = PlayChildRole(argc, argv)) {
+        return *code;
+    }
     // Property tests start from the same seed, unless the user has told RapidCheck another.
     if (std::getenv("RC_PARAMS") == nullptr) {
         SetEnvironment("RC_PARAMS", "seed=" + std::to_string(GetTestSeed()));
