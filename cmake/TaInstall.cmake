@@ -27,6 +27,7 @@ configure_package_config_file(cmake/TaBaseConfig.cmake.in TaBaseConfig.cmake
 write_basic_package_version_file(TaBaseConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 install(FILES
   ${CMAKE_CURRENT_BINARY_DIR}/TaBaseConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/TaBaseConfigVersion.cmake
+  cmake/TaRecordedTest.cmake cmake/recordedtest.cpp
   DESTINATION ${package_folder})
 
 # pkg-config finds the prefix from where the file lies.

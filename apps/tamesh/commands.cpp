@@ -4,6 +4,7 @@
 #include "tamesh/displaytext.h"
 #include "tamesh/document.h"
 #include "tamesh/files.h"
+#include "tamesh/guard.h"
 #include "tamesh/meshanalysis.h"
 #include "tamesh/meshfailure.h"
 #include "tamesh/meshgenerator.h"
@@ -13,7 +14,7 @@
 #include "tamesh/progress.h"
 #include "tamesh/tameshstatistics.h"
 
-#include <new>
+#include <filesystem>
 #include <sstream>
 #include <vector>
 
@@ -21,46 +22,51 @@ namespace tamesh {
 
 namespace {
 
-    /// Runs one file's work and reports what it throws.
-    template <class Work> EExitCode guard(IConsole& console, const std::string& name, Work&& work)
-    {
-        try {
-            work();
-            return eEC_Done;
-        } catch (const std::exception& failure) {
-            // Whatever the interrupted work failed with, this is why.
-            if (console.GetInterrupt().IsSet()) {
-                console.WriteError(name + ": interrupted\n");
-                return eEC_Interrupted;
-            }
-            console.WriteError(ReportFailure(name, failure) + "\n");
-            return eEC_Failed;
-        }
-    }
-
-    SMeshFigures analyse(IConsole& console, const std::string& name, const Mesh& mesh)
+    SMeshFigures analyse(
+        IConsole& console, const SViewOptions& options, const std::string& name, const Mesh& mesh)
     {
         Progress progress(console, "analysing " + name, 1);
         TaMeshStatistics statistics;
         statistics.SetMesh(mesh);
+        if (options.isRecorded) {
+            statistics.AddFlags(TaAlgorithm::eF_RecordUnitTest);
+            statistics.SetUniqueID(
+                std::filesystem::path(CString::FromUtf8(name).GetView()).stem().u16string());
+        }
         statistics.SetBreakEvent(console.GetInterrupt());
         statistics.SetProgressSink(&progress);
         statistics.Compute(TaAlgorithm::eCF_Throw);
         return statistics.GetFigures();
     }
 
-    void showFigures(IConsole& console, const std::string& name, std::string_view kind,
-        const Mesh& mesh, const std::string& tree = {})
+    void showFigures(IConsole& console, const SViewOptions& options, const std::string& name,
+        std::string_view kind, const Mesh& mesh, const std::string& tree = {})
     {
         const std::string text = name + " (" + std::string(kind) + ")\n"
-            + FormatFigures(analyse(console, name, mesh)) + tree;
+            + FormatFigures(analyse(console, options, name, mesh), options.digits) + tree;
         if (!console.WriteOutput(text)) {
             throw MeshFailure(TU_HERE, "standard output", 0, "cannot be written");
         }
     }
 
+    /// Of a line of a dump; the top has depth 0.
+    int getDepth(std::string_view line)
+    {
+        for (int depth = 1; line.size() >= 4; ++depth) {
+            const std::string_view lead = line.substr(0, 4);
+            if (lead == " |--") {
+                return depth;
+            }
+            if (lead != " |  " && lead != "    ") {
+                break;
+            }
+            line.remove_prefix(4);
+        }
+        return 0;
+    }
+
     /// The data tree of a document, which may be anybody's, a line for each node.
-    std::string formatTree(const TaNode& root)
+    std::string formatTree(const TaNode& root, int depth)
     {
         // The lines of a dump grow with the depth, which costs little in a file.
         constexpr std::size_t kDeepest = 40;
@@ -80,7 +86,9 @@ namespace {
         std::istringstream lines(root.ToString().ToUtf8());
         std::string text;
         for (std::string line; std::getline(lines, line);) {
-            text += "  " + MakeDisplayText(line) + "\n";
+            if (getDepth(line) <= depth) {
+                text += "  " + MakeDisplayText(line) + "\n";
+            }
         }
         return text;
     }
@@ -112,7 +120,7 @@ namespace {
     {
         EExitCode code = eEC_Done;
         for (const std::string& name : names) {
-            const EExitCode fileCode = guard(console, name, [&] { work(name); });
+            const EExitCode fileCode = Guard(console, name, [&] { work(name); });
             code = fileCode != eEC_Done ? fileCode : code;
             if (code == eEC_Interrupted) {
                 break;
@@ -150,35 +158,38 @@ namespace {
 
 } // namespace
 
-EExitCode ShowMeshes(IConsole& console, const std::vector<std::string>& meshFiles)
+EExitCode ShowMeshes(
+    IConsole& console, const std::vector<std::string>& meshFiles, const SViewOptions& options)
 {
-    return forEach(console, meshFiles, [&console](const std::string& name) {
-        showFigures(console, name, nameOf(GetMeshFormat(name)), readMeshFile(console, name));
+    return forEach(console, meshFiles, [&](const std::string& name) {
+        showFigures(
+            console, options, name, nameOf(GetMeshFormat(name)), readMeshFile(console, name));
     });
 }
 
-EExitCode ShowDocuments(IConsole& console, const std::vector<std::string>& documentFiles)
+EExitCode ShowDocuments(
+    IConsole& console, const std::vector<std::string>& documentFiles, const SViewOptions& options)
 {
-    return forEach(console, documentFiles, [&console](const std::string& name) {
+    return forEach(console, documentFiles, [&](const std::string& name) {
         InputFile file(name);
         Document document;
         {
             Progress progress(console, "reading " + name, file.GetSize());
             document.Load(file.GetStream(), &progress);
         }
-        showFigures(console, name, "document", document.GetMesh(),
-            formatTree(*document.GetTree().GetRootNode()));
+        showFigures(console, options, name, "document", document.GetMesh(),
+            formatTree(*document.GetTree().GetRootNode(), options.treeDepth));
     });
 }
 
 EExitCode PackMesh(IConsole& console, const std::string& meshFile, const std::string& documentFile)
 {
     Document document;
-    const EExitCode code = guard(console, meshFile, [&] {
+    const EExitCode code = Guard(console, meshFile, [&] {
         document = Document(readMeshFile(console, meshFile));
         NameMesh(document.GetTree(), meshFile, TaUniqueID());
     });
-    return code != eEC_Done ? code : guard(console, documentFile, [&] {
+    return code != eEC_Done ? code : Guard(console, documentFile, [&] {
         Progress progress(console, "writing " + documentFile, document.GetSavedSize());
         OutputFile file(documentFile);
         document.Save(file.GetStream(), &progress);
@@ -189,7 +200,7 @@ EExitCode PackMesh(IConsole& console, const std::string& meshFile, const std::st
 EExitCode MakeMesh(
     IConsole& console, EShape shape, std::uint32_t resolution, const std::string& meshFile)
 {
-    return guard(console, meshFile, [&] {
+    return Guard(console, meshFile, [&] {
         const std::uint64_t elements = countElements(shape, resolution);
         const Mesh mesh = [&] {
             Progress progress(console, "making " + meshFile, elements);

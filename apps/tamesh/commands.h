@@ -17,11 +17,21 @@ namespace tamesh {
 //          interrupt as "FILE: interrupted", with 130, and what comes after it is not begun.
 //          Nothing is written then: an output file is replaced only once it is complete.
 
-/// Shows the figures of meshes. One that cannot be read does not keep the others from being shown.
-EExitCode ShowMeshes(IConsole& console, const std::vector<std::string>& meshFiles);
+/// How figures are shown; see Settings.
+struct SViewOptions
+{
+    int digits = 0;
+    int treeDepth = 40;
+    bool isRecorded = false; // the analysis, under the name of the file; see TaAlgorithm
+};
 
-/// Shows the figures of the meshes in documents, in the same way.
-EExitCode ShowDocuments(IConsole& console, const std::vector<std::string>& documentFiles);
+/// Shows the figures of meshes. One that cannot be read does not keep the others from being shown.
+EExitCode ShowMeshes(
+    IConsole& console, const std::vector<std::string>& meshFiles, const SViewOptions& options = {});
+
+/// Shows the figures of the meshes in documents, and their data trees, in the same way.
+EExitCode ShowDocuments(IConsole& console, const std::vector<std::string>& documentFiles,
+    const SViewOptions& options = {});
 
 /// Saves a mesh as a document.
 EExitCode PackMesh(IConsole& console, const std::string& meshFile, const std::string& documentFile);

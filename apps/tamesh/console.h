@@ -21,6 +21,8 @@ public:
     /// Whether a person watches what goes to WriteError, and on how many columns.
     virtual bool IsErrorTerminal() const = 0;
     virtual unsigned int GetErrorWidth() const = 0;
+    /// Whether the user wants to be told how far long work is.
+    virtual bool IsProgressWanted() const { return true; }
     /// From a clock that never goes back.
     virtual std::uint64_t GetMilliseconds() const = 0;
     /// Set, once and for all, when the user wants the program to stop.
@@ -35,15 +37,18 @@ public:
     void WriteError(std::string_view text) override;
     bool IsErrorTerminal() const override;
     unsigned int GetErrorWidth() const override;
+    bool IsProgressWanted() const override { return m_isProgressWanted; }
     std::uint64_t GetMilliseconds() const override;
     const TuEvent& GetInterrupt() const override { return m_interrupt; }
 
+    void SetProgressWanted(bool isWanted) { m_isProgressWanted = isWanted; }
     /// What Ctrl-C does. A second one, later than a second after the first, ends the program where
     /// it stands. (What sends the signal to a program and to its group sends it twice at once.)
     /// One thread at a time.
     void Interrupt();
 
 private:
+    bool m_isProgressWanted = true;
     TuEvent m_interrupt{ true };
     std::uint64_t m_interruptTime = 0;
 };

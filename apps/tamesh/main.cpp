@@ -1,13 +1,19 @@
 #include "platform/platformarguments.h"
+#include "platform/platformfile.h"
 #include "platform/platforminterrupt.h"
 #include "platform/platformterminal.h"
+#include "tabase/tafilesystem.h"
 #include "tamesh/commands.h"
+#include "tamesh/optionscommands.h"
+#include "tamesh/settings.h"
+#include "tamesh/tameshstatistics.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <map>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -38,6 +44,157 @@ int answer(tamesh::IConsole& console, const CLI::App& app, const CLI::ParseError
     return tamesh::eEC_Failed;
 }
 
+/// Recordings go to the folder that the user named, which is made.
+bool prepareRecording(const std::string& folder)
+{
+    using platform::MakeFolder;
+    TaFileSystem::SetSpecialDirectory(TaFileSystem::eSD_UnitTests, CString::FromUtf8(folder));
+    const CString classFolder
+        = TaFileSystem::GetSystemPath(tamesh::TaMeshStatistics().GetUnitTestDirectory());
+    const auto isMade
+        = [](const CString& path) { return platform::PathExists(path) || MakeFolder(path); };
+    return isMade(CString::FromUtf8(folder)) && isMade(classFolder);
+}
+
+/// The subcommands that work on meshes and documents.
+class MeshCommands
+{
+public:
+    MeshCommands(CLI::App& app, tamesh::IConsole& console, tamesh::Settings& settings,
+        tamesh::EExitCode& code)
+    {
+        using namespace tamesh;
+        const auto getOptions = [this, &settings] {
+            return SViewOptions{ settings.GetDigits(), settings.GetTreeDepth(),
+                !m_recordFolder.empty() };
+        };
+        CLI::App* info = app.add_subcommand("info", "Shows the figures of OFF, OBJ and STL meshes");
+        info->add_option("FILE", m_inputs, "mesh (.off, .obj, .stl)")->required();
+        info->add_option("--record", m_recordFolder,
+            "folder for recordings of the analysis, which replay as tests");
+        info->callback([=, this, &console, &code] {
+            if (!m_recordFolder.empty() && !prepareRecording(m_recordFolder)) {
+                console.WriteError(m_recordFolder + ": cannot be made\n");
+                code = eEC_Failed;
+                return;
+            }
+            code = ShowMeshes(console, m_inputs, getOptions());
+        });
+
+        CLI::App* show = app.add_subcommand("show", "Shows the figures of packed documents");
+        show->add_option("DOC", m_inputs, "document (.tadoc)")->required();
+        show->callback(
+            [=, this, &console, &code] { code = ShowDocuments(console, m_inputs, getOptions()); });
+
+        CLI::App* pack = app.add_subcommand("pack", "Saves a mesh as a document");
+        pack->add_option("FILE", m_input, "mesh (.off, .obj, .stl)")->required();
+        pack->add_option("-o,--output", m_output, "document to write")
+            ->required()
+            ->check(endingWith(".tadoc"));
+        pack->callback([this, &console, &code] { code = PackMesh(console, m_input, m_output); });
+
+        CLI::App* make = app.add_subcommand("make", "Makes a mesh");
+        make->add_option("SHAPE", m_shape, "what to make")
+            ->required()
+            ->check(CLI::IsMember(m_shapes));
+        make->add_option("N", m_resolution, "steps along a side")
+            ->required()
+            ->check(CLI::Range(kLowestResolution, kHighestResolution));
+        make->add_option("-o,--output", m_output, "mesh to write")
+            ->required()
+            ->check(endingWith(".off"));
+        make->callback([this, &console, &code] {
+            code = MakeMesh(console, m_shapes.at(m_shape), m_resolution, m_output);
+        });
+    }
+    MeshCommands(const MeshCommands&) = delete;
+    MeshCommands& operator=(const MeshCommands&) = delete;
+
+private:
+    const std::map<std::string, tamesh::EShape> m_shapes{ { "terrain", tamesh::eS_Terrain },
+        { "torus", tamesh::eS_Torus }, { "sphere", tamesh::eS_Sphere } };
+    std::vector<std::string> m_inputs;
+    std::string m_recordFolder;
+    std::string m_input;
+    std::string m_output;
+    std::string m_shape;
+    std::uint32_t m_resolution = 0;
+};
+
+/// `tamesh options …`.
+class OptionsCommands
+{
+public:
+    OptionsCommands(CLI::App& app, tamesh::IConsole& console, tamesh::EExitCode& code)
+    {
+        using namespace tamesh;
+        CLI::App* options = app.add_subcommand("options", "Shows and changes persistent options");
+        options->require_subcommand(1);
+        options->add_option("--category", m_category, "user, users, machine, classes or config")
+            ->capture_default_str()
+            ->check(CLI::IsMember({ "user", "users", "machine", "classes", "config" }));
+        const auto addKey = [this](CLI::App* command) {
+            command->fallthrough(); // the category may stand anywhere
+            return command->add_option("KEY", m_key, "key, its parts separated by \\");
+        };
+
+        CLI::App* list = options->add_subcommand("list", "Shows the values of a key and below");
+        addKey(list)->capture_default_str();
+        list->callback([this, &console, &code] { code = ListOptions(console, getRoot(), m_key); });
+
+        CLI::App* get = options->add_subcommand("get", "Shows one value");
+        addKey(get)->required();
+        get->add_option("NAME", m_name, "name of the value")->required();
+        get->callback(
+            [this, &console, &code] { code = GetOption(console, getRoot(), m_key, m_name); });
+
+        CLI::App* set = options->add_subcommand("set", "Writes one value");
+        addKey(set)->required();
+        set->add_option("NAME", m_name, "name of the value")->required();
+        set->add_option("VALUE", m_value, "a whole number of 32 bits, or a text")->required();
+        set->add_flag("--text", m_isText, "a text, even where it looks like a number");
+        set->callback([this, &console, &code] {
+            code = SetOption(console, getRoot(), m_key,
+                m_isText ? MakeTextOptionValue(m_name, m_value) : MakeOptionValue(m_name, m_value));
+        });
+
+        CLI::App* remove = options->add_subcommand("remove", "Removes a key and all below it");
+        addKey(remove)->required();
+        remove->callback(
+            [this, &console, &code] { code = RemoveOptions(console, getRoot(), m_key); });
+
+        CLI::App* save = options->add_subcommand("export", "Saves the values of a key and below");
+        addKey(save)->capture_default_str();
+        save->add_option("-o,--output", m_file, "file to write")->required();
+        save->callback(
+            [this, &console, &code] { code = ExportOptions(console, getRoot(), m_key, m_file); });
+
+        CLI::App* load = options->add_subcommand("import", "Writes what was exported");
+        load->add_option("FILE", m_file, "file to read")->required();
+        load->callback([this, &console, &code] { code = ImportOptions(console, m_file); });
+    }
+    OptionsCommands(const OptionsCommands&) = delete;
+    OptionsCommands& operator=(const OptionsCommands&) = delete;
+
+private:
+    platform::ERegistryRoot getRoot() const { return tamesh::GetOptionRoot(m_category); }
+
+    std::string m_category = "user";
+    std::string m_key = tamesh::kOptionsKey;
+    std::string m_name;
+    std::string m_value;
+    bool m_isText = false;
+    std::string m_file;
+};
+
+/// What a command line was wrong with, and how it should look.
+tamesh::EExitCode complain(
+    tamesh::IConsole& console, const CLI::App& app, const std::string& reason)
+{
+    console.WriteError("tamesh: " + reason + "\n\n" + app.help());
+    return tamesh::eEC_WrongUsage;
+}
+
 int run(std::vector<std::string> arguments)
 {
     using namespace tamesh;
@@ -49,35 +206,31 @@ int run(std::vector<std::string> arguments)
     const platform::InterruptWatch watch([&console] { console.Interrupt(); });
     EExitCode code = eEC_Done;
 
-    std::vector<std::string> inputs;
-    CLI::App* info = app.add_subcommand("info", "Shows the figures of OFF, OBJ and STL meshes");
-    info->add_option("FILE", inputs, "mesh (.off, .obj, .stl)")->required();
-    info->callback([&] { code = ShowMeshes(console, inputs); });
-
-    CLI::App* show = app.add_subcommand("show", "Shows the figures of packed documents");
-    show->add_option("DOC", inputs, "document (.tadoc)")->required();
-    show->callback([&] { code = ShowDocuments(console, inputs); });
-
-    std::string input;
-    std::string output;
-    CLI::App* pack = app.add_subcommand("pack", "Saves a mesh as a document");
-    pack->add_option("FILE", input, "mesh (.off, .obj, .stl)")->required();
-    pack->add_option("-o,--output", output, "document to write")
-        ->required()
-        ->check(endingWith(".tadoc"));
-    pack->callback([&] { code = PackMesh(console, input, output); });
-
-    const std::map<std::string, EShape> shapes{ { "terrain", eS_Terrain }, { "torus", eS_Torus },
-        { "sphere", eS_Sphere } };
-    std::string shape;
-    std::uint32_t resolution = 0;
-    CLI::App* make = app.add_subcommand("make", "Makes a mesh");
-    make->add_option("SHAPE", shape, "what to make")->required()->check(CLI::IsMember(shapes));
-    make->add_option("N", resolution, "steps along a side")
-        ->required()
-        ->check(CLI::Range(kLowestResolution, kHighestResolution));
-    make->add_option("-o,--output", output, "mesh to write")->required()->check(endingWith(".off"));
-    make->callback([&] { code = MakeMesh(console, shapes.at(shape), resolution, output); });
+    Settings settings;
+    settings.Recall();
+    std::vector<std::string> assignments;
+    app.add_option("--set", assignments, "a setting for this and later runs, NAME=VALUE")
+        ->take_all()
+        ->allow_extra_args(false)
+        ->each([&](const std::string& assignment) {
+            try {
+                settings.Assign(assignment);
+            } catch (const std::invalid_argument& failure) {
+                throw CLI::ValidationError(failure.what());
+            }
+        })
+        ->trigger_on_parse();
+    app.parse_complete_callback([&] {
+        console.SetProgressWanted(settings.IsProgressShown());
+        if (!settings.Remember()) {
+            console.WriteError("tamesh: the settings cannot be kept for later runs\n");
+        }
+    });
+    app.add_subcommand("help-settings", "Shows the settings")->callback([&] {
+        code = console.WriteOutput(settings.Describe()) ? eEC_Done : eEC_Failed;
+    });
+    MeshCommands meshCommands(app, console, settings, code);
+    OptionsCommands optionsCommands(app, console, code);
 
     try {
         std::ranges::reverse(arguments); // the parser takes them from the end
@@ -92,8 +245,7 @@ int run(std::vector<std::string> arguments)
         const std::string reason = app.get_subcommands().empty() && !surplus.empty()
             ? "there is no subcommand or option " + surplus.front()
             : std::string(error.what());
-        console.WriteError("tamesh: " + reason + "\n\n" + app.help());
-        return eEC_WrongUsage;
+        return complain(console, app, reason);
     }
 }
 

@@ -47,7 +47,7 @@ void Progress::onProgress(double fraction, [[maybe_unused]] const CString& text)
 void Progress::show(double fraction)
 {
     const std::uint64_t now = m_console.GetMilliseconds();
-    if (now < m_nextTime) {
+    if (now < m_nextTime || !m_console.IsProgressWanted()) {
         return;
     }
     const auto percent = static_cast<unsigned int>(fraction * 100.0);

@@ -43,10 +43,12 @@ enum ERegistryType : unsigned int
     eRT_Number = 4, // 32 bits
 };
 
-/// Reads the bytes of a value, whatever its type. False where there is no such value, or it has
-/// more than `maxBytes`; `data` is then of no meaning. Creates nothing.
+/// Reads the bytes of a value, whatever its type, which `type`, where it is not null, receives.
+/// False where there is no such value, or it has more than `maxBytes`; `data` is then of no
+/// meaning. Creates nothing.
 [[nodiscard]] PLATFORM_API bool ReadRegistry(ERegistryRoot root, std::u16string_view key,
-    std::u16string_view name, std::size_t maxBytes, std::vector<unsigned char>& data);
+    std::u16string_view name, std::size_t maxBytes, std::vector<unsigned char>& data,
+    ERegistryType* type = nullptr);
 
 /// Writes a value, and the key where it is missing, with all keys above it.
 [[nodiscard]] PLATFORM_API bool WriteRegistry(ERegistryRoot root, std::u16string_view key,

@@ -9,6 +9,10 @@ file(WRITE ${FOLDER}/mesh.ply "ply\n")
 file(WRITE ${FOLDER}/old.tadoc "old")
 file(MAKE_DIRECTORY ${FOLDER}/folder.off)
 
+# Not the user's own settings. (On Windows these are those of the test environment.)
+set(ENV{TABASE_REGISTRY_FOLDER} ${FOLDER}_registry)
+file(REMOVE_RECURSE ${FOLDER}_registry)
+
 # expect(CODE OUT_PATTERN ERROR_PATTERN arguments...): a pattern that is empty demands silence.
 function(expect code out_pattern error_pattern)
   execute_process(COMMAND ${TAMESH} ${ARGN} WORKING_DIRECTORY ${FOLDER}
@@ -49,6 +53,46 @@ foreach(shape terrain torus sphere)
   expect(0 "" "" make ${shape} 8 -o ${shape}.off)
   expect(0 "\n  components +1\n" "" info ${shape}.off)
 endforeach()
+
+# Settings hold for this run and the later ones.
+expect(0 "digits +0 .*tree-depth +40 " "" --set digits= --set tree-depth= help-settings)
+expect(0 "upper bound +1 1 0\\.4\n" "" --set digits=1 --set tree-depth=1 info torus.off)
+expect(0 "  Root \\(TaNode\\)\n   .-- Mesh \\(TaNode\\)\n$" "" show good.tadoc)
+expect(2 "" "^tamesh: --set: the setting digits is 0 to 17, not '18'\n" --set digits=18 info good.off)
+expect(2 "" "^tamesh: --set: there is no setting 'size'" --set size=1 info good.off)
+set(key "Software\\TaBase\\tamesh\\Settings")
+expect(0 "^1\n$" "" options get ${key} DIGITS)
+expect(0 "" "" options set ${key} tree-depth 99) # beyond its limits, so not taken
+expect(0 "digits +1 .*tree-depth +40 " "" help-settings)
+expect(0 "" "" options export ${key} -o saved.txt)
+expect(0 "" "" options remove ${key})
+expect(0 "digits +0 " "" help-settings)
+expect(1 "" "^user: [^\n]*: there is no value 'digits'\n$" options get ${key} digits)
+expect(0 "" "" options import saved.txt)
+expect(0 "user: .*\n  digits = 1\n  tree-depth = 99\n$" "" options list ${key} --category user)
+expect(1 "" "^user: [^\n]*: there is no such key\n$" options list ${key}\\more)
+expect(1 "" "^good.off:1: this is not an export of options\n$" options import good.off)
+expect(0 "" "" options remove ${key})
+file(REMOVE ${FOLDER}/saved.txt)
+
+# An interrupt leaves nothing behind.
+execute_process(WORKING_DIRECTORY ${FOLDER} RESULT_VARIABLE result ERROR_VARIABLE error
+  COMMAND python3 -c "
+import glob, signal, subprocess, sys, time
+program = subprocess.Popen(sys.argv[1:], stderr=subprocess.PIPE)
+end = time.monotonic() + 100
+while not glob.glob('large.off.*') and program.poll() is None and time.monotonic() < end:
+    time.sleep(0.002)
+program.send_signal(signal.SIGINT)
+error = program.communicate()[1].decode().replace('\\r', '')
+if program.returncode != 130 or not error.endswith('large.off: interrupted\\n'):
+    sys.exit('exit code %d\\n%s' % (program.returncode, error))
+if glob.glob('large.off*'):
+    sys.exit('something is left of large.off')"
+  ${TAMESH} make sphere 700 -o large.off)
+if(NOT result EQUAL 0)
+  message(SEND_ERROR "interrupted: ${error}")
+endif()
 
 set(usage "\nUsage: tamesh")
 expect(2 "" "${usage}")

@@ -99,12 +99,12 @@ namespace {
 } // namespace
 
 bool ReadRegistry(ERegistryRoot root, std::u16string_view key, std::u16string_view name,
-    std::size_t maxBytes, std::vector<unsigned char>& data)
+    std::size_t maxBytes, std::vector<unsigned char>& data, ERegistryType* type)
 {
     SRegistryKey made;
     RegistryStore* const store = findStore(root);
     return store != nullptr && IsRegistryName(name) && makeKey(key, made)
-        && store->Read(root, made, UntilZero(name), maxBytes, data);
+        && store->Read(root, made, UntilZero(name), maxBytes, data, type);
 }
 
 bool WriteRegistry(ERegistryRoot root, std::u16string_view key, std::u16string_view name,

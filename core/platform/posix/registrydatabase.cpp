@@ -30,7 +30,7 @@ namespace {
 
     // In the order of EStatement.
     constexpr const char* kStatements[] = { "BEGIN IMMEDIATE", "COMMIT", "ROLLBACK",
-        "SELECT data FROM registry_values WHERE root=?1 AND key=?2 AND folded=?3",
+        "SELECT data, type FROM registry_values WHERE root=?1 AND key=?2 AND folded=?3",
         "INSERT OR IGNORE INTO registry_keys(root, parent, folded, name) VALUES(?1, ?2, ?3, ?4)",
         // The name stays as it was spelled first.
         "INSERT INTO registry_values(root, key, folded, name, type, data)"
@@ -269,7 +269,8 @@ ERegistryStatus RegistryDatabase::check()
 }
 
 ERegistryStatus RegistryDatabase::Read(ERegistryRoot root, const SRegistryKey& key,
-    const std::string& folded, std::size_t maxBytes, std::vector<unsigned char>& data)
+    const std::string& folded, std::size_t maxBytes, std::vector<unsigned char>& data,
+    ERegistryType* type)
 {
     Query query(m_statements[eS_Read]);
     query << root << key.folded << folded;
@@ -282,6 +283,9 @@ ERegistryStatus RegistryDatabase::Read(ERegistryRoot root, const SRegistryKey& k
         return eRS_Missing;
     }
     data.assign(found.begin(), found.end());
+    if (type != nullptr) {
+        *type = static_cast<ERegistryType>(query.GetNumber(1));
+    }
     return eRS_Done;
 }
 

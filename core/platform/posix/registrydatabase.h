@@ -60,7 +60,7 @@ public:
     const std::string& GetReason() const { return m_reason; }
 
     ERegistryStatus Read(ERegistryRoot root, const SRegistryKey& key, const std::string& folded,
-        std::size_t maxBytes, std::vector<unsigned char>& data);
+        std::size_t maxBytes, std::vector<unsigned char>& data, ERegistryType* type);
     ERegistryStatus Write(ERegistryRoot root, const SRegistryKey& key, const std::string& name,
         const std::string& folded, ERegistryType type, const void* data, std::size_t size);
     ERegistryStatus ListKeys(

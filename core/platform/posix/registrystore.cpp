@@ -110,11 +110,11 @@ namespace {
 } // namespace
 
 bool RegistryStore::Read(ERegistryRoot root, const SRegistryKey& key, std::u16string_view name,
-    std::size_t maxBytes, std::vector<unsigned char>& data)
+    std::size_t maxBytes, std::vector<unsigned char>& data, ERegistryType* type)
 {
     const std::string folded = FoldRegistryName(name);
     return run(eA_Read, [&](RegistryDatabase& database) {
-        return database.Read(root, key, folded, maxBytes, data);
+        return database.Read(root, key, folded, maxBytes, data, type);
     });
 }
 

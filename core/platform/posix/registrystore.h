@@ -44,7 +44,7 @@ public:
     }
 
     bool Read(ERegistryRoot root, const SRegistryKey& key, std::u16string_view name,
-        std::size_t maxBytes, std::vector<unsigned char>& data);
+        std::size_t maxBytes, std::vector<unsigned char>& data, ERegistryType* type);
     bool Write(ERegistryRoot root, const SRegistryKey& key, std::u16string_view name,
         ERegistryType type, const void* data, std::size_t size);
     bool ListKeys(ERegistryRoot root, const SRegistryKey& key, std::vector<std::u16string>& names);

@@ -59,8 +59,8 @@ namespace {
         return Key(opened);
     }
 
-    bool readValue(
-        HKEY key, const std::wstring& name, std::size_t maxBytes, std::vector<unsigned char>& data)
+    bool readValue(HKEY key, const std::wstring& name, std::size_t maxBytes,
+        std::vector<unsigned char>& data, DWORD& type)
     {
         // Most values are small, and `maxBytes` may be more than there is memory.
         constexpr std::size_t kUsualBytes = 512;
@@ -71,7 +71,7 @@ namespace {
             unsigned char none = 0;
             auto size = static_cast<DWORD>(data.size());
             const LSTATUS status = ::RegQueryValueExW(
-                key, name.c_str(), nullptr, nullptr, data.empty() ? &none : data.data(), &size);
+                key, name.c_str(), nullptr, &type, data.empty() ? &none : data.data(), &size);
             if (status == ERROR_SUCCESS) {
                 // A terminator that the system has put behind the text is not counted.
                 data.resize(std::min<std::size_t>(size, data.size()));
@@ -93,11 +93,18 @@ namespace {
 } // namespace
 
 bool ReadRegistry(ERegistryRoot root, std::u16string_view key, std::u16string_view name,
-    std::size_t maxBytes, std::vector<unsigned char>& data)
+    std::size_t maxBytes, std::vector<unsigned char>& data, ERegistryType* type)
 {
     const Key opened = openKey(root, key, KEY_QUERY_VALUE);
-    return opened != nullptr && IsRegistryName(name)
-        && readValue(opened.get(), ToWide(UntilZero(name)), maxBytes, data);
+    DWORD found = 0;
+    if (opened == nullptr || !IsRegistryName(name)
+        || !readValue(opened.get(), ToWide(UntilZero(name)), maxBytes, data, found)) {
+        return false;
+    }
+    if (type != nullptr) {
+        *type = static_cast<ERegistryType>(found);
+    }
+    return true;
 }
 
 bool WriteRegistry(ERegistryRoot root, std::u16string_view key, std::u16string_view name,

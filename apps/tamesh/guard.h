@@ -1,0 +1,29 @@
+#pragma once
+
+#include "tamesh/console.h"
+#include "tamesh/exitcode.h"
+#include "tamesh/files.h"
+
+#include <exception>
+#include <string>
+
+namespace tamesh {
+
+/// Does the work on one file, or whatever `name` is, and reports what it throws.
+template <class Work> EExitCode Guard(IConsole& console, const std::string& name, Work&& work)
+{
+    try {
+        work();
+        return eEC_Done;
+    } catch (const std::exception& failure) {
+        // Whatever the interrupted work failed with, this is why.
+        if (console.GetInterrupt().IsSet()) {
+            console.WriteError(name + ": interrupted\n");
+            return eEC_Interrupted;
+        }
+        console.WriteError(ReportFailure(name, failure) + "\n");
+        return eEC_Failed;
+    }
+}
+
+} // namespace tamesh
