@@ -143,7 +143,8 @@ int main()
     smoothing.SetHeights({ 0, 0, 9, 0, 0 });
     smoothing.SetSteps(steps.ToInt());
     smoothing.SetFlag(0, 0, true); // by its description, as a dialog would
-    check(smoothing.IsFlagsSet(Smoothing::kKeepEnds), "the description sets the algorithm's own flags");
+    check(smoothing.IsFlagsSet(Smoothing::kKeepEnds),
+        "the description sets the algorithm's own flags");
 
     TuEvent cancel(true);
     Impatience sink(cancel);

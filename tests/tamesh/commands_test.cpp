@@ -45,6 +45,21 @@ TEST_F(CommandsTest, ADocumentShowsTheFiguresOfItsMesh)
     EXPECT_EQ(m_console.error, "");
 }
 
+TEST_F(CommandsTest, AnInterruptEndsWhateverIsDoneAndWritesNothing)
+{
+    ASSERT_EQ(MakeMesh(m_console, eS_Sphere, 30, m_mesh), eEC_Done);
+    ASSERT_EQ(PackMesh(m_console, m_mesh, m_document), eEC_Done);
+    m_console.interrupt.Set();
+    EXPECT_EQ(ShowMeshes(m_console, { m_mesh, m_mesh }), eEC_Interrupted);
+    EXPECT_EQ(m_console.error, m_mesh + ": interrupted\n"); // the second is not begun
+    EXPECT_EQ(ShowDocuments(m_console, { m_document }), eEC_Interrupted);
+    const std::string other = name("b.tadoc");
+    EXPECT_EQ(PackMesh(m_console, m_mesh, other), eEC_Interrupted);
+    EXPECT_EQ(MakeMesh(m_console, eS_Terrain, 50, name("c.off")), eEC_Interrupted);
+    EXPECT_EQ(m_console.output, "");
+    EXPECT_EQ(m_folder.CountFiles(), 2);
+}
+
 TEST_F(CommandsTest, ANameThatIsNoTextIsNotTakenForAnother)
 {
     ASSERT_EQ(MakeMesh(m_console, eS_Sphere, 3, m_mesh), eEC_Done);
