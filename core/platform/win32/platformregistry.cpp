@@ -166,17 +166,18 @@ bool ListRegistryValues(
     std::wstring name(kLongestRegistryName + 1, L'\0');
     for (DWORD i = 0;; ++i) {
         auto length = static_cast<DWORD>(name.size());
-        DWORD type = 0;
         const LSTATUS status = ::RegEnumValueW(
-            opened.get(), i, name.data(), &length, nullptr, &type, nullptr, nullptr);
+            opened.get(), i, name.data(), &length, nullptr, nullptr, nullptr, nullptr);
         if (status != ERROR_SUCCESS) {
             std::sort(values.begin(), values.end(),
                 [](const SRegistryValue& a, const SRegistryValue& b) { return a.name < b.name; });
             return status == ERROR_NO_MORE_ITEMS;
         }
-        SRegistryValue value{ FromWide({ name.data(), length }), ERegistryType{ type }, {} };
+        SRegistryValue value{ FromWide({ name.data(), length }), {}, {} };
+        DWORD type = 0; // read with the data, so that they agree
         // One that has gone meanwhile is left out.
-        if (readValue(opened.get(), name.substr(0, length), kMostBytes, value.data)) {
+        if (readValue(opened.get(), name.substr(0, length), kMostBytes, value.data, type)) {
+            value.type = static_cast<ERegistryType>(type);
             values.push_back(std::move(value));
         }
     }

@@ -24,7 +24,8 @@ SSetDirectories& getSetDirectories()
 CString withSeparator(const CString& path)
 {
     const char16_t separator = platform::GetPathSeparator();
-    const bool has = !path.IsEmpty() && path[path.GetLength() - 1] == separator;
+    // No path at all must not become the root.
+    const bool has = path.IsEmpty() || path[path.GetLength() - 1] == separator;
     return has ? path : CString(path).Append(std::u16string_view(&separator, 1));
 }
 
