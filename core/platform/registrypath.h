@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
-#include <vector>
 
 namespace platform {
 
@@ -15,11 +15,11 @@ inline std::u16string_view UntilZero(std::u16string_view text)
     return text.substr(0, text.find(u'\0'));
 }
 
-/// Finds the parts of a key; none is the root. False for what is no key.
-inline bool SplitRegistryKey(std::u16string_view key, std::vector<std::u16string_view>& parts)
+/// Makes one spelling of all those of a key: no empty parts. False for what is no key.
+inline bool NormaliseRegistryKey(std::u16string_view key, std::u16string& normal)
 {
     constexpr char16_t kSeparator = u'\\';
-    parts.clear();
+    normal.clear();
     key = UntilZero(key);
     if (key.starts_with(kSeparator)) {
         return false;
@@ -31,7 +31,10 @@ inline bool SplitRegistryKey(std::u16string_view key, std::vector<std::u16string
             return false;
         }
         if (!part.empty()) {
-            parts.push_back(part);
+            if (!normal.empty()) {
+                normal += kSeparator;
+            }
+            normal += part;
         }
     }
     return true;

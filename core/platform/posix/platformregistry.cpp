@@ -78,22 +78,10 @@ namespace {
         return nullptr;
     }
 
-    bool makeKey(std::u16string_view text, SRegistryKey& key)
+    /// Which file a key is in, and the key in one spelling; null where there is none.
+    RegistryStore* find(ERegistryRoot root, std::u16string_view key, std::u16string& normal)
     {
-        std::vector<std::u16string_view> parts;
-        if (!SplitRegistryKey(text, parts)) {
-            return false;
-        }
-        std::u16string spelled;
-        for (const std::u16string_view part : parts) {
-            if (!spelled.empty()) {
-                spelled += u'\\';
-            }
-            spelled += part;
-        }
-        key.spelled = ToUtf8(spelled);
-        key.folded = FoldRegistryName(spelled);
-        return true;
+        return NormaliseRegistryKey(key, normal) ? findStore(root) : nullptr;
     }
 
 } // namespace
@@ -101,47 +89,44 @@ namespace {
 bool ReadRegistry(ERegistryRoot root, std::u16string_view key, std::u16string_view name,
     std::size_t maxBytes, std::vector<unsigned char>& data, ERegistryType* type)
 {
-    SRegistryKey made;
-    RegistryStore* const store = findStore(root);
-    return store != nullptr && IsRegistryName(name) && makeKey(key, made)
-        && store->Read(root, made, UntilZero(name), maxBytes, data, type);
+    std::u16string normal;
+    RegistryStore* const store = find(root, key, normal);
+    return store != nullptr && IsRegistryName(name)
+        && store->Read(root, normal, UntilZero(name), maxBytes, data, type);
 }
 
 bool WriteRegistry(ERegistryRoot root, std::u16string_view key, std::u16string_view name,
     ERegistryType type, const void* data, std::size_t size)
 {
-    SRegistryKey made;
-    RegistryStore* const store = findStore(root);
-    return store != nullptr && IsRegistryName(name) && makeKey(key, made)
-        && store->Write(root, made, UntilZero(name), type, data, size);
+    std::u16string normal;
+    RegistryStore* const store = find(root, key, normal);
+    return store != nullptr && IsRegistryName(name)
+        && store->Write(root, normal, UntilZero(name), type, data, size);
 }
 
 bool ListRegistryKeys(
     ERegistryRoot root, std::u16string_view key, std::vector<std::u16string>& names)
 {
     names.clear();
-    SRegistryKey made;
-    RegistryStore* const store = findStore(root);
-    return store != nullptr && makeKey(key, made)
-        && (store->ListKeys(root, made, names) || made.folded.empty());
+    std::u16string normal;
+    RegistryStore* const store = find(root, key, normal);
+    return store != nullptr && (store->ListKeys(root, normal, names) || normal.empty());
 }
 
 bool ListRegistryValues(
     ERegistryRoot root, std::u16string_view key, std::vector<SRegistryValue>& values)
 {
     values.clear();
-    SRegistryKey made;
-    RegistryStore* const store = findStore(root);
-    return store != nullptr && makeKey(key, made)
-        && (store->ListValues(root, made, values) || made.folded.empty());
+    std::u16string normal;
+    RegistryStore* const store = find(root, key, normal);
+    return store != nullptr && (store->ListValues(root, normal, values) || normal.empty());
 }
 
 bool RemoveRegistryKey(ERegistryRoot root, std::u16string_view key)
 {
-    SRegistryKey made;
-    RegistryStore* const store = findStore(root);
-    return store != nullptr && makeKey(key, made) && !made.folded.empty()
-        && store->RemoveKey(root, made);
+    std::u16string normal;
+    RegistryStore* const store = find(root, key, normal);
+    return store != nullptr && !normal.empty() && store->RemoveKey(root, normal);
 }
 
 } // namespace platform

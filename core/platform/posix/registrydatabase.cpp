@@ -48,9 +48,12 @@ namespace {
 
     char16_t foldUnit(char16_t unit)
     {
-        static const locale_t s_locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-        if (unit < 0x80 || s_locale == nullptr) {
+        if (unit < 0x80) {
             return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - u'a' + u'A') : unit;
+        }
+        static const locale_t s_locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+        if (s_locale == nullptr) {
+            return unit;
         }
         const wint_t capital = towupper_l(unit, s_locale);
         return capital <= 0xFFFF ? static_cast<char16_t>(capital) : unit;
@@ -58,10 +61,16 @@ namespace {
 
 } // namespace
 
-std::string FoldRegistryName(std::u16string_view name)
+std::string FoldRegistryText(std::u16string_view text)
 {
-    std::u16string folded(name);
+    std::u16string folded(text);
     std::transform(folded.begin(), folded.end(), folded.begin(), foldUnit);
+    if (std::all_of(folded.begin(), folded.end(), [](char16_t unit) { return unit < 0x80; })) {
+        std::string narrow(folded.size(), '\0'); // most are so, and every read folds two
+        std::transform(folded.begin(), folded.end(), narrow.begin(),
+            [](char16_t unit) { return static_cast<char>(unit); });
+        return narrow;
+    }
     return ToUtf8(folded);
 }
 
@@ -268,12 +277,12 @@ ERegistryStatus RegistryDatabase::check()
     return eRS_Done;
 }
 
-ERegistryStatus RegistryDatabase::Read(ERegistryRoot root, const SRegistryKey& key,
-    const std::string& folded, std::size_t maxBytes, std::vector<unsigned char>& data,
+ERegistryStatus RegistryDatabase::Read(ERegistryRoot root, const std::string& key,
+    const std::string& name, std::size_t maxBytes, std::vector<unsigned char>& data,
     ERegistryType* type)
 {
     Query query(m_statements[eS_Read]);
-    query << root << key.folded << folded;
+    query << root << key << name;
     const int code = query.Step();
     if (code != SQLITE_ROW) {
         return code == SQLITE_DONE ? eRS_Missing : fail();
@@ -289,9 +298,8 @@ ERegistryStatus RegistryDatabase::Read(ERegistryRoot root, const SRegistryKey& k
     return eRS_Done;
 }
 
-ERegistryStatus RegistryDatabase::Write(ERegistryRoot root, const SRegistryKey& key,
-    const std::string& name, const std::string& folded, ERegistryType type, const void* data,
-    std::size_t size)
+ERegistryStatus RegistryDatabase::Write(ERegistryRoot root, const SRegistryText& key,
+    const SRegistryText& name, ERegistryType type, const void* data, std::size_t size)
 {
     // Of two that read before they write one would fail: the right to write comes first.
     Transaction transaction(*this);
@@ -314,7 +322,7 @@ ERegistryStatus RegistryDatabase::Write(ERegistryRoot root, const SRegistryKey& 
     }
     {
         Query query(m_statements[eS_SetValue]);
-        query << root << key.folded << folded << name << type;
+        query << root << key.folded << name.folded << name.spelled << type;
         query.Bytes(data, size);
         if (query.Step() != SQLITE_DONE) {
             return fail();
@@ -323,9 +331,9 @@ ERegistryStatus RegistryDatabase::Write(ERegistryRoot root, const SRegistryKey& 
     return transaction.Commit() ? eRS_Done : fail();
 }
 
-ERegistryStatus RegistryDatabase::hasKey(ERegistryRoot root, const SRegistryKey& key)
+ERegistryStatus RegistryDatabase::hasKey(ERegistryRoot root, const std::string& key)
 {
-    std::string_view parent = key.folded;
+    std::string_view parent = key;
     const std::string_view folded = takeLastPart(parent);
     if (folded.empty()) {
         return eRS_Done;
@@ -342,7 +350,7 @@ ERegistryStatus RegistryDatabase::hasKey(ERegistryRoot root, const SRegistryKey&
 }
 
 ERegistryStatus RegistryDatabase::ListKeys(
-    ERegistryRoot root, const SRegistryKey& key, std::vector<std::u16string>& names)
+    ERegistryRoot root, const std::string& key, std::vector<std::u16string>& names)
 {
     names.clear();
     Statement statement;
@@ -350,7 +358,7 @@ ERegistryStatus RegistryDatabase::ListKeys(
         return fail();
     }
     Query query(statement);
-    query << root << key.folded;
+    query << root << key;
     int code = SQLITE_ROW;
     while ((code = query.Step()) == SQLITE_ROW) {
         names.push_back(FromUtf8(query.GetBytes(0)));
@@ -360,7 +368,7 @@ ERegistryStatus RegistryDatabase::ListKeys(
 }
 
 ERegistryStatus RegistryDatabase::ListValues(
-    ERegistryRoot root, const SRegistryKey& key, std::vector<SRegistryValue>& values)
+    ERegistryRoot root, const std::string& key, std::vector<SRegistryValue>& values)
 {
     values.clear();
     Statement statement;
@@ -369,7 +377,7 @@ ERegistryStatus RegistryDatabase::ListValues(
         return fail();
     }
     Query query(statement);
-    query << root << key.folded;
+    query << root << key;
     int code = SQLITE_ROW;
     while ((code = query.Step()) == SQLITE_ROW) {
         const std::string_view data = query.GetBytes(2);
@@ -381,12 +389,12 @@ ERegistryStatus RegistryDatabase::ListValues(
     return code == SQLITE_DONE ? hasKey(root, key) : fail();
 }
 
-ERegistryStatus RegistryDatabase::RemoveKey(ERegistryRoot root, const SRegistryKey& key)
+ERegistryStatus RegistryDatabase::RemoveKey(ERegistryRoot root, const std::string& key)
 {
     // All keys below have a path that begins with this: "]" is what follows "\".
-    const std::string first = key.folded + "\\";
-    const std::string behind = key.folded + "]";
-    std::string_view parent = key.folded;
+    const std::string first = key + "\\";
+    const std::string behind = key + "]";
+    std::string_view parent = key;
     const std::string_view folded = takeLastPart(parent);
     Transaction transaction(*this);
     Statement values;
@@ -405,7 +413,7 @@ ERegistryStatus RegistryDatabase::RemoveKey(ERegistryRoot root, const SRegistryK
     }
     for (const Statement* statement : { &values, &below }) {
         Query query(*statement);
-        query << root << key.folded << first << behind;
+        query << root << key << first << behind;
         if (query.Step() != SQLITE_DONE) {
             return fail();
         }

@@ -27,15 +27,16 @@ enum ERegistryStatus
     eRS_Newer, // of a later version of this library
 };
 
-/// A key as a file keeps it: in UTF-8, its parts joined by "\"; as spelled, and folded to one case.
-struct SRegistryKey
+/// A key or a name as a file keeps it, in UTF-8: as spelled, and in one case for comparing. The
+/// parts of a key are joined by "\".
+struct SRegistryText
 {
     std::string spelled;
     std::string folded;
 };
 
-/// A name for comparing: each unit in its capital form, where it has one.
-std::string FoldRegistryName(std::u16string_view name);
+/// Each unit in its capital form, where it has one; in UTF-8.
+std::string FoldRegistryText(std::u16string_view text);
 
 /// One file of the registry, held open: a database of SQLite with a table of keys and one of values
 /// (docs/format.md). It keeps the connection and prepared statements, never values.
@@ -59,15 +60,16 @@ public:
     /// Why the latest operation failed.
     const std::string& GetReason() const { return m_reason; }
 
-    ERegistryStatus Read(ERegistryRoot root, const SRegistryKey& key, const std::string& folded,
+    // Keys and names are folded, but for those that may be new.
+    ERegistryStatus Read(ERegistryRoot root, const std::string& key, const std::string& name,
         std::size_t maxBytes, std::vector<unsigned char>& data, ERegistryType* type);
-    ERegistryStatus Write(ERegistryRoot root, const SRegistryKey& key, const std::string& name,
-        const std::string& folded, ERegistryType type, const void* data, std::size_t size);
+    ERegistryStatus Write(ERegistryRoot root, const SRegistryText& key, const SRegistryText& name,
+        ERegistryType type, const void* data, std::size_t size);
     ERegistryStatus ListKeys(
-        ERegistryRoot root, const SRegistryKey& key, std::vector<std::u16string>& names);
+        ERegistryRoot root, const std::string& key, std::vector<std::u16string>& names);
     ERegistryStatus ListValues(
-        ERegistryRoot root, const SRegistryKey& key, std::vector<SRegistryValue>& values);
-    ERegistryStatus RemoveKey(ERegistryRoot root, const SRegistryKey& key);
+        ERegistryRoot root, const std::string& key, std::vector<SRegistryValue>& values);
+    ERegistryStatus RemoveKey(ERegistryRoot root, const std::string& key);
 
 private:
     class Query;
@@ -93,7 +95,7 @@ private:
     ERegistryStatus recognise(bool mayCreate);
     ERegistryStatus create();
     ERegistryStatus check();
-    ERegistryStatus hasKey(ERegistryRoot root, const SRegistryKey& key);
+    ERegistryStatus hasKey(ERegistryRoot root, const std::string& key);
     bool prepare(const char* text, Statement& statement);
     bool execute(const char* texts);
     bool readNumber(const char* text, long long& number);

@@ -109,42 +109,47 @@ namespace {
 
 } // namespace
 
-bool RegistryStore::Read(ERegistryRoot root, const SRegistryKey& key, std::u16string_view name,
+bool RegistryStore::Read(ERegistryRoot root, std::u16string_view key, std::u16string_view name,
     std::size_t maxBytes, std::vector<unsigned char>& data, ERegistryType* type)
 {
-    const std::string folded = FoldRegistryName(name);
+    const std::string foldedKey = FoldRegistryText(key);
+    const std::string foldedName = FoldRegistryText(name);
     return run(eA_Read, [&](RegistryDatabase& database) {
-        return database.Read(root, key, folded, maxBytes, data, type);
+        return database.Read(root, foldedKey, foldedName, maxBytes, data, type);
     });
 }
 
-bool RegistryStore::Write(ERegistryRoot root, const SRegistryKey& key, std::u16string_view name,
+bool RegistryStore::Write(ERegistryRoot root, std::u16string_view key, std::u16string_view name,
     ERegistryType type, const void* data, std::size_t size)
 {
-    const std::string spelled = ToUtf8(name);
-    const std::string folded = FoldRegistryName(name);
+    const SRegistryText keyText{ ToUtf8(key), FoldRegistryText(key) };
+    const SRegistryText nameText{ ToUtf8(name), FoldRegistryText(name) };
     return run(eA_Create, [&](RegistryDatabase& database) {
-        return database.Write(root, key, spelled, folded, type, data, size);
+        return database.Write(root, keyText, nameText, type, data, size);
     });
 }
 
 bool RegistryStore::ListKeys(
-    ERegistryRoot root, const SRegistryKey& key, std::vector<std::u16string>& names)
+    ERegistryRoot root, std::u16string_view key, std::vector<std::u16string>& names)
 {
-    return run(
-        eA_Read, [&](RegistryDatabase& database) { return database.ListKeys(root, key, names); });
+    const std::string folded = FoldRegistryText(key);
+    return run(eA_Read,
+        [&](RegistryDatabase& database) { return database.ListKeys(root, folded, names); });
 }
 
 bool RegistryStore::ListValues(
-    ERegistryRoot root, const SRegistryKey& key, std::vector<SRegistryValue>& values)
+    ERegistryRoot root, std::u16string_view key, std::vector<SRegistryValue>& values)
 {
+    const std::string folded = FoldRegistryText(key);
     return run(eA_Read,
-        [&](RegistryDatabase& database) { return database.ListValues(root, key, values); });
+        [&](RegistryDatabase& database) { return database.ListValues(root, folded, values); });
 }
 
-bool RegistryStore::RemoveKey(ERegistryRoot root, const SRegistryKey& key)
+bool RegistryStore::RemoveKey(ERegistryRoot root, std::u16string_view key)
 {
-    return run(eA_Write, [&](RegistryDatabase& database) { return database.RemoveKey(root, key); });
+    const std::string folded = FoldRegistryText(key);
+    return run(
+        eA_Write, [&](RegistryDatabase& database) { return database.RemoveKey(root, folded); });
 }
 
 void RegistryStore::BeforeFork()

@@ -43,14 +43,14 @@ public:
     {
     }
 
-    bool Read(ERegistryRoot root, const SRegistryKey& key, std::u16string_view name,
+    bool Read(ERegistryRoot root, std::u16string_view key, std::u16string_view name,
         std::size_t maxBytes, std::vector<unsigned char>& data, ERegistryType* type);
-    bool Write(ERegistryRoot root, const SRegistryKey& key, std::u16string_view name,
+    bool Write(ERegistryRoot root, std::u16string_view key, std::u16string_view name,
         ERegistryType type, const void* data, std::size_t size);
-    bool ListKeys(ERegistryRoot root, const SRegistryKey& key, std::vector<std::u16string>& names);
+    bool ListKeys(ERegistryRoot root, std::u16string_view key, std::vector<std::u16string>& names);
     bool ListValues(
-        ERegistryRoot root, const SRegistryKey& key, std::vector<SRegistryValue>& values);
-    bool RemoveKey(ERegistryRoot root, const SRegistryKey& key);
+        ERegistryRoot root, std::u16string_view key, std::vector<SRegistryValue>& values);
+    bool RemoveKey(ERegistryRoot root, std::u16string_view key);
 
     /// A connection must not be carried into a child: both processes open it anew behind the fork.
     void BeforeFork() TU_ACQUIRE(m_lock);

@@ -43,9 +43,10 @@ namespace {
     /// The key as the system takes it; false where it would take more than every other system.
     bool toNative(std::u16string_view key, std::wstring& native)
     {
-        std::vector<std::u16string_view> parts;
-        native = ToWide(UntilZero(key));
-        return SplitRegistryKey(key, parts);
+        std::u16string normal;
+        const bool isKey = NormaliseRegistryKey(key, normal);
+        native = ToWide(normal);
+        return isKey;
     }
 
     Key openKey(ERegistryRoot root, std::u16string_view key, REGSAM rights)
@@ -186,8 +187,7 @@ bool ListRegistryValues(
 bool RemoveRegistryKey(ERegistryRoot root, std::u16string_view key)
 {
     std::wstring path;
-    std::vector<std::u16string_view> parts;
-    return toNative(key, path) && SplitRegistryKey(key, parts) && !parts.empty()
+    return toNative(key, path) && !path.empty()
         && ::RegDeleteTreeW(rootKey(root), path.c_str()) == ERROR_SUCCESS;
 }
 
