@@ -28,14 +28,17 @@ namespace {
           "PRAGMA user_version=1;"
           "COMMIT";
 
+    // The name stays as it was spelled first.
+    constexpr char kSetValue[]
+        = "INSERT INTO registry_values(root, key, folded, name, type, data)"
+          " VALUES(?1, ?2, ?3, ?4, ?5, ?6)"
+          " ON CONFLICT DO UPDATE SET type=excluded.type, data=excluded.data";
+
     // In the order of EStatement.
     constexpr const char* kStatements[] = { "BEGIN IMMEDIATE", "COMMIT", "ROLLBACK",
         "SELECT data, type FROM registry_values WHERE root=?1 AND key=?2 AND folded=?3",
         "INSERT OR IGNORE INTO registry_keys(root, parent, folded, name) VALUES(?1, ?2, ?3, ?4)",
-        // The name stays as it was spelled first.
-        "INSERT INTO registry_values(root, key, folded, name, type, data)"
-        " VALUES(?1, ?2, ?3, ?4, ?5, ?6)"
-        " ON CONFLICT DO UPDATE SET type=excluded.type, data=excluded.data" };
+        kSetValue };
 
     /// Takes the last part off the front of `path`, which becomes that of the key above.
     std::string_view takeLastPart(std::string_view& path)
