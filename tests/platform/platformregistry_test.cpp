@@ -358,6 +358,10 @@ TEST_F(PlatformRegistryTest, FollowsTheFileAtItsPlace)
     ASSERT_TRUE(write(u"k", u"old", { 1 }));
     ChildProcess holder("registry-counter", StartProgress("1"));
     AwaitProgress();
+    const TemporaryFolder third;
+    UseFolder(third);
+    EXPECT_TRUE(write(u"k", u"v", { 1 })); // leaves those of the other folder alone
+    UseFolder(m_folder);
     ASSERT_EQ(read(u"k", u"old"), Bytes{ 1 });
     std::filesystem::rename(other.GetPath(kUserFile), m_folder.GetPath(kUserFile));
     EXPECT_EQ(read(u"k", u"new", 3000), Bytes(3000, 2));

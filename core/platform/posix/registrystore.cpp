@@ -230,7 +230,7 @@ ERegistryStatus RegistryStore::open(const std::string& path, EAccess access)
     if (!folderLock.Take()) {
         return eRS_Failed;
     }
-    letGo(path);
+    letGo(path, access);
     ERegistryStatus status = m_database.Open(path, access == eA_Create);
     if (status == eRS_Unreadable) {
         return setAside(path) ? eRS_Unreadable : eRS_Failed;
@@ -252,19 +252,18 @@ ERegistryStatus RegistryStore::open(const std::string& path, EAccess access)
 }
 
 /// Closes what is open, and sees to it that no journal of a file that has gone is taken for one of
-/// the file that has come.
-void RegistryStore::letGo(const std::string& path)
+/// the file that has come, or will.
+void RegistryStore::letGo(const std::string& path, EAccess access)
 {
-    bool isStale = !hasContent(path);
     std::string file = path;
-    if (m_database.IsOpen()) {
+    bool isStale = access == eA_Create && !hasContent(path);
+    if (m_database.IsOpen() && path == m_path) {
         file = m_database.GetFile();
         // Before closing: until then the journal's number is not given to another file.
-        const bool isOld = path == m_path && !isCurrent() && m_journal != SFileIdentity{}
+        isStale |= !isCurrent() && m_journal != SFileIdentity{}
             && identify(file + kJournal) == m_journal;
-        isStale |= isOld;
-        m_database.Close();
     }
+    m_database.Close();
     if (isStale) {
         for (const char* companion : kCompanions) {
             unlink((file + companion).c_str());

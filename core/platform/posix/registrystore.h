@@ -69,7 +69,7 @@ private:
     bool attempt(EAccess access, Operation operation) TU_REQUIRES(m_lock);
     ERegistryStatus makeReady(EAccess access) TU_REQUIRES(m_lock);
     ERegistryStatus open(const std::string& path, EAccess access) TU_REQUIRES(m_lock);
-    void letGo(const std::string& path) TU_REQUIRES(m_lock);
+    void letGo(const std::string& path, EAccess access) TU_REQUIRES(m_lock);
     bool isCurrent() const TU_REQUIRES(m_lock);
     bool setAside(const std::string& path) TU_REQUIRES(m_lock);
     void report(const std::string& path, const std::string& consequence) TU_REQUIRES(m_lock);
