@@ -64,14 +64,14 @@ template <class Write> void TaAlgorithmRecording::guard(Write&& write) noexcept
 /// Half a recording would be taken for one whose run failed: it goes.
 void TaAlgorithmRecording::drop(const char* reason)
 {
-    if (m_stream != nullptr) {
-        m_stream.reset();
-        platform::RemovePath(m_path);
-    }
     try {
+        if (m_stream != nullptr) {
+            m_stream.reset();
+            platform::RemovePath(m_path);
+        }
         TuLogListenerManager::GetInstance().NotifyListeners(eLL_Warning, TU_HERE,
             u"the run of an algorithm is not recorded: " + CString::FromUtf8(reason));
-    } catch (const std::bad_alloc&) {
-        return; // nor is there memory to say so
+    } catch (const std::exception&) {
+        return; // nor is there memory to remove it, or to say so
     }
 }
