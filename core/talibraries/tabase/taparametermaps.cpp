@@ -111,12 +111,16 @@ void TaParameterMaps::Serialize(TuStreamWriteBinary& stream) const
 
 void TaParameterMaps::SerializeSorted(TuStreamWriteBinary& stream) const
 {
-    TuArrayManaged<CString> names;
-    GetSortedKeys(m_parameters, names);
-    writeHead(stream, names.GetSize());
-    for (const CString& name : names) {
-        stream << name;
-        m_parameters.GetAt(name).Serialize(stream);
+    std::vector<const ValueMap::SAssociation*> entries;
+    entries.reserve(m_parameters.GetCount());
+    for (const ValueMap::SAssociation& entry : m_parameters) {
+        entries.push_back(&entry);
+    }
+    std::ranges::sort(entries, {}, [](const auto* entry) { return entry->GetKey().GetView(); });
+    writeHead(stream, m_parameters.GetCount());
+    for (const ValueMap::SAssociation* entry : entries) {
+        stream << entry->GetKey();
+        entry->GetValue().Serialize(stream);
     }
 }
 
