@@ -1,5 +1,7 @@
 #include "largestblock.h"
 
+#include "support/allocationfailure.h"
+
 #include <cstdlib>
 #include <new>
 
@@ -11,7 +13,8 @@ void* operator new(std::size_t size)
     if (size > s_largestBlock) {
         s_largestBlock = size;
     }
-    void* const block = s_isMemoryGone ? nullptr : std::malloc(size);
+    const bool isRefused = s_isMemoryGone || !AllocationFailure::Allow();
+    void* const block = isRefused ? nullptr : std::malloc(size);
     if (block == nullptr) {
         throw std::bad_alloc();
     }
