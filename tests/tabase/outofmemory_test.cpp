@@ -1,6 +1,6 @@
 #include "groundwork/tuexceptions.h"
 #include "groundwork/tumemory.h"
-#include "largestblock.h"
+#include "support/largestblock.h"
 #include "tabase/tastreamwritebinarybuffer.h"
 
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
 #include "tabase/taalgorithm.h"
 
 #include "groundwork/tuloglistenermanager.h"
-#include "largestblock.h"
 #include "support/cancelinjection.h"
 #include "support/expectfailure.h"
+#include "support/largestblock.h"
 #include "support/samplealgorithm.h"
 #include "support/temporaryfolder.h"
 #include "tabase/cexception.h"

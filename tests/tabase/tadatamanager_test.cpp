@@ -1,9 +1,9 @@
 #include "tabase/tadatamanager.h"
 
 #include "groundwork/tuexceptions.h"
-#include "largestblock.h"
 #include "support/allocationlimit.h"
 #include "support/datatreeprobe.h"
+#include "support/largestblock.h"
 #include "support/processortime.h"
 #include "support/testlatch.h"
 #include "support/testrandom.h"

@@ -1,8 +1,8 @@
 #include "tabase/taparameterset.h"
 
 #include "groundwork/tucondition.h"
-#include "largestblock.h"
 #include "support/expectfailure.h"
+#include "support/largestblock.h"
 #include "support/memorystreams.h"
 #include "tabase/taattributeparameter.h"
 #include "tabase/taclassparameterset.h"

@@ -1,9 +1,9 @@
 #include "support/versionedrecord.h"
 
 #include "groundwork/tuexceptions.h"
-#include "largestblock.h"
 #include "support/bufferbytes.h"
 #include "support/expectfailure.h"
+#include "support/largestblock.h"
 #include "tabase/tastreamreadbinarybuffer.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "largestblock.h"
+#include "support/largestblock.h"
 
 #include "support/allocationfailure.h"
 
