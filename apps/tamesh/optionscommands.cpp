@@ -6,8 +6,9 @@
 #include "tamesh/guard.h"
 #include "tamesh/meshfailure.h"
 
-#include <ranges>
+#include <algorithm>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 namespace tamesh {
@@ -42,8 +43,8 @@ namespace {
             for (platform::SRegistryValue& value : values) {
                 take(SOption{ root, key, std::move(value) });
             }
-            for (const std::u16string& name : names | std::views::reverse) {
-                open.push_back(key.empty() ? name : key + u"\\" + name);
+            for (auto name = names.rbegin(); name != names.rend(); ++name) {
+                open.push_back(key.empty() ? *name : key + u"\\" + *name);
             }
         }
     }

@@ -107,7 +107,7 @@ bool TaMeshStatistics::collectSides(SSides& sides)
     }
     begins[vertexCount] = sum;
     // Each begin stands at its end now, and moves to its place while the sides are put in.
-    sides.largerEnds = std::make_unique_for_overwrite<std::uint32_t[]>(sum);
+    sides.largerEnds = std::make_unique_for_overwrite<std::uint32_t[]>(std::max(sum, 1u));
     return forEachSide([&](std::uint32_t smaller, std::uint32_t larger) {
         sides.largerEnds[--begins[smaller]] = larger;
     });

@@ -87,7 +87,7 @@ public:
         return Base::replaceOrInsertFirst(
             key, [&value](SAssociation& entry) { entry.GetValue() = value; }, value);
     }
-    /// Inserts a value under a key that is known to be new; unlike the others, in constant time.
+    /// Inserts a value under a key that is known to be new: it is looked for in debug builds only.
     void InsertNew(KeyArgument key, const V& value) { Base::insertNew(key, value); }
     void InsertNew(KeyArgument key, V&& value) { Base::insertNew(key, std::move(value)); }
 

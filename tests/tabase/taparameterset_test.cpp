@@ -286,6 +286,16 @@ TEST(TaClassParameterSetTest, IdentifiersOfNamesToDisplayAreNotCopiedThoseOfDesc
     EXPECT_EQ(target.GetResourceID(u"own"), 5u);
     EXPECT_FALSE(target.HasResourceID(u"a") || target.HasDescriptionID(u"own"));
     EXPECT_EQ(target.GetDescriptionID(u"a"), 2u);
+    target = TaClassParameterSet(); // nor those of a temporary
+    EXPECT_EQ(target.GetResourceID(u"own"), 5u);
+    EXPECT_FALSE(target.HasDescriptionID(u"a"));
+    TaClassParameterSet other;
+    swap(target, other);
+    EXPECT_FALSE(target.HasResourceID(u"own"));
+    EXPECT_EQ(other.GetResourceID(u"own"), 5u);
+    other.ResetAll();
+    EXPECT_FALSE(other.HasResourceID(u"own"));
+    target = set;
     target.ResetAll();
     EXPECT_FALSE(target.HasResourceID(u"own") || target.HasDescriptionID(u"a"));
     EXPECT_EQ(set.GetResourceID(u"a"), 0xFFFF'FFFFul);

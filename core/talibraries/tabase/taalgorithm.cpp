@@ -150,6 +150,14 @@ template <class Make> void TaAlgorithm::keep(Make&& make) noexcept
 
 bool TaAlgorithm::IsComputable() const
 {
+    const bool wasBroken = m_wasBroken; // a precondition may poll
+    const bool isComputable = arePreConditionsMet();
+    m_wasBroken = wasBroken;
+    return isComputable;
+}
+
+bool TaAlgorithm::arePreConditionsMet() const
+{
     try {
         return checkPreConditionsInit() && checkPreConditions();
     } catch (CException* failure) {
@@ -185,7 +193,7 @@ void TaAlgorithm::setProgress(double fraction, const CString& text)
 bool TaAlgorithm::isBreak() const
 {
     if (m_progressSink != nullptr) {
-        const double part = std::clamp(m_progress, 0.0, 1.0);
+        const double part = m_progress > 0.0 ? std::min(m_progress, 1.0) : 0.0; // also for NaN
         m_progressSink->onProgress(
             m_progressFrom + (m_progressTo - m_progressFrom) * part, m_progressText);
     }

@@ -146,6 +146,7 @@ protected:
 private:
     struct SFailureLines;
 
+    bool arePreConditionsMet() const;
     void initialize();
     void run();
     bool takeFailure(EComputeFlags flags, const SFailureLines& lines);

@@ -28,10 +28,7 @@ TaClassParameterSet::TaClassParameterSet(const TaClassParameterSet& other)
 TaClassParameterSet& TaClassParameterSet::operator=(const TaClassParameterSet& other)
 {
     if (this != &other) {
-        TaClassParameterSet copy(other);
-        m_maps = std::move(copy.m_maps);
-        m_descriptionIDs.Swap(copy.m_descriptionIDs);
-        m_groups.swap(copy.m_groups);
+        *this = TaClassParameterSet(other);
     }
     return *this;
 }
@@ -40,11 +37,17 @@ TaClassParameterSet& TaClassParameterSet::operator=(TaClassParameterSet&& other)
 {
     // A group of this set would go with the former groups: it is emptied first.
     TaClassParameterSet taken(std::move(other));
-    m_maps = std::move(taken.m_maps);
-    m_resourceIDs.Swap(taken.m_resourceIDs);
-    m_descriptionIDs.Swap(taken.m_descriptionIDs);
-    m_groups.swap(taken.m_groups);
+    taken.m_resourceIDs.Swap(m_resourceIDs);
+    Swap(taken);
     return *this;
+}
+
+void TaClassParameterSet::Swap(TaClassParameterSet& other) noexcept
+{
+    std::swap(m_maps, other.m_maps);
+    m_resourceIDs.Swap(other.m_resourceIDs);
+    m_descriptionIDs.Swap(other.m_descriptionIDs);
+    m_groups.swap(other.m_groups);
 }
 
 void TaClassParameterSet::ResetAll()

@@ -30,10 +30,16 @@ public:
     TaClassParameterSet();
     TaClassParameterSet(const TaClassParameterSet& other);
     TaClassParameterSet& operator=(const TaClassParameterSet& other);
-    /// Moves all, the identifiers of names to display included. What was moved from is empty.
+    /// A new set takes all, the identifiers of names to display included. What was moved from is
+    /// empty.
     TaClassParameterSet(TaClassParameterSet&& other) noexcept = default;
+    /// As the assignment of a copy, the target's identifiers of names to display stay.
     TaClassParameterSet& operator=(TaClassParameterSet&& other) noexcept;
     ~TaClassParameterSet() = default;
+
+    /// Exchanges all.
+    void Swap(TaClassParameterSet& other) noexcept;
+    friend void swap(TaClassParameterSet& a, TaClassParameterSet& b) noexcept { a.Swap(b); }
 
     /// Removes everything, limits, identifiers and groups included.
     void ResetAll();

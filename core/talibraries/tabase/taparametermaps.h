@@ -5,6 +5,8 @@
 #include "groundwork/tuvariant.h"
 #include "tabase/tabaseapi.h"
 
+#include <array>
+
 class TuStreamReadBinary;
 class TuStreamWriteBinary;
 
@@ -83,7 +85,7 @@ private:
 
     ValueMap m_parameters;
     TextMap m_extensions;
-    ValueMap m_limits[eL_Count];
+    std::array<ValueMap, eL_Count> m_limits;
 };
 
 template <class Value>

@@ -1,11 +1,11 @@
 #include "tabase/tarecordedtest.h"
 
-#include "groundwork/tuscopedpointer.h"
 #include "platform/platformarguments.h"
 #include "platform/platformterminal.h"
 #include "tabase/taalgorithm.h"
 #include "tabase/tastreamreadbinaryfile.h"
 
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -17,14 +17,14 @@ void say(const std::string& text) { platform::WriteStandard(platform::eSS_Error,
 TuSmartPointer<TaAlgorithm> makeAlgorithm(const CString& className)
 {
     const TuRTTI::CreateFunction create = TuRTTI::getCreate(className);
-    TuScopedPointer<IObject> object(create != nullptr ? create() : nullptr);
-    auto* const algorithm = dynamic_cast<TaAlgorithm*>(object.Get());
+    std::unique_ptr<IObject> object(create != nullptr ? create() : nullptr);
+    auto* const algorithm = dynamic_cast<TaAlgorithm*>(object.get());
     if (algorithm == nullptr) {
         throw TuException(TU_HERE,
             std::runtime_error("there is no algorithm " + className.ToUtf8()
                 + " that is made by its name; is its library linked?"));
     }
-    static_cast<void>(object.Detach());
+    static_cast<void>(object.release());
     return algorithm;
 }
 
