@@ -45,4 +45,15 @@ if quietly "$WINESERVER" -p60; then # fails where one is there already
 fi
 exec 9>&-
 
+# The first program that has a window starts the process of the desktop, which then keeps that
+# program's output open for as long as anybody has a window: whoever reads the output to its end
+# would wait for other programs. So one that says nothing starts it, and holds it for a minute.
+desktop=$root/build/wine.desktop
+rundll="C:\\windows\\system32\\rundll32.exe" # by its name it would get a starter that dies instead
+if flock -n "$desktop" true; then
+    quietly "$WINELOADER" "$rundll" user32.dll,GetDesktopWindow
+    (flock -n 8 && quietly timeout 60 "$WINELOADER" "$rundll" kernel32.dll,Sleep) \
+        </dev/null >/dev/null 2>&1 8>"$desktop" &
+fi
+
 exec "$WINELOADER" "$@"
