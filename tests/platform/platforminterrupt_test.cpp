@@ -20,6 +20,9 @@ namespace {
 
 constexpr unsigned int kPatienceMs = 60'000;
 
+// The tests themselves may have been started in the background.
+const auto kFormerHandler = std::signal(SIGINT, SIG_DFL);
+
 TEST(PlatformInterruptTest, OneWatchAtATimeHears)
 {
     const platform::InterruptWatch first([] {});

@@ -79,6 +79,7 @@ file(REMOVE ${FOLDER}/saved.txt)
 execute_process(WORKING_DIRECTORY ${FOLDER} RESULT_VARIABLE result ERROR_VARIABLE error
   COMMAND python3 -c "
 import glob, signal, subprocess, sys, time
+signal.signal(signal.SIGINT, signal.SIG_DFL)  # a test in the background is started without
 program = subprocess.Popen(sys.argv[1:], stderr=subprocess.PIPE)
 end = time.monotonic() + 100
 while not glob.glob('large.off.*') and program.poll() is None and time.monotonic() < end:
