@@ -23,7 +23,7 @@ std::string_view GetOptionRootName(platform::ERegistryRoot root);
 std::string FormatOptionValue(const platform::SRegistryValue& value);
 
 /// An exported option, a line without its end: root, key, name, type and data, with tabs between
-/// them. docs/options.md describes it.
+/// them. README.md describes it.
 std::string FormatOption(const SOption& option);
 /// Throws std::invalid_argument, with what is wrong, for a line that is no option.
 SOption ParseOption(std::string_view line);

@@ -179,6 +179,8 @@ TEST_F(PlatformRegistryTest, AKeyIsRemovedWithAllBelowItAndNothingElse)
     EXPECT_EQ(keysOf(m_below + u"b"), std::vector<std::u16string>{ u"a" });
     EXPECT_EQ(read(m_below + u"a\\b\\c", u"v"), kNone);
     EXPECT_EQ(read(m_below + u"a]", u"v"), Bytes{ 1 });
+    EXPECT_TRUE(write(m_below + u"a", u"w", { 1 })); // does not bring back what was below
+    EXPECT_EQ(keysOf(m_below + u"a"), std::vector<std::u16string>{});
 }
 
 TEST_F(PlatformRegistryTest, ReadingCreatesNothing)
@@ -407,6 +409,12 @@ TEST_F(PlatformRegistryTest, WhatCannotBeReadIsSetAsideAndTold)
         settle();
     }
 
+    m_folder.WriteAll(kUserFile, "garbage");
+    m_folder.WriteAll("user.registry-wal", "of the same file");
+    EXPECT_TRUE(write(u"k", u"v", { 1 }));
+    EXPECT_EQ(m_folder.ReadAll("user.registry.unreadable-6-wal"), "of the same file");
+    settle();
+
     // Two that meet it at once: the one does not set aside the new file of the other.
     m_folder.WriteAll(kUserFile, "garbage");
     ChildProcess first("registry-writer", { "k", "a", "10" });
@@ -415,7 +423,7 @@ TEST_F(PlatformRegistryTest, WhatCannotBeReadIsSetAsideAndTold)
     EXPECT_EQ(second.Wait(), 0);
     EXPECT_EQ(read(u"k", u"a9"), Bytes{ 9 });
     EXPECT_EQ(read(u"k", u"b0"), Bytes{ 0 });
-    EXPECT_FALSE(std::filesystem::exists(m_folder.GetPath("user.registry.unreadable-7")));
+    EXPECT_FALSE(std::filesystem::exists(m_folder.GetPath("user.registry.unreadable-8")));
 
     // What is only too new stays.
     settle();
@@ -423,8 +431,11 @@ TEST_F(PlatformRegistryTest, WhatCannotBeReadIsSetAsideAndTold)
     newer[63] = 2;
     m_folder.WriteAll(kUserFile, newer);
     EXPECT_FALSE(write(u"k", u"v", { 1 }));
-    EXPECT_EQ(read(u"ka", u"v"), kNone);
     EXPECT_NE(s_reported.find("later version"), s_reported.npos) << s_reported;
+    s_reported.clear();
+    EXPECT_EQ(read(u"ka", u"v"), kNone);
+    EXPECT_EQ(keysOf(u""), std::vector<std::u16string>{ u"none" }); // it was an empty list
+    EXPECT_EQ(s_reported, ""); // once is enough
     EXPECT_EQ(m_folder.ReadAll(kUserFile), newer);
 
     m_folder.WriteAll(kUserFile, ""); // and an empty file is a new one
@@ -442,6 +453,8 @@ TEST_F(PlatformRegistryTest, AFullDiskRefusesAndChangesNothing)
         isGood &= setrlimit(RLIMIT_FSIZE, &full) == 0;
         isGood &= !write(u"k", u"v", Bytes(500'000, 3));
         isGood &= read(u"k", u"v") == Bytes{ 2 };
+        isGood &= !write(u"new", u"v", Bytes(500'000, 3));
+        isGood &= keysOf(u"") == std::vector<std::u16string>{ u"k" };
         return isGood && write(u"k", u"small", { 4 }); // there is room for that
     }));
     EXPECT_EQ(read(u"k", u"v"), Bytes{ 2 });
@@ -470,6 +483,16 @@ TEST_F(PlatformRegistryTest, WhoMayNotWriteMayRead)
     holder.Kill();
     std::filesystem::permissions(m_folder.GetPath(""), std::filesystem::perms(0755));
     EXPECT_EQ(s_reported, "");
+}
+
+TEST_F(PlatformRegistryTest, AProgramThatEndsLeavesAllInTheFileAlone)
+{
+    // The connection stayed open, and all values in the journal, without which a copy was empty.
+    EXPECT_EQ(ChildProcess("registry-writer", { "k", "a", "3" }).Wait(), 0);
+    const TemporaryFolder copy;
+    std::filesystem::copy_file(m_folder.GetPath(kUserFile), copy.GetPath(kUserFile));
+    UseFolder(copy);
+    EXPECT_EQ(read(u"k", u"a2"), Bytes{ 2 });
 }
 
 TEST_F(PlatformRegistryTest, AForkedProcessHasItsOwn)

@@ -8,7 +8,6 @@
 #include <pthread.h>
 
 #include <cstdlib>
-#include <limits>
 
 namespace platform {
 namespace {
@@ -54,13 +53,22 @@ namespace {
         getStores().user.AfterFork();
     }
 
+    void closeAll()
+    {
+        getStores().user.Close();
+        getStores().machine.Close();
+    }
+
     SStores& getStores()
     {
         // Never destroyed: what runs at the exit of the process may still ask for values.
         static SStores& s_stores = *new SStores;
         // A fork meanwhile finds nothing open yet.
         static const int s_isWatched = pthread_atfork(beforeFork, afterFork, afterFork);
+        // Otherwise every process would leave its values in the journal, as if it had crashed.
+        static const int s_isClosedAtExit = std::atexit(closeAll);
         (void)s_isWatched;
+        (void)s_isClosedAtExit;
         return s_stores;
     }
 
@@ -110,7 +118,7 @@ bool ListRegistryKeys(
     names.clear();
     std::u16string normal;
     RegistryStore* const store = find(root, key, normal);
-    return store != nullptr && (store->ListKeys(root, normal, names) || normal.empty());
+    return store != nullptr && store->ListKeys(root, normal, names);
 }
 
 bool ListRegistryValues(
@@ -119,7 +127,7 @@ bool ListRegistryValues(
     values.clear();
     std::u16string normal;
     RegistryStore* const store = find(root, key, normal);
-    return store != nullptr && (store->ListValues(root, normal, values) || normal.empty());
+    return store != nullptr && store->ListValues(root, normal, values);
 }
 
 bool RemoveRegistryKey(ERegistryRoot root, std::u16string_view key)

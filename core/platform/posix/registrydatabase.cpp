@@ -7,8 +7,6 @@
 #include <wctype.h>
 
 #include <algorithm>
-#include <cstring>
-#include <limits>
 #include <utility>
 
 namespace platform {

@@ -1,6 +1,5 @@
 #include "platform/posix/registrystore.h"
 
-#include "platform/platformclock.h"
 #include "platform/platformtext.h"
 #include "platform/registryreport.h"
 #include "platform/stopguard.h"
@@ -13,7 +12,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <cstdio>
 #include <utility>
 
 namespace platform {
@@ -42,6 +40,12 @@ namespace {
     {
         struct stat status;
         return stat(path.c_str(), &status) == 0 && status.st_size != 0;
+    }
+
+    /// A root is there before its file is; one whose file cannot be used is not empty for that.
+    bool isListed(ERegistryStatus status, std::u16string_view key)
+    {
+        return status == eRS_Done || (status == eRS_Missing && key.empty());
     }
 
     std::string folderOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
@@ -116,7 +120,7 @@ bool RegistryStore::Read(ERegistryRoot root, std::u16string_view key, std::u16st
     const std::string foldedName = FoldRegistryText(name);
     return run(eA_Read, [&](RegistryDatabase& database) {
         return database.Read(root, foldedKey, foldedName, maxBytes, data, type);
-    });
+    }) == eRS_Done;
 }
 
 bool RegistryStore::Write(ERegistryRoot root, std::u16string_view key, std::u16string_view name,
@@ -126,30 +130,40 @@ bool RegistryStore::Write(ERegistryRoot root, std::u16string_view key, std::u16s
     const SRegistryText nameText{ ToUtf8(name), FoldRegistryText(name) };
     return run(eA_Create, [&](RegistryDatabase& database) {
         return database.Write(root, keyText, nameText, type, data, size);
-    });
+    }) == eRS_Done;
 }
 
 bool RegistryStore::ListKeys(
     ERegistryRoot root, std::u16string_view key, std::vector<std::u16string>& names)
 {
     const std::string folded = FoldRegistryText(key);
-    return run(eA_Read,
+    const ERegistryStatus status = run(eA_Read,
         [&](RegistryDatabase& database) { return database.ListKeys(root, folded, names); });
+    return isListed(status, key);
 }
 
 bool RegistryStore::ListValues(
     ERegistryRoot root, std::u16string_view key, std::vector<SRegistryValue>& values)
 {
     const std::string folded = FoldRegistryText(key);
-    return run(eA_Read,
+    const ERegistryStatus status = run(eA_Read,
         [&](RegistryDatabase& database) { return database.ListValues(root, folded, values); });
+    return isListed(status, key);
 }
 
 bool RegistryStore::RemoveKey(ERegistryRoot root, std::u16string_view key)
 {
     const std::string folded = FoldRegistryText(key);
-    return run(
-        eA_Write, [&](RegistryDatabase& database) { return database.RemoveKey(root, folded); });
+    return run(eA_Write, [&](RegistryDatabase& database) {
+        return database.RemoveKey(root, folded);
+    }) == eRS_Done;
+}
+
+void RegistryStore::Close()
+{
+    const StopGuard unstopped;
+    const LockGuard guard(m_lock);
+    m_database.Close();
 }
 
 void RegistryStore::BeforeFork()
@@ -160,23 +174,24 @@ void RegistryStore::BeforeFork()
 
 void RegistryStore::AfterFork() { m_lock.Leave(); }
 
-template <class Operation> bool RegistryStore::run(EAccess access, Operation operation)
+template <class Operation> ERegistryStatus RegistryStore::run(EAccess access, Operation operation)
 {
     std::u16string report;
-    bool isDone = false;
+    ERegistryStatus status = eRS_Failed;
     {
         const StopGuard unstopped;
         const LockGuard guard(m_lock);
-        isDone = attempt(access, operation);
+        status = attempt(access, operation);
         report.swap(m_report);
     }
     if (!report.empty()) {
         ReportOnRegistry(report);
     }
-    return isDone;
+    return status;
 }
 
-template <class Operation> bool RegistryStore::attempt(EAccess access, Operation operation)
+template <class Operation>
+ERegistryStatus RegistryStore::attempt(EAccess access, Operation operation)
 {
     constexpr int kAttempts = 3;
     for (int i = 0; i < kAttempts; ++i) {
@@ -184,21 +199,18 @@ template <class Operation> bool RegistryStore::attempt(EAccess access, Operation
         if (status == eRS_Done) {
             status = operation(m_database);
         }
-        if (status == eRS_Done && (access == eA_Read || isCurrent())) {
-            return true;
-        }
-        if (status == eRS_Missing) {
-            return false;
+        if (status == eRS_Missing || (status == eRS_Done && (access == eA_Read || isCurrent()))) {
+            return status;
         }
         if (status != eRS_Done) {
             m_database.Close(); // opening looks closer
         }
         if (status == eRS_Failed || status == eRS_Newer) {
-            return false;
+            return status;
         }
         // Another file has come, or this one must go.
     }
-    return false;
+    return eRS_Failed;
 }
 
 ERegistryStatus RegistryStore::makeReady(EAccess access)

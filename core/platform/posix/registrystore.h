@@ -52,6 +52,9 @@ public:
         ERegistryRoot root, std::u16string_view key, std::vector<SRegistryValue>& values);
     bool RemoveKey(ERegistryRoot root, std::u16string_view key);
 
+    /// The next operation opens the file again. Where nobody else has it open, its journal is empty
+    /// afterwards.
+    void Close();
     /// A connection must not be carried into a child: both processes open it anew behind the fork.
     void BeforeFork() TU_ACQUIRE(m_lock);
     void AfterFork() TU_RELEASE(m_lock);
@@ -64,9 +67,9 @@ private:
         eA_Create, // writes, and makes the file where there is none
     };
 
-    template <class Operation> bool run(EAccess access, Operation operation);
+    template <class Operation> ERegistryStatus run(EAccess access, Operation operation);
     template <class Operation>
-    bool attempt(EAccess access, Operation operation) TU_REQUIRES(m_lock);
+    ERegistryStatus attempt(EAccess access, Operation operation) TU_REQUIRES(m_lock);
     ERegistryStatus makeReady(EAccess access) TU_REQUIRES(m_lock);
     ERegistryStatus open(const std::string& path, EAccess access) TU_REQUIRES(m_lock);
     void letGo(const std::string& path, EAccess access) TU_REQUIRES(m_lock);
