@@ -98,6 +98,9 @@ void TaAlgorithm::run()
     }
     setProgress(0.0, CString());
     compute();
+    if (m_wasBroken) {
+        recording.Remove();
+    }
     TuPostCondition<2>(
         GetClassName(), kSource, kLinePostCondition, [this] { return checkPostConditions(); });
     m_isCalculated = true;

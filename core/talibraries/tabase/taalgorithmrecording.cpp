@@ -47,6 +47,18 @@ void TaAlgorithmRecording::End(const TaAlgorithm& algorithm) noexcept
     }
 }
 
+void TaAlgorithmRecording::Remove() noexcept
+{
+    if (m_stream != nullptr) {
+        m_stream.reset();
+        try {
+            platform::RemovePath(m_path);
+        } catch (const std::exception&) {
+            return; // no memory: it stays
+        }
+    }
+}
+
 template <class Write> void TaAlgorithmRecording::guard(Write&& write) noexcept
 {
     try {
@@ -64,14 +76,11 @@ template <class Write> void TaAlgorithmRecording::guard(Write&& write) noexcept
 /// Half a recording would be taken for one whose run failed: it goes.
 void TaAlgorithmRecording::drop(const char* reason)
 {
+    Remove();
     try {
-        if (m_stream != nullptr) {
-            m_stream.reset();
-            platform::RemovePath(m_path);
-        }
         TuLogListenerManager::GetInstance().NotifyListeners(eLL_Warning, TU_HERE,
             u"the run of an algorithm is not recorded: " + CString::FromUtf8(reason));
     } catch (const std::exception&) {
-        return; // nor is there memory to remove it, or to say so
+        return; // nor is there memory to say so
     }
 }

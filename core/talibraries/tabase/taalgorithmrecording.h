@@ -20,7 +20,9 @@ public:
 
     /// `id` names the file; where it is empty, a new identifier does.
     void Begin(const TaAlgorithm& algorithm, const CString& id) noexcept;
-    /// Does nothing unless the recording has begun, and was not dropped.
+    /// Removes what has been written: of a run that was ended on purpose nobody wants any.
+    void Remove() noexcept;
+    /// Does nothing unless the recording has begun, and was neither dropped nor removed.
     void End(const TaAlgorithm& algorithm) noexcept;
 
     /// The name of a recording's file: ".dat" comes before a last ".x86" or ".x64", else at the
