@@ -90,7 +90,7 @@ TEST_F(TaPersistentOptionsTest, TextsAreStoredWithoutATerminator)
     CString value = u"before";
     EXPECT_EQ(Options::ReadOption(m_key, u"text", value, 2, kUser), 0);
     EXPECT_EQ(value, u"before");
-    for (const unsigned long maxChars : { 3UL, 4UL, ~0UL }) {
+    for (const unsigned long maxChars : { 3UL, 4UL, ~0UL / 2 + 1, ~0UL }) {
         value = u"before";
         EXPECT_EQ(Options::ReadOption(m_key, u"text", value, maxChars, kUser), 1);
         EXPECT_EQ(value, u"abc");

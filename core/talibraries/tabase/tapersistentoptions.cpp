@@ -135,8 +135,8 @@ int TaPersistentOptions::ReadOption(const CString& key, const CString& name, CSt
     unsigned long maxChars, EPersistentOptionsCategory category)
 {
     std::vector<unsigned char> data;
-    const auto maxBytes
-        = static_cast<std::size_t>(std::min<unsigned long long>(2ULL * maxChars, data.max_size()));
+    const std::size_t maxBytes
+        = std::min<std::size_t>(maxChars, data.max_size() / sizeof(char16_t)) * sizeof(char16_t);
     if (!platform::ReadRegistry(rootOf(category), key, name, maxBytes, data)) {
         return 0;
     }
