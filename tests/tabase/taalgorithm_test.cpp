@@ -230,6 +230,48 @@ TEST(TaAlgorithmTest, AKeptFailureLivesUntilTheNextStartAndOutlivesTheAlgorithm)
     EXPECT_TRUE(algorithm->GetException().IsNull());
     algorithm = nullptr;
     EXPECT_EQ(kept->GetLine(), 435u);
+
+    Algorithm other = copy;
+    other.onStage = [](Algorithm::EStage) { return true; };
+    other.setUninitialized();
+    EXPECT_TRUE(other.Init(TaAlgorithm::eCF_None));
+    EXPECT_TRUE(other.GetException().IsNull());
+}
+
+TEST(TaAlgorithmTest, ARunStartsItsProgressAnewAndRemembersABreakThatOnePollHasTaken)
+{
+    class TwoPolls : public Algorithm
+    {
+    public:
+        int prepared = 0;
+
+    protected:
+        void prepareUnitTest() override { ++prepared; }
+        void compute() override
+        {
+            isBreak();
+            setProgress(1.0, u"half");
+            isBreak();
+        }
+    };
+    class Sink : public TaProgressSink
+    {
+    public:
+        void onProgress(double fraction, const CString& text) override
+        {
+            line += std::to_string(int(fraction)) + text.ToUtf8() + ' ';
+        }
+        std::string line;
+    } sink;
+    TuEvent automatic(false);
+    automatic.Set();
+    TwoPolls algorithm;
+    algorithm.SetProgressSink(&sink);
+    algorithm.SetBreakEvent(automatic);
+    EXPECT_EQ(algorithm.RunUnitTest(), TaUnitTest::eR_Failed);
+    EXPECT_EQ(algorithm.RunUnitTest(), TaUnitTest::eR_Passed);
+    EXPECT_EQ(algorithm.prepared, 2);
+    EXPECT_EQ(sink.line, "0 1half 0 1half ");
 }
 
 TEST(TaAlgorithmTest, WithoutMemoryToKeepAFailureOneMadeBeforeIsKept)
@@ -266,9 +308,9 @@ TEST(TaAlgorithmTest, ASubAlgorithmTakesOverEventAndProgressAsTheyAreNow)
     TuEvent event(true);
     caller->SetBreakEvent(event);
     caller->SetProgressSink(&sink);
+    caller->SetProgressRange(0.5, 1);
     sub->SetBreakEvent(*caller);
     EXPECT_TRUE(sub->hasBreakEvent());
-    sub->SetProgressRange(0.5, 1);
     sub->SetProgressRange(0, 0.5);
     EXPECT_TRUE(sub->Compute(TaAlgorithm::eCF_None));
     EXPECT_EQ(sink.line, "50squares 56squares 63squares 69squares ");
@@ -355,6 +397,9 @@ protected:
 TEST_F(TaAlgorithmRecordingTest, ItsNameIsUsedOnce)
 {
     EXPECT_EQ(m_algorithm->GetUnitTestDirectory(), m_folder / "" + u"SampleAlgorithm\\");
+    const CString folder = m_folder / "";
+    TaFileSystem::SetSpecialDirectory(
+        TaFileSystem::eSD_UnitTests, folder.Left(folder.GetLength() - 1));
     EXPECT_TRUE(record(u"a", "a.dat"));
     EXPECT_TRUE(record(u"a.x64", "a.dat.x64"));
     EXPECT_TRUE(record(u"b.x86", "b.dat.x86"));
@@ -408,6 +453,26 @@ TEST_F(TaAlgorithmRecordingTest, WhatGoesWrongIsLoggedAndDisturbsNothing)
     }
     EXPECT_EQ(CountedException::s_living, 0);
 }
+
+TEST_F(TaAlgorithmRecordingTest, OfARunThatABreakHasEndedNothingStays)
+{
+    TuEvent event(true);
+    event.Set();
+    m_algorithm->SetBreakEvent(event);
+    EXPECT_FALSE(m_algorithm->Compute(TaAlgorithm::eCF_None));
+    EXPECT_EQ(countRecordings(), 0);
+    EXPECT_EQ(m_log->TakeCount(), 0);
+}
+
+#if !defined(_WIN32)
+TEST_F(TaAlgorithmRecordingTest, WhatIsLostInClosingIsLoggedToo)
+{
+    std::filesystem::create_symlink("/dev/full", getPath("a.dat"));
+    EXPECT_TRUE(std::filesystem::exists("/dev/full"));
+    EXPECT_FALSE(record(u"a", "a.dat"));
+    EXPECT_EQ(m_log->TakeCount(), 1);
+}
+#endif
 
 TEST_F(TaAlgorithmRecordingTest, WithoutMemoryDisturbsNothing)
 {

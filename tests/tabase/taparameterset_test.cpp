@@ -197,8 +197,11 @@ TYPED_TEST(TaParameterSetTest, GroupsAreMadeOnceAndCopiedDeeply)
     EXPECT_FALSE(copy.IsGroup(u"Group"));
     set.RemoveGroup(u"Group");
     EXPECT_TRUE(set.HasGroups());
+    set.SetParameter(u"a", 1);
+    set.SetConstraint(u"a", TypeParam::eConstraintMaximum, 1);
     set.ResetAll();
-    EXPECT_FALSE(set.HasGroups() || set.HasExtension(u"a"));
+    EXPECT_FALSE(set.HasGroups() || set.HasExtension(u"a") || set.HasParameter(u"a"));
+    EXPECT_FALSE(set.HasConstraint(u"a", TypeParam::eConstraintMaximum));
     const TypeParam moved = std::move(set);
     EXPECT_FALSE(set.HasGroups());
     set.AddGroup(u"again");
@@ -298,7 +301,8 @@ TEST(TaClassParameterSetTest, IdentifiersOfNamesToDisplayAreNotCopiedThoseOfDesc
     target = set;
     target.ResetAll();
     EXPECT_FALSE(target.HasResourceID(u"own") || target.HasDescriptionID(u"a"));
-    EXPECT_EQ(set.GetResourceID(u"a"), 0xFFFF'FFFFul);
+    target = std::move(set);
+    EXPECT_EQ(target.GetResourceID(u"a"), 0xFFFF'FFFFul);
 }
 
 TEST(TaAttributeParameterTest, CountsForAFixedSizeAndIsStoredAsAVersion)
