@@ -14,6 +14,7 @@
 #include "tamesh/progress.h"
 #include "tamesh/tameshstatistics.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <sstream>
 #include <vector>
@@ -29,9 +30,12 @@ namespace {
         TaMeshStatistics statistics;
         statistics.SetMesh(mesh);
         if (options.isRecorded) {
+            std::u16string id
+                = std::filesystem::path(CString::FromUtf8(name).GetView()).stem().u16string();
+            // In a name it is a character like others here, in the path of a recording no more.
+            std::ranges::replace(id, u'\\', u'_');
             statistics.AddFlags(TaAlgorithm::eF_RecordUnitTest);
-            statistics.SetUniqueID(
-                std::filesystem::path(CString::FromUtf8(name).GetView()).stem().u16string());
+            statistics.SetUniqueID(id);
         }
         statistics.SetBreakEvent(console.GetInterrupt());
         statistics.SetProgressSink(&progress);

@@ -32,16 +32,21 @@ CLI::Validator endingWith(const std::string& ending)
         "FILE" + ending);
 }
 
+tamesh::EExitCode write(tamesh::IConsole& console, const std::string& text)
+{
+    if (console.WriteOutput(text)) {
+        return tamesh::eEC_Done;
+    }
+    console.WriteError("standard output: cannot be written\n");
+    return tamesh::eEC_Failed;
+}
+
 /// What --help and --version ask for.
 int answer(tamesh::IConsole& console, const CLI::App& app, const CLI::ParseError& question)
 {
     std::ostringstream text;
     app.exit(question, text, text);
-    if (console.WriteOutput(text.str())) {
-        return tamesh::eEC_Done;
-    }
-    console.WriteError("standard output: cannot be written\n");
-    return tamesh::eEC_Failed;
+    return write(console, text.str());
 }
 
 /// Recordings go to the folder that the user named, which is made.
@@ -227,7 +232,7 @@ int run(std::vector<std::string> arguments)
         }
     });
     app.add_subcommand("help-settings", "Shows the settings")->callback([&] {
-        code = console.WriteOutput(settings.Describe()) ? eEC_Done : eEC_Failed;
+        code = write(console, settings.Describe());
     });
     MeshCommands meshCommands(app, console, settings, code);
     OptionsCommands optionsCommands(app, console, code);

@@ -5,6 +5,7 @@
 #include "tamesh/files.h"
 #include "tamesh/guard.h"
 #include "tamesh/meshfailure.h"
+#include "tamesh/progress.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -23,12 +24,21 @@ namespace {
         return std::string(GetOptionRootName(root)) + ": " + MakeDisplayText(platform::ToUtf8(key));
     }
 
+    void checkInterrupt(const IConsole& console)
+    {
+        if (console.GetInterrupt().IsSet()) {
+            throw Interrupted();
+        }
+    }
+
     /// Calls take(option) for each value of the key and of those below it, key by key.
     template <class Take>
-    void forEachOption(platform::ERegistryRoot root, const std::u16string& top, Take&& take)
+    void forEachOption(const IConsole& console, platform::ERegistryRoot root,
+        const std::u16string& top, Take&& take)
     {
         std::vector<std::u16string> open{ top };
         while (!open.empty()) {
+            checkInterrupt(console);
             const std::u16string key = open.back();
             open.pop_back();
             std::vector<platform::SRegistryValue> values;
@@ -81,7 +91,9 @@ namespace {
     std::vector<SOption> parse(const std::string& fileName, std::string_view text)
     {
         std::vector<SOption> options;
-        for (std::uint64_t number = 1; !text.empty(); ++number) {
+        std::uint64_t number = 0;
+        do { // a file without lines lacks the first one
+            ++number;
             const std::size_t length = std::min(text.find('\n'), text.size());
             std::string_view line = text.substr(0, length);
             text.remove_prefix(std::min(length + 1, text.size()));
@@ -95,7 +107,7 @@ namespace {
             } catch (const std::invalid_argument& failure) {
                 throw MeshFailure(TU_HERE, fileName, number, failure.what());
             }
-        }
+        } while (!text.empty());
         return options;
     }
 
@@ -107,7 +119,7 @@ EExitCode ListOptions(IConsole& console, platform::ERegistryRoot root, const std
     return Guard(console, describe(root, top), [&] {
         std::string text;
         std::u16string shown;
-        forEachOption(root, top, [&](const SOption& option) {
+        forEachOption(console, root, top, [&](const SOption& option) {
             if (text.empty() || option.key != shown) {
                 shown = option.key;
                 text += describe(root, shown) + "\n";
@@ -154,7 +166,7 @@ EExitCode ExportOptions(IConsole& console, platform::ERegistryRoot root, const s
 {
     return Guard(console, fileName, [&] {
         std::string text = std::string(kFormatLine) + "\n";
-        forEachOption(root, platform::FromUtf8(key),
+        forEachOption(console, root, platform::FromUtf8(key),
             [&](const SOption& option) { text += FormatOption(option) + "\n"; });
         OutputFile file(fileName);
         file.GetStream().WriteBuffer(text.data(), text.size());
@@ -166,6 +178,7 @@ EExitCode ImportOptions(IConsole& console, const std::string& fileName)
 {
     return Guard(console, fileName, [&] {
         for (const SOption& option : parse(fileName, readAll(fileName))) {
+            checkInterrupt(console);
             write(option);
         }
     });

@@ -30,7 +30,11 @@ Progress::Progress(IConsole& console, std::string task, std::uint64_t total)
 Progress::~Progress()
 {
     if (m_barLength != 0) {
-        m_console.WriteError("\r" + std::string(m_barLength, ' ') + "\r");
+        try {
+            m_console.WriteError("\r" + std::string(m_barLength, ' ') + "\r");
+        } catch (const std::exception&) {
+            return; // what ends the task may be that there is no memory
+        }
     }
 }
 

@@ -3,6 +3,7 @@
 #include "support/bufferbytes.h"
 #include "support/temporaryfolder.h"
 #include "tabase/tadatanodes.h"
+#include "tabase/tafilesystem.h"
 #include "tamesh/document.h"
 #include "tamesh/fakeconsole.h"
 #include "tamesh/meshgenerator.h"
@@ -70,6 +71,21 @@ TEST_F(CommandsTest, ANameThatIsNoTextIsNotTakenForAnother)
     EXPECT_TRUE(m_console.error.ends_with("\n\xFF.off" + report)) << m_console.error;
     EXPECT_EQ(m_folder.CountFiles(), 1);
 }
+
+#if !defined(_WIN32)
+TEST_F(CommandsTest, ARecordingStaysInItsFolderWhateverItsMeshIsCalled)
+{
+    std::filesystem::create_directories(m_folder.GetPath("recordings/TaMeshStatistics"));
+    TaFileSystem::SetSpecialDirectory(TaFileSystem::eSD_UnitTests, m_folder / "recordings");
+    const std::string mesh = name("..\\..\\a.off");
+    ASSERT_EQ(MakeMesh(m_console, eS_Sphere, 3, mesh), eEC_Done);
+    EXPECT_EQ(ShowMeshes(m_console, { mesh }, { .isRecorded = true }), eEC_Done);
+    TaFileSystem::SetSpecialDirectory(TaFileSystem::eSD_UnitTests, u"");
+    EXPECT_FALSE(std::filesystem::exists(m_folder.GetPath("a.dat")));
+    EXPECT_TRUE(
+        std::filesystem::exists(m_folder.GetPath("recordings/TaMeshStatistics/.._.._a.dat")));
+}
+#endif
 
 TEST_F(CommandsTest, ADamagedDocumentIsReportedByItsNameAndReachesNoTerminalUnchanged)
 {

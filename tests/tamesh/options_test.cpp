@@ -1,4 +1,7 @@
-#include "tamesh/optionstext.h"
+#include "support/environment.h"
+#include "support/temporaryfolder.h"
+#include "tamesh/fakeconsole.h"
+#include "tamesh/optionscommands.h"
 #include "tamesh/settings.h"
 
 #include <gtest/gtest.h>
@@ -43,6 +46,24 @@ TEST(OptionsTextTest, ALineThatIsNoOptionIsRefused)
              "user\ta\tb\t3\t0x", "user\ta\tb\tother\t00" }) {
         EXPECT_THROW(static_cast<void>(ParseOption(line)), std::invalid_argument) << line;
     }
+}
+
+TEST(OptionsCommandsTest, AnExportIsKnownByItsFirstLineAndAnInterruptEndsTheRest)
+{
+    const TemporaryFolder folder;
+    SetEnvironment("TABASE_REGISTRY_FOLDER", folder.GetPath("").string());
+    const std::string name = (folder / "saved.txt").ToUtf8();
+    FakeConsole console;
+    for (const char* content : { "", "user\ta\tb\tnumber\t1\n" }) {
+        folder.WriteAll("saved.txt", content);
+        console.error.clear();
+        EXPECT_EQ(ImportOptions(console, name), eEC_Failed);
+        EXPECT_EQ(console.error, name + ":1: this is not an export of options\n");
+    }
+    folder.WriteAll("saved.txt", "tamesh options 1\nuser\ta\tb\tnumber\t1\n");
+    console.interrupt.Set();
+    EXPECT_EQ(ImportOptions(console, name), eEC_Interrupted);
+    EXPECT_EQ(ListOptions(console, platform::eRo_CurrentUser, ""), eEC_Interrupted);
 }
 
 TEST(SettingsTest, OnlyWhatMakesSenseIsTaken)

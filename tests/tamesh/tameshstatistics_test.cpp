@@ -35,6 +35,7 @@ TEST(TaMeshStatisticsTest, ProgressGoesFromTheStartToTheEnd)
         void onProgress(double fraction, const CString&) override
         {
             EXPECT_GT(fraction, last);
+            EXPECT_LT(fraction, last + 0.05); // a walk is a tenth or more of it all
             EXPECT_LE(fraction, 1.0);
             last = fraction;
         }
