@@ -301,8 +301,7 @@ TEST(TaClassParameterSetTest, IdentifiersOfNamesToDisplayAreNotCopiedThoseOfDesc
     target = set;
     target.ResetAll();
     EXPECT_FALSE(target.HasResourceID(u"own") || target.HasDescriptionID(u"a"));
-    target = std::move(set);
-    EXPECT_EQ(target.GetResourceID(u"a"), 0xFFFF'FFFFul);
+    EXPECT_EQ(TaClassParameterSet(std::move(set)).GetResourceID(u"a"), 0xFFFF'FFFFul);
 }
 
 TEST(TaAttributeParameterTest, CountsForAFixedSizeAndIsStoredAsAVersion)
