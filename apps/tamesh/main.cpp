@@ -58,7 +58,7 @@ bool prepareRecording(const std::string& folder)
         = TaFileSystem::GetSystemPath(tamesh::TaMeshStatistics().GetUnitTestDirectory());
     const auto isMade
         = [](const CString& path) { return platform::PathExists(path) || MakeFolder(path); };
-    return isMade(CString::FromUtf8(folder)) && isMade(classFolder);
+    return isMade(TaFileSystem::GetSystemPath(CString::FromUtf8(folder))) && isMade(classFolder);
 }
 
 /// The subcommands that work on meshes and documents.

@@ -10,6 +10,7 @@ namespace tamesh {
 namespace {
 
     constexpr auto kMinimum = TaClassParameterSet::eConstraintMinimum;
+    constexpr auto kCategory = TaPersistentOptions::ePOC_CurrentUser;
     constexpr auto kMaximum = TaClassParameterSet::eConstraintMaximum;
 
     /// The texts that the description refers to by number.
@@ -127,13 +128,13 @@ TuVariant Settings::get(TaParameterSet::Name name) const
 void Settings::Recall()
 {
     for (const auto& [name, usual] : getDescription().GetParameters()) {
-        TuVariant value;
-        if (!TaPersistentOptions::ReadOption(
-                kKey, name, value, TuVariant::eVT_Int32, TaPersistentOptions::ePOC_CurrentUser)) {
-            continue;
-        }
+        TuVariant value = usual;
         if (usual.GetType() == TuVariant::eVT_Bool) {
-            value = value.ToBool();
+            bool isSet = usual.ToBool();
+            TaPersistentOptions::ReadOption(kKey, name, isSet, kCategory);
+            value = isSet;
+        } else {
+            TaPersistentOptions::ReadOption(kKey, name, value, TuVariant::eVT_Int32, kCategory);
         }
         if (m_values.IsInLimits(name, value)) {
             m_values.SetParameter(name, value);
@@ -160,7 +161,6 @@ void Settings::Assign(std::string_view assignment)
 
 bool Settings::Remember() const
 {
-    constexpr auto kCategory = TaPersistentOptions::ePOC_CurrentUser;
     bool isKept = true;
     for (const auto& [name, value] : m_assigned.GetParameters()) {
         const int written = value.GetType() == TuVariant::eVT_Bool

@@ -22,6 +22,7 @@
 #include "support/userrights.h"
 
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #endif
@@ -483,6 +484,31 @@ TEST_F(PlatformRegistryTest, WhoMayNotWriteMayRead)
     holder.Kill();
     std::filesystem::permissions(m_folder.GetPath(""), std::filesystem::perms(0755));
     EXPECT_EQ(s_reported, "");
+}
+
+TEST_F(PlatformRegistryTest, FilesHaveTheirRightsWhateverIsUsual)
+{
+    const mode_t usual = umask(0077);
+    EXPECT_TRUE(write(u"k", u"v", { 1 }) && write(u"k", u"v", { 1 }, eRo_LocalMachine));
+    umask(usual);
+    const auto rightsOf = [this](const std::string& name) {
+        return std::filesystem::status(m_folder.GetPath(name)).permissions();
+    };
+    for (const char* beside : { "", "-wal", "-shm" }) {
+        EXPECT_EQ(rightsOf(std::string("user.registry") + beside), std::filesystem::perms(0600));
+        EXPECT_EQ(rightsOf(std::string("machine.registry") + beside), std::filesystem::perms(0644));
+    }
+}
+
+TEST_F(PlatformRegistryTest, WhoMayNotLockTheFolderMayReadWhatIsNotHis)
+{
+    ASSERT_TRUE(write(u"k", u"v", { 1 }, eRo_LocalMachine));
+    // A folder that others may pass through only, and whose lock they cannot take.
+    std::filesystem::permissions(m_folder.GetPath(""), std::filesystem::perms(0711));
+    EXPECT_TRUE(inChild([] {
+        return BecomeOrdinaryUser() && read(u"k", u"v", 100, eRo_LocalMachine) == Bytes{ 1 };
+    }));
+    std::filesystem::permissions(m_folder.GetPath(""), std::filesystem::perms(0755));
 }
 
 TEST_F(PlatformRegistryTest, AProgramThatEndsLeavesAllInTheFileAlone)

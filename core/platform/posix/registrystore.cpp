@@ -73,6 +73,17 @@ namespace {
         return true;
     }
 
+    /// Makes the file, unless it is there, with these rights, whatever the process's usual ones
+    /// are; SQLite gives those beside it the same. Where it cannot be made, opening fails, too.
+    void makeFile(const std::string& path, mode_t rights)
+    {
+        const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, rights);
+        if (file >= 0) {
+            (void)fchmod(file, rights);
+            close(file);
+        }
+    }
+
     /// Keeps other processes from opening files in a folder. It goes when its process ends, however
     /// that ends, and leaves nothing behind.
     class FolderLock
@@ -235,17 +246,22 @@ ERegistryStatus RegistryStore::open(const std::string& path, EAccess access)
         m_database.Close();
         return eRS_Missing;
     }
-    if (access == eA_Create && !makeFolder(folder, m_place.folderRights)) {
+    if (access == eA_Create && !makeFolder(folder, m_place.rights)) {
         return eRS_Failed;
     }
+    // Who may only read does without: the lock may be refused to him, or held on purpose.
     FolderLock folderLock(folder);
-    if (!folderLock.Take()) {
+    const bool isLocked = folderLock.Take();
+    if (!isLocked && access != eA_Read) {
         return eRS_Failed;
     }
     letGo(path, access);
+    if (access == eA_Create) {
+        makeFile(path, m_place.rights & 0666);
+    }
     ERegistryStatus status = m_database.Open(path, access == eA_Create);
     if (status == eRS_Unreadable) {
-        return setAside(path) ? eRS_Unreadable : eRS_Failed;
+        return isLocked && setAside(path) ? eRS_Unreadable : eRS_Failed;
     }
     if (status == eRS_Newer) {
         report(path, "it stays unused");

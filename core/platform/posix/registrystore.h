@@ -35,7 +35,7 @@ public:
     {
         std::string (*findFolder)(); // not absolute where there is none
         const char* fileName;
-        unsigned int folderRights; // of a folder that has to be made
+        unsigned int rights; // of a folder that has to be made; the file gets those that fit it
     };
 
     explicit RegistryStore(const SPlace& place)

@@ -29,7 +29,8 @@
 /// Threads:   one at a time. Any thread may set the break event meanwhile. A kept exception may be
 ///            handed to another thread.
 /// Failure:   of Init and Compute: with eCF_Throw a TuException, otherwise the answer false, and
-///            the failure is kept for GetException().
+///            the failure is kept for GetException(). Where there is no memory to make a
+///            TuException of a failure, std::bad_alloc.
 class TABASE_API TaAlgorithm : public TaUnitTest
 {
     TU_DECLARE_RTTI
