@@ -45,12 +45,14 @@ def cases(program):
 
 
 def measure(program, names, path):
+    part = path.with_suffix(".part")  # a run that is interrupted leaves the former result
     subprocess.run(
         [program, f"--benchmark_filter=^({'|'.join(names)})$",
          f"--benchmark_repetitions={os.environ.get('TABASE_BENCH_REPETITIONS', '5')}",
          "--benchmark_enable_random_interleaving=true", "--benchmark_report_aggregates_only=true",
-         f"--benchmark_out={path}", "--benchmark_out_format=json"],
+         f"--benchmark_out={part}", "--benchmark_out_format=json"],
         check=True, stdout=subprocess.DEVNULL)
+    part.replace(path)
 
 
 def sizes_of(stem, present):
