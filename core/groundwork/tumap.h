@@ -13,8 +13,9 @@
 /// first. A value replaced keeps its place; removed and inserted again, it comes first. Keys hash
 /// by TuHashKey. Flags add up: 1, the map can be walked; 16, values may be changed through
 /// iterators. Nodes come in blocks from a TuPlexManager, made at the first insertion unless the
-/// map is given one to share. References stay valid until their
-/// entry is removed; iterators, too, unless the map is swapped or moved.
+/// map is given one to share. References stay valid until their entry is removed; iterators, too,
+/// unless the map is swapped or moved. A class may hold a map of its own kind: V need not be
+/// complete where the map is declared.
 ///
 ///     TuMap<CString, int> counts;
 ///     ++counts[u"lines"];

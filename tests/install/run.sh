@@ -15,6 +15,10 @@ cmake -S "$here" -B "$work/cmake" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/n
 cmake --build "$work/cmake" >/dev/null
 result=$("$work/cmake/consumer")
 echo "find_package: $result"
+ctest --test-dir "$work/cmake" --output-on-failure >"$work/ctest.log" || {
+    cat "$work/ctest.log" >&2
+    exit 1
+}
 
 PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name tabase.pc)")
 export PKG_CONFIG_PATH
