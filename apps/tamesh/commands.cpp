@@ -6,7 +6,6 @@
 #include "tamesh/files.h"
 #include "tamesh/guard.h"
 #include "tamesh/meshanalysis.h"
-#include "tamesh/meshfailure.h"
 #include "tamesh/meshgenerator.h"
 #include "tamesh/meshreader.h"
 #include "tamesh/meshtree.h"
@@ -48,9 +47,7 @@ namespace {
     {
         const std::string text = name + " (" + std::string(kind) + ")\n"
             + FormatFigures(analyse(console, options, name, mesh), options.digits) + tree;
-        if (!console.WriteOutput(text)) {
-            throw MeshFailure(TU_HERE, "standard output", 0, "cannot be written");
-        }
+        WriteResult(console, text);
     }
 
     /// Of a line of a dump; the top has depth 0.

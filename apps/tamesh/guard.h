@@ -3,11 +3,21 @@
 #include "tamesh/console.h"
 #include "tamesh/exitcode.h"
 #include "tamesh/files.h"
+#include "tamesh/meshfailure.h"
 
 #include <exception>
 #include <string>
 
 namespace tamesh {
+
+/// Writes results. Throws MeshFailure where they do not arrive.
+inline void WriteResult(IConsole& console, const std::string& text)
+{
+    if (!console.WriteOutput(text)) {
+        throw MeshFailure(
+            TU_HERE_IN("apps/tamesh/guard"), "standard output", 0, "cannot be written");
+    }
+}
 
 /// Does the work on one file, or whatever `name` is, and reports what it throws.
 template <class Work> EExitCode Guard(IConsole& console, const std::string& name, Work&& work)

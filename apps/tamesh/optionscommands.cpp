@@ -24,21 +24,15 @@ namespace {
         return std::string(GetOptionRootName(root)) + ": " + MakeDisplayText(platform::ToUtf8(key));
     }
 
-    void checkInterrupt(const IConsole& console)
-    {
-        if (console.GetInterrupt().IsSet()) {
-            throw Interrupted();
-        }
-    }
-
-    /// Calls take(option) for each value of the key and of those below it, key by key.
-    template <class Take>
+    /// Calls take(option) for each value of the key and of those below it, key by key, and
+    /// miss(key) for a key below it that cannot be read, by rights or because it has just gone.
+    template <class Take, class Miss>
     void forEachOption(const IConsole& console, platform::ERegistryRoot root,
-        const std::u16string& top, Take&& take)
+        const std::u16string& top, Take&& take, Miss&& miss)
     {
         std::vector<std::u16string> open{ top };
         while (!open.empty()) {
-            checkInterrupt(console);
+            CheckInterrupt(console);
             const std::u16string key = open.back();
             open.pop_back();
             std::vector<platform::SRegistryValue> values;
@@ -48,7 +42,8 @@ namespace {
                 if (key == top) {
                     throw std::runtime_error("there is no such key");
                 }
-                continue; // somebody has just removed it, or may read it and we may not
+                miss(key);
+                continue;
             }
             for (platform::SRegistryValue& value : values) {
                 take(SOption{ root, key, std::move(value) });
@@ -56,13 +51,6 @@ namespace {
             for (auto name = names.rbegin(); name != names.rend(); ++name) {
                 open.push_back(key.empty() ? *name : key + u"\\" + *name);
             }
-        }
-    }
-
-    void writeOutput(IConsole& console, const std::string& text)
-    {
-        if (!console.WriteOutput(text)) {
-            throw MeshFailure(TU_HERE, "standard output", 0, "cannot be written");
         }
     }
 
@@ -119,15 +107,18 @@ EExitCode ListOptions(IConsole& console, platform::ERegistryRoot root, const std
     return Guard(console, describe(root, top), [&] {
         std::string text;
         std::u16string shown;
-        forEachOption(console, root, top, [&](const SOption& option) {
+        const auto showValue = [&](const SOption& option) {
             if (text.empty() || option.key != shown) {
                 shown = option.key;
                 text += describe(root, shown) + "\n";
             }
             text += "  " + MakeDisplayText(platform::ToUtf8(option.value.name)) + " = "
                 + FormatOptionValue(option.value) + "\n";
+        };
+        forEachOption(console, root, top, showValue, [&](const std::u16string& missed) {
+            text += describe(root, missed) + "\n  (cannot be read)\n";
         });
-        writeOutput(console, text);
+        WriteResult(console, text);
     });
 }
 
@@ -140,7 +131,7 @@ EExitCode GetOption(IConsole& console, platform::ERegistryRoot root, const std::
         if (!platform::ReadRegistry(root, top, value.name, SIZE_MAX, value.data, &value.type)) {
             throw std::runtime_error("there is no value '" + name + "'");
         }
-        writeOutput(console, FormatOptionValue(value) + "\n");
+        WriteResult(console, FormatOptionValue(value) + "\n");
     });
 }
 
@@ -166,8 +157,13 @@ EExitCode ExportOptions(IConsole& console, platform::ERegistryRoot root, const s
 {
     return Guard(console, fileName, [&] {
         std::string text = std::string(kFormatLine) + "\n";
-        forEachOption(console, root, platform::FromUtf8(key),
-            [&](const SOption& option) { text += FormatOption(option) + "\n"; });
+        forEachOption(
+            console, root, platform::FromUtf8(key),
+            [&](const SOption& option) { text += FormatOption(option) + "\n"; },
+            [&](const std::u16string& missed) {
+                throw std::runtime_error(
+                    "not written, for the key " + describe(root, missed) + " cannot be read");
+            });
         OutputFile file(fileName);
         file.GetStream().WriteBuffer(text.data(), text.size());
         file.Commit();
@@ -178,7 +174,7 @@ EExitCode ImportOptions(IConsole& console, const std::string& fileName)
 {
     return Guard(console, fileName, [&] {
         for (const SOption& option : parse(fileName, readAll(fileName))) {
-            checkInterrupt(console);
+            CheckInterrupt(console);
             write(option);
         }
     });

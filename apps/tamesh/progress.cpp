@@ -17,6 +17,13 @@ namespace {
 
 } // namespace
 
+void CheckInterrupt(const IConsole& console)
+{
+    if (console.GetInterrupt().IsSet()) {
+        throw Interrupted();
+    }
+}
+
 Progress::Progress(IConsole& console, std::string task, std::uint64_t total)
     : m_console(console)
     , m_task(std::move(task))
@@ -40,9 +47,7 @@ Progress::~Progress()
 
 void Progress::Advance(std::uint64_t done)
 {
-    if (m_console.GetInterrupt().IsSet()) {
-        throw Interrupted();
-    }
+    CheckInterrupt(m_console);
     show(static_cast<double>(std::min(done, m_total)) / static_cast<double>(m_total));
 }
 

@@ -16,6 +16,9 @@ public:
     const char* what() const noexcept override { return "interrupted"; }
 };
 
+/// Throws Interrupted when it is.
+void CheckInterrupt(const IConsole& console);
+
 /// Shows how far a long task is: a bar on a terminal, a few plain lines elsewhere, and nothing for
 /// a task that is soon done. As a sink it does so for an algorithm.
 ///

@@ -9,8 +9,8 @@ namespace tamesh {
 
 namespace {
 
-    constexpr auto kMinimum = TaClassParameterSet::eConstraintMinimum;
     constexpr auto kCategory = TaPersistentOptions::ePOC_CurrentUser;
+    constexpr auto kMinimum = TaClassParameterSet::eConstraintMinimum;
     constexpr auto kMaximum = TaClassParameterSet::eConstraintMaximum;
 
     /// The texts that the description refers to by number.

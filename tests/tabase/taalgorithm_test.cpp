@@ -461,6 +461,22 @@ TEST_F(TaAlgorithmRecordingTest, OfARunThatABreakHasEndedNothingStays)
     m_algorithm->SetBreakEvent(event);
     EXPECT_FALSE(m_algorithm->Compute(TaAlgorithm::eCF_None));
     EXPECT_EQ(countRecordings(), 0);
+    m_algorithm->onStage = [](Algorithm::EStage stage) {
+        return stage != Algorithm::eS_PostConditions || fail(eK_Own);
+    };
+    EXPECT_FALSE(m_algorithm->Compute(TaAlgorithm::eCF_None)); // nor where it ends by throwing
+    EXPECT_EQ(countRecordings(), 0);
+
+    // One that counts in spite of the break is a run like others; its recording was removed, too.
+    class Content : public Algorithm
+    {
+        bool checkPostConditions() const override { return true; }
+    } content;
+    content.SetRange(1, 10);
+    content.SetBreakEvent(event);
+    content.AddFlags(TaAlgorithm::eF_RecordUnitTest);
+    EXPECT_TRUE(content.Compute(TaAlgorithm::eCF_None));
+    EXPECT_EQ(countRecordings(), 1);
     EXPECT_EQ(m_log->TakeCount(), 0);
 }
 

@@ -75,16 +75,20 @@ bool TaAlgorithm::Compute(EComputeFlags flags)
     static constexpr SFailureLines kLines{ 433, 435, 447, 449, 460, 462 };
     m_exception = nullptr;
     m_wasBroken = false;
+    TaAlgorithmRecording recording;
     try {
-        run();
+        run(recording);
         return true;
     } catch (...) {
         m_isCalculated = false;
+        if (m_wasBroken) {
+            recording.Remove();
+        }
         return takeFailure(flags, kLines);
     }
 }
 
-void TaAlgorithm::run()
+void TaAlgorithm::run(TaAlgorithmRecording& recording)
 {
     TuPreCondition<2>(
         GetClassName(), kSource, kLineNotCalculatedYet, [this] { return !m_isCalculated; });
@@ -92,15 +96,11 @@ void TaAlgorithm::run()
     TuPreCondition<2>(
         GetClassName(), kSource, kLinePreCondition, [this] { return checkPreConditions(); });
 
-    TaAlgorithmRecording recording;
     if (m_flags.IsSet(eF_RecordUnitTest)) {
         recording.Begin(*this, std::exchange(m_uniqueID, CString()));
     }
     setProgress(0.0, CString());
     compute();
-    if (m_wasBroken) {
-        recording.Remove();
-    }
     TuPostCondition<2>(
         GetClassName(), kSource, kLinePostCondition, [this] { return checkPostConditions(); });
     m_isCalculated = true;

@@ -7,6 +7,8 @@
 #include "tabase/taprogresssink.h"
 #include "tabase/taunittest.h"
 
+class TaAlgorithmRecording;
+
 /// A computation: every filter, fit or search derives from it.
 ///
 /// A derived class states what it needs (checkPreConditions), computes (compute), and calls
@@ -149,7 +151,7 @@ private:
 
     bool arePreConditionsMet() const;
     void initialize();
-    void run();
+    void run(TaAlgorithmRecording& recording);
     bool takeFailure(EComputeFlags flags, const SFailureLines& lines);
     template <class Make> void keep(Make&& make) noexcept;
 
