@@ -488,12 +488,14 @@ TEST_F(PlatformRegistryTest, WhoMayNotWriteMayRead)
 
 TEST_F(PlatformRegistryTest, FilesHaveTheirRightsWhateverIsUsual)
 {
+    SetEnvironment("TABASE_REGISTRY_FOLDER", m_folder.GetPath("new").string());
     const mode_t usual = umask(0077);
-    EXPECT_TRUE(write(u"k", u"v", { 1 }) && write(u"k", u"v", { 1 }, eRo_LocalMachine));
+    EXPECT_TRUE(write(u"k", u"v", { 1 }, eRo_LocalMachine) && write(u"k", u"v", { 1 }));
     umask(usual);
     const auto rightsOf = [this](const std::string& name) {
-        return std::filesystem::status(m_folder.GetPath(name)).permissions();
+        return std::filesystem::status(m_folder.GetPath("new/" + name)).permissions();
     };
+    EXPECT_EQ(rightsOf(""), std::filesystem::perms(0755));
     for (const char* beside : { "", "-wal", "-shm" }) {
         EXPECT_EQ(rightsOf(std::string("user.registry") + beside), std::filesystem::perms(0600));
         EXPECT_EQ(rightsOf(std::string("machine.registry") + beside), std::filesystem::perms(0644));

@@ -55,14 +55,20 @@ namespace {
         return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     }
 
-    /// Makes the folder and those above it, durably: a value in it is to survive a crash.
+    /// Makes the folder and those above it with these rights, whatever the process's usual ones
+    /// are, and durably: a value in it is to survive a crash.
     bool makeFolder(const std::string& path, mode_t rights)
     {
         if (path.empty() || access(path.c_str(), F_OK) == 0) {
             return !path.empty();
         }
         const std::string above = folderOf(path.substr(0, path.find_last_not_of('/') + 1));
-        if (!makeFolder(above, rights) || (mkdir(path.c_str(), rights) != 0 && errno != EEXIST)) {
+        if (!makeFolder(above, rights)) {
+            return false;
+        }
+        if (mkdir(path.c_str(), rights) == 0) {
+            (void)chmod(path.c_str(), rights);
+        } else if (errno != EEXIST) {
             return false;
         }
         const int folder = openFolder(above);
