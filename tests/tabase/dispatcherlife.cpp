@@ -1,6 +1,7 @@
 #include "platform/threadsanitizer.h"
 #include "support/testhandler.h"
 #include "support/testlatch.h"
+#include "tabase/tamessagetrace.h"
 
 #include <atomic>
 #include <cstdio>
@@ -191,6 +192,27 @@ void exitWhileSomebodyWaits()
     expect(s_afterwards.gate.WaitUntilEntered(), "the handler is at it");
 }
 
+/// A thread is on its way into the dispatcher's queue while the process exits.
+void exitWhileSomebodySends()
+{
+    s_afterwards.isWatching = true;
+    static const auto* const s_handler = new ThreadedHandler(u"late", answerSeven);
+    static std::atomic<std::thread::id> s_sender;
+    s_afterwards.sleeper = std::thread([] {
+        s_sender = std::this_thread::get_id();
+        TaMessageTrace::SetHook([](const SMessageTrace& trace) noexcept {
+            // No lock is held yet.
+            if (trace.step == SMessageTrace::eS_Queued
+                && std::this_thread::get_id() == s_sender.exchange({})) {
+                s_afterwards.gate.Pass();
+            }
+        });
+        expect(SendTo(*s_handler, 1) == (TA_TEST_LIBRARIES_END_LATER ? 7 : 0),
+            "it finds the dispatcher as it was, but for its thread");
+    });
+    expect(s_afterwards.gate.WaitUntilEntered(), "the sender is at it");
+}
+
 /// A handler ends the process, and so is never destroyed itself.
 void exitOf(const TaMessageHandler& handler)
 {
@@ -251,6 +273,7 @@ constexpr SMode kModes[] = {
     { "exit_of_handler", &exitOfHandler },
     { "exit_of_handler_on_its_thread", &exitOfHandlerOnItsThread },
     { "exit_while_somebody_waits", &exitWhileSomebodyWaits },
+    { "exit_while_somebody_sends", &exitWhileSomebodySends },
     { "killed_handler", &killHandler },
 };
 

@@ -20,17 +20,11 @@ const TuRTTI TaMessageDispatcher::RTTI(
 
 constinit std::atomic<TaMessageDispatcher*> TaMessageDispatcher::s_dispatcher{ nullptr };
 constinit std::atomic<bool> TaMessageDispatcher::s_isGone{ false };
-constinit void* TaMessageDispatcher::s_remains = nullptr;
+constinit TaMessageDispatcher* TaMessageDispatcher::s_remains = nullptr;
 
 namespace {
 
 constexpr std::uint64_t kNoLimit = std::numeric_limits<std::uint64_t>::max();
-
-TaSendsInFlight& sendsInFlight()
-{
-    static TaSendsInFlight& s_sends = *new TaSendsInFlight;
-    return s_sends;
-}
 
 } // namespace
 
@@ -57,20 +51,21 @@ const TuRTTI TaMessageDispatcher::TaMessageHandlerDeleted::RTTI(
 TaMessageDispatcher::TaMessageDispatcher()
     : TaMessageHandlerThreaded(u"TaMessageDispatcher", eTP_Normal)
     , m_pool(TuMake<TaSendStatusPool>())
-    , m_inFlight(sendsInFlight())
 {
     s_dispatcher = this;
 }
 
-TaMessageDispatcher::~TaMessageDispatcher()
+void TaMessageDispatcher::operator delete(
+    TaMessageDispatcher* dispatcher, std::destroying_delete_t) noexcept
 {
     s_isGone = true;
     s_dispatcher = nullptr;
-    if (isOnItsThread()) {
-        AddFlags(eFlagAutoDelete); // a handler has ended the process: the thread goes with that
-    } else {
-        StopAndWait(kMostMsToEnd);
+    s_remains = dispatcher;
+    // Where a handler on its thread has ended the process, the thread goes with that.
+    if (!dispatcher->isOnItsThread() && !dispatcher->StopAndWait(kMostMsToEnd)) {
+        dispatcher->Terminate();
     }
+    dispatcher->closeQueues();
 }
 
 // The thread.
@@ -159,15 +154,14 @@ long long TaMessageDispatcher::sendMessage(const TaMessage& message,
     try {
         const TaSendStatusUse status = m_pool->Take();
         status->Begin(message, source);
-        TaSendsInFlight& inFlight = m_inFlight; // which stays when this object goes meanwhile
-        inFlight.Enter(*status);
+        m_inFlight.Enter(*status);
         // Nothing throws from here to the end of the loop. A notification that finds no queue is
         // dropped, which ends the wait.
         queueSendNotification(TaSendNotification(target, message, status, source));
         do {
             waitForAnswers(*status);
             status->RunList();
-        } while (!inFlight.TryLeave(*status));
+        } while (!m_inFlight.TryLeave(*status));
         const TuList<long long>& answers = status->GetResults();
         if (results != nullptr) {
             results->Append(answers);

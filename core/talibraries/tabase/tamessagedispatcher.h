@@ -10,6 +10,7 @@
 #include "tabase/tasubscriptions.h"
 
 #include <atomic>
+#include <new>
 #include <utility>
 
 #include "platform/platformmacrospush.h"
@@ -54,8 +55,11 @@ class TABASE_API TaMessageDispatcher : public TaMessageHandlerThreaded,
 public:
     static const TuRTTI RTTI;
     const TuRTTI& GetRTTI() const override { return RTTI; }
-    /// The memory stays: a thread may sleep in a send while the process exits, and wakes in it.
-    static void operator delete(void* memory) noexcept { s_remains = memory; }
+    /// Ends the thread, but leaves the object whole: while the process exits, other threads may be
+    /// anywhere in a send or a post, and go on in it.
+    static void operator delete(TaMessageDispatcher* dispatcher, std::destroying_delete_t) noexcept;
+    /// Of what could not be made.
+    static void operator delete(void* memory) noexcept { ::operator delete(memory); }
 
     // Each operation exists twice: as it is, and with the source file and the line of the caller,
     // for traces.
@@ -177,7 +181,7 @@ private:
     static constexpr unsigned int kRetryMs = 250;
 
     TaMessageDispatcher();
-    ~TaMessageDispatcher() override;
+    ~TaMessageDispatcher() override = default; // runs only where the constructor throws
     void onInstanceCreated() noexcept { ensureStarted(); }
     void ensureStarted() noexcept;
     /// The dispatcher, with its thread; null when the process is about to end.
@@ -212,7 +216,7 @@ private:
 
     static std::atomic<TaMessageDispatcher*> s_dispatcher; // null before and after
     static std::atomic<bool> s_isGone;
-    static void* s_remains;
+    static TaMessageDispatcher* s_remains; // after the end
 
     std::atomic<EState> m_state{ eS_New };
     TuEvent m_startIsDone{ true };
@@ -222,7 +226,7 @@ private:
     TaMessageHandlerList m_subscribers; // of the message at hand; of the dispatcher's thread
     TaHandlerNames m_names;
     TuSmartPointer<TaSendStatusPool> m_pool;
-    TaSendsInFlight& m_inFlight; // stays when the dispatcher goes, as said at operator delete
+    TaSendsInFlight m_inFlight;
     std::atomic<unsigned int> m_servings{ 0 }; // waits of the dispatcher's thread, nested
     TuEvent m_serve{ false }; // something has come meanwhile
     /// Handlers that a wake-up did not reach, for their threads' queues were full.
