@@ -62,8 +62,9 @@ void TaMessageDispatcher::operator delete(
     s_dispatcher = nullptr;
     s_remains = dispatcher;
     // Where a handler on its thread has ended the process, the thread goes with that.
-    if (!dispatcher->isOnItsThread() && !dispatcher->StopAndWait(kMostMsToEnd)) {
-        dispatcher->Terminate();
+    if (!dispatcher->isOnItsThread()) {
+        dispatcher->StopAndWait(kMostMsToEnd);
+        dispatcher->Terminate(); // lets go a thread that has ended
     }
     dispatcher->closeQueues();
 }
