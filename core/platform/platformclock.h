@@ -26,4 +26,8 @@ PLATFORM_API unsigned int GetMillisecondsUntil(std::uint64_t deadline) noexcept;
 PLATFORM_API std::uint64_t GetPerformanceCount() noexcept;
 PLATFORM_API std::uint64_t GetPerformanceFrequency() noexcept;
 
+/// How long processors have worked for this process, all threads together, in nanoseconds. It goes
+/// in steps: up to 16 ms on Windows.
+PLATFORM_API std::uint64_t GetProcessorTime() noexcept;
+
 } // namespace platform

@@ -7,7 +7,13 @@ namespace {
 
     constexpr std::uint64_t kNanosecondsPerSecond = 1'000'000'000;
 
-}
+    std::uint64_t toNanoseconds(const FILETIME& time)
+    {
+        const auto ticks = std::uint64_t{ time.dwHighDateTime } << 32 | time.dwLowDateTime;
+        return ticks * 100;
+    }
+
+} // namespace
 
 std::uint64_t GetMonotonicTime() noexcept
 {
@@ -30,6 +36,16 @@ std::uint64_t GetPerformanceFrequency() noexcept
     LARGE_INTEGER frequency;
     QueryPerformanceFrequency(&frequency);
     return static_cast<std::uint64_t>(frequency.QuadPart);
+}
+
+std::uint64_t GetProcessorTime() noexcept
+{
+    FILETIME made;
+    FILETIME ended;
+    FILETIME inSystem;
+    FILETIME inProgram;
+    GetProcessTimes(GetCurrentProcess(), &made, &ended, &inSystem, &inProgram);
+    return toNanoseconds(inSystem) + toNanoseconds(inProgram);
 }
 
 } // namespace platform
