@@ -1,7 +1,5 @@
 #include "tabase/taclassparameterset.h"
 
-#include "groundwork/tuexception.h"
-
 #include <utility>
 
 namespace {
@@ -60,19 +58,12 @@ void TaClassParameterSet::ResetAll()
 
 void TaClassParameterSet::SetParameter(Name name, const TuVariant& value)
 {
-    if (!m_maps.IsInLimits(name, value)) {
-        throw TuException(kSource, kLineOutOfLimits);
-    }
-    m_maps.GetParameters().SetFirst(name, value);
+    m_maps.SetParameter(name, value, kSource, kLineOutOfLimits);
 }
 
 const TuVariant& TaClassParameterSet::GetConstraint(Name name, EParameterConstraint kind) const
 {
-    const TuVariant* const limit = m_maps.GetLimits(kind).Lookup(name);
-    if (limit == nullptr) {
-        throw TuException(kSource, kLineNoConstraint);
-    }
-    return *limit;
+    return m_maps.GetLimit(name, kind, kSource, kLineNoConstraint);
 }
 
 void TaClassParameterSet::SetResourceID(Name name, unsigned long id)

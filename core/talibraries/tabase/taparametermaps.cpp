@@ -85,6 +85,25 @@ void TaParameterMaps::RemoveAll()
     }
 }
 
+void TaParameterMaps::SetParameter(
+    Name name, const TuVariant& value, const char16_t* source, unsigned int line)
+{
+    if (!IsInLimits(name, value)) {
+        throw TuException(source, line);
+    }
+    m_parameters.SetFirst(name, value);
+}
+
+const TuVariant& TaParameterMaps::GetLimit(
+    Name name, unsigned int limit, const char16_t* source, unsigned int line) const
+{
+    const TuVariant* const found = GetLimits(limit).Lookup(name);
+    if (found == nullptr) {
+        throw TuException(source, line);
+    }
+    return *found;
+}
+
 bool TaParameterMaps::GetParameter(Name name, const TuVariant& defaultValue, TuVariant& out) const
 {
     const bool isThere = m_parameters.Lookup(name, out);

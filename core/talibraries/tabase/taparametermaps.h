@@ -60,7 +60,12 @@ public:
             && !isBeyond(m_limits[eL_Maximum], name, value, std::weak_ordering::greater);
     }
 
+    /// TuException of that place for a value that is not in its limits.
+    void SetParameter(Name name, const TuVariant& value, const char16_t* source, unsigned int line);
     bool GetParameter(Name name, const TuVariant& defaultValue, TuVariant& out) const;
+    /// TuException of that place where there is none.
+    const TuVariant& GetLimit(
+        Name name, unsigned int limit, const char16_t* source, unsigned int line) const;
     CString GetExtension(Name name) const;
 
     /// The record of a set: see TaParameterSet.

@@ -1,7 +1,5 @@
 #include "tabase/taparameterset.h"
 
-#include "groundwork/tuexception.h"
-
 #include <utility>
 
 namespace {
@@ -43,17 +41,10 @@ void TaParameterSet::ResetAll()
 
 void TaParameterSet::SetParameter(Name name, const TuVariant& value)
 {
-    if (!m_maps.IsInLimits(name, value)) {
-        throw TuException(kSource, kLineOutOfLimits);
-    }
-    m_maps.GetParameters().SetFirst(name, value);
+    m_maps.SetParameter(name, value, kSource, kLineOutOfLimits);
 }
 
 const TuVariant& TaParameterSet::GetConstraint(Name name, EParameterConstraint kind) const
 {
-    const TuVariant* const limit = m_maps.GetLimits(kind).Lookup(name);
-    if (limit == nullptr) {
-        throw TuException(kSource, kLineNoConstraint);
-    }
-    return *limit;
+    return m_maps.GetLimit(name, kind, kSource, kLineNoConstraint);
 }
