@@ -10,6 +10,7 @@
 #include "tabase/tasubscriptions.h"
 
 #include <atomic>
+#include <cstddef>
 #include <new>
 #include <utility>
 
@@ -58,7 +59,8 @@ public:
     /// Ends the thread, but leaves the object whole: while the process exits, other threads may be
     /// anywhere in a send or a post, and go on in it.
     static void operator delete(TaMessageDispatcher* dispatcher, std::destroying_delete_t) noexcept;
-    /// Of what could not be made.
+    /// As ever; the second is for what could not be made.
+    static void* operator new(std::size_t size) { return ::operator new(size); }
     static void operator delete(void* memory) noexcept { ::operator delete(memory); }
 
     // Each operation exists twice: as it is, and with the source file and the line of the caller,
