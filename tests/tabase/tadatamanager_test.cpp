@@ -5,7 +5,6 @@
 #include "support/allocationlimit.h"
 #include "support/datatreeprobe.h"
 #include "support/largestblock.h"
-#include "support/testlatch.h"
 #include "support/testrandom.h"
 #include "support/treebytes.h"
 #include "support/worker.h"
@@ -124,6 +123,18 @@ protected:
         });
         waitForWaiters(before + 1);
     }
+    /// What becomes of an attempt that has to wait until `action`.
+    template <class Handle, class Action>
+    Manager::ELockStatus waitUntil(
+        const Pointer& node, Action&& action, unsigned int timeout = kPatienceMs)
+    {
+        Worker waiter;
+        Manager::ELockStatus status = Manager::eLS_Exception;
+        beginToWait<Handle>(waiter, node, status, timeout);
+        action();
+        waiter.Finish();
+        return status;
+    }
     void waitForWaiters(std::size_t count)
     {
         for (int i = 0; TaDataTreeProbe::GetWaitingThreads(m_manager) < count; ++i) {
@@ -181,37 +192,27 @@ TEST_F(TaDataManagerTest, TheAccountNamesEachLockAndRequestAndWhatIsInTheWay)
     EXPECT_EQ(lock(1), Manager::eLS_TimedOut);
 }
 
-TEST_F(TaDataManagerTest, ReadersShareAndAWriterWaitsForTheLast)
+TEST_F(TaDataManagerTest, AWriterWaitsForTheLastReader)
 {
     Worker first;
     Worker second;
-    Worker writer;
-    std::optional<Read> outer(granted<Read>(first, m_a));
-    std::optional<Read> inner(granted<Read>(second, m_aa));
-    EXPECT_EQ(lockFor<Write>(writer, m_a), Manager::eLS_Conflict);
-    EXPECT_EQ(lockFor<Write>(m_manager.GetRootNode(), 1), Manager::eLS_TimedOut);
-    EXPECT_EQ(lockFor<Write>(m_b), Manager::eLS_Granted);
-    Manager::ELockStatus status = Manager::eLS_Exception;
-    beginToWait<Write>(writer, m_a, status);
-    outer.reset();
-    EXPECT_EQ(TaDataTreeProbe::GetWaitingThreads(m_manager), 1u);
-    EXPECT_EQ(findFault(), "");
-    inner.reset();
-    writer.Finish();
-    EXPECT_EQ(status, Manager::eLS_Granted);
+    Read outer = granted<Read>(first, m_a);
+    Read inner = granted<Read>(second, m_aa);
+    const auto release = [&] {
+        outer.Unlock();
+        EXPECT_EQ(TaDataTreeProbe::GetWaitingThreads(m_manager), 1u);
+        EXPECT_EQ(findFault(), "");
+        inner.Unlock();
+    };
+    EXPECT_EQ(waitUntil<Write>(m_a, release), Manager::eLS_Granted);
 }
 
 TEST_F(TaDataManagerTest, AReaderIsLetInWhereTheWriterOnlyReadsOn)
 {
     Worker writer;
-    Worker reader;
-    std::optional<Write> writing(granted<Write>(writer, m_a));
+    Write writing = granted<Write>(writer, m_a);
     const Read reading = granted<Read>(writer, m_a);
-    Manager::ELockStatus status = Manager::eLS_Exception;
-    beginToWait<Read>(reader, m_aa, status);
-    writing.reset();
-    reader.Finish();
-    EXPECT_EQ(status, Manager::eLS_Granted);
+    EXPECT_EQ(waitUntil<Read>(m_aa, [&] { writing.Unlock(); }), Manager::eLS_Granted);
 }
 
 TEST_F(TaDataManagerTest, ANodeInNoTreeIsNotLocked)
@@ -222,13 +223,9 @@ TEST_F(TaDataManagerTest, ANodeInNoTreeIsNotLocked)
 
     // Nor one that is taken out while somebody waits for it.
     Worker holder;
-    Worker waiter;
     Write removing = granted<Write>(holder, m_a);
-    Manager::ELockStatus status = Manager::eLS_Exception;
-    beginToWait<Read>(waiter, m_aa, status);
-    EXPECT_TRUE(m_manager.RemoveNode(removing));
-    waiter.Finish();
-    EXPECT_EQ(status, Manager::eLS_InvalidHandle);
+    const auto remove = [&] { EXPECT_TRUE(m_manager.RemoveNode(removing)); };
+    EXPECT_EQ(waitUntil<Read>(m_aa, remove), Manager::eLS_InvalidHandle);
 }
 
 /// Without being told it would sleep until its obstacle goes, or its time is over.
@@ -237,45 +234,36 @@ TEST_F(TaDataManagerTest, AWaiterIsToldWhenOthersChangeItsRequests)
     Worker holder;
     Worker waiter;
     const Write obstacle = granted<Write>(holder, m_a);
-    Manager::ELockStatus status = Manager::eLS_Exception;
     std::optional<Write> requested;
     Read last = granted<Read>(waiter, m_b);
-    waiter.Do([&] { requested.emplace(m_manager, m_aa); });
-    waiter.Begin([&] { status = tryLock(m_manager, kPatienceMs); });
-    waitForWaiters(1);
-    requested.reset();
-    waiter.Finish();
-    EXPECT_EQ(status, Manager::eLS_NoRequests);
-
-    waiter.Do([&] { requested.emplace(m_manager, m_aa); });
-    waiter.Begin([&] { status = tryLock(m_manager, kPatienceMs); });
-    waitForWaiters(1);
-    last.Unlock(); // its thread's last one
-    waiter.Finish();
-    EXPECT_EQ(status, Manager::eLS_NoRequests);
+    const auto expectTold = [&](auto&& change) {
+        Manager::ELockStatus status = Manager::eLS_Exception;
+        waiter.Do([&] { requested.emplace(m_manager, m_aa); });
+        waiter.Begin([&] { status = tryLock(m_manager, kPatienceMs); });
+        waitForWaiters(1);
+        change();
+        waiter.Finish();
+        EXPECT_EQ(status, Manager::eLS_NoRequests);
+    };
+    expectTold([&] { requested.reset(); });
+    expectTold([&] { last.Unlock(); }); // its thread's last one
 }
 
 TEST_F(TaDataManagerTest, AWaiterGoesOnWhenItsObstacleLeavesTheTree)
 {
     Worker holder;
-    Worker waiter;
-    Read obstacle = granted<Read>(holder, m_aa);
-    Manager::ELockStatus status = Manager::eLS_Exception;
-    beginToWait<Write>(waiter, m_a, status);
-    {
+    const Read obstacle = granted<Read>(holder, m_aa);
+    const auto remove = [&] {
         Write handle(m_manager, m_aa); // not granted, which is not asked
         EXPECT_TRUE(m_manager.RemoveNode(handle));
-    }
-    waiter.Finish();
-    EXPECT_EQ(status, Manager::eLS_Granted);
+    };
+    EXPECT_EQ(waitUntil<Write>(m_a, remove), Manager::eLS_Granted);
 
     // The same where the node is moved away by whoever holds it.
     Write moved = granted<Write>(holder, m_ab);
     const Write target = granted<Write>(holder, m_b);
-    beginToWait<Read>(waiter, m_a, status);
-    holder.Do([&] { EXPECT_TRUE(m_manager.MoveNode(moved, m_b)); });
-    waiter.Finish();
-    EXPECT_EQ(status, Manager::eLS_Granted);
+    const auto move = [&] { holder.Do([&] { EXPECT_TRUE(m_manager.MoveNode(moved, m_b)); }); };
+    EXPECT_EQ(waitUntil<Read>(m_a, move), Manager::eLS_Granted);
 }
 
 TEST_F(TaDataManagerTest, ATimeOutIsOneDeadlineHoweverOftenTheWaiterIsWoken)
@@ -313,34 +301,26 @@ TEST_F(TaDataManagerTest, ATimeOutIsOneDeadlineHoweverOftenTheWaiterIsWoken)
 TEST_F(TaDataManagerTest, TheLongestTimeOutsDoNotEndAtOnce)
 {
     for (const unsigned int timeout : { TuEvent::kInfinite, 0xFFFFFFFEu, 0x80000001u }) {
-        Worker waiter;
-        Manager::ELockStatus status = Manager::eLS_Exception;
         std::optional<Write> first(std::in_place, m_manager, m_aa);
         EXPECT_EQ(lock(), Manager::eLS_Granted);
-        beginToWait<Write>(waiter, m_a, status, timeout);
-        std::optional<Write> second(std::in_place, m_manager, m_ab);
-        EXPECT_EQ(lock(), Manager::eLS_Granted);
-        first.reset(); // wakes it, in vain
-        second.reset();
-        waiter.Finish();
-        EXPECT_EQ(status, Manager::eLS_Granted) << timeout;
+        const auto handOver = [&] {
+            const Write second(m_manager, m_ab);
+            EXPECT_EQ(lock(), Manager::eLS_Granted);
+            first.reset(); // wakes it, in vain
+        };
+        EXPECT_EQ(waitUntil<Write>(m_a, handOver, timeout), Manager::eLS_Granted) << timeout;
     }
 }
 
 TEST_F(TaDataManagerTest, WaitingTakesNoProcessorTime)
 {
     constexpr unsigned int kTimeOutMs = 1'000;
-    Worker waiter;
     const Write writing(m_manager, m_a);
     EXPECT_EQ(lock(), Manager::eLS_Granted);
-    Manager::ELockStatus status = Manager::eLS_Exception;
     const std::uint64_t start = platform::GetProcessorTime();
-    beginToWait<Read>(waiter, m_a, status, kTimeOutMs);
     // The last read lock goes while the write lock stays.
-    static_cast<void>(Read(m_manager, m_a));
-    EXPECT_EQ(findFault(), "");
-    waiter.Finish();
-    EXPECT_EQ(status, Manager::eLS_TimedOut);
+    const auto readOnce = [&] { static_cast<void>(Read(m_manager, m_a)); };
+    EXPECT_EQ(waitUntil<Read>(m_a, readOnce, kTimeOutMs), Manager::eLS_TimedOut);
     EXPECT_LT(platform::GetProcessorTime() - start, kTimeOutMs / 2 * 1'000'000ull);
 }
 
@@ -352,18 +332,16 @@ TEST_F(TaDataManagerTest, AHandleWithoutANodeIsGrantedAndLocksNothing)
     EXPECT_EQ(lock(), Manager::eLS_NoRequests);
     EXPECT_FALSE(m_manager.RemoveNode(nothing));
     EXPECT_FALSE(m_manager.MoveNode(nothing, m_a));
-    const Read real(m_manager, m_a);
-    EXPECT_EQ(lock(), Manager::eLS_Granted);
     const Write moved(std::move(nothing));
     EXPECT_TRUE(moved.IsAccessGranted());
     EXPECT_FALSE(Read().IsAccessGranted() || Read().IsValid());
 }
 
-TEST_F(TaDataManagerTest, ALockIsGivenBackOnceAndTheLastOneTakesTheRequestsAlong)
+TEST_F(TaDataManagerTest, ALockIsGivenBackOnceAndARequestByItsEndAlone)
 {
     Write first(m_manager, m_a);
     EXPECT_EQ(lock(), Manager::eLS_Granted);
-    Write second(m_manager, m_a);
+    const Write second(m_manager, m_a);
     first.Unlock();
     EXPECT_FALSE(first.IsAccessGranted());
     EXPECT_TRUE(first.IsValid());
@@ -372,39 +350,29 @@ TEST_F(TaDataManagerTest, ALockIsGivenBackOnceAndTheLastOneTakesTheRequestsAlong
     Read request(m_manager, m_b);
     request.Unlock(); // there is no lock to give back; the request stays
     EXPECT_EQ(countRequests(), 1u);
-    second.Unlock();
-    EXPECT_EQ(countRequests(), 0u);
-    EXPECT_FALSE(m_manager.IsCurrentThreadLocking());
-    EXPECT_TRUE(m_manager.RemoveNode(first)); // it is not asked for a lock
 }
 
 TEST_F(TaDataManagerTest, AMovedHandleTakesItsRequestOrLockAlong)
 {
     Write pending(m_manager, m_a);
-    std::optional<Write> second(std::in_place, m_manager, m_ab);
-    std::optional<Write> target;
+    Write target;
     {
         const AllocationLimit none(0);
-        target.emplace(std::move(pending));
+        target = std::move(pending);
     }
     EXPECT_FALSE(pending.IsValid()); // NOLINT(bugprone-use-after-move): that is the question
     EXPECT_EQ(lock(), Manager::eLS_Granted);
-    EXPECT_TRUE(target->IsAccessGranted());
+    EXPECT_TRUE(target.IsAccessGranted());
     EXPECT_FALSE(pending.IsAccessGranted());
     pending.Unlock();
-    {
-        const AllocationLimit none(0);
-        pending = std::move(*target);
-        target.reset();
-    }
-    EXPECT_EQ(findFault(), "");
-    EXPECT_TRUE(pending.IsAccessGranted());
 
-    // What the target held is given back; the last lock, too.
-    second.reset();
+    // What was held before is given back; the last lock, too.
     Write other(m_manager, m_b);
     EXPECT_EQ(lock(), Manager::eLS_Granted);
-    other = std::move(pending);
+    {
+        const AllocationLimit none(0);
+        other = std::move(target);
+    }
     EXPECT_EQ(findFault(), "");
     EXPECT_EQ(TaDataTreeProbe::GetWriteCount(*m_b), 0u);
     EXPECT_EQ(other.GetNode(), m_a);
@@ -425,7 +393,6 @@ TEST_F(TaDataManagerTest, ALockStaysItsThreadsWhereverTheHandleGoesAndWhenTheThr
         handle.reset();
     });
     owner->Do([&] { EXPECT_FALSE(m_manager.IsCurrentThreadLocking()); });
-    EXPECT_EQ(findFault(), "");
 
     // A request stays its thread's, too.
     owner->Do([&] { handle.emplace(m_manager, m_a); });
@@ -511,28 +478,6 @@ TEST_F(TaDataManagerTest, AHandleOfAnotherManagerRemovesNothing)
     Write handle(other, node);
     EXPECT_TRUE(m_manager.InsertNode(node, m_a));
     EXPECT_FALSE(m_manager.RemoveNode(handle));
-    EXPECT_THROW(Write(other, m_b), TuExceptionPreconditionViolation);
-}
-
-TEST_F(TaDataManagerTest, AHandleThatLostItsLockWithItsNodeMovesNothing)
-{
-    Worker former;
-    Worker present;
-    Write stale = granted<Write>(former, m_aa);
-    Write target = granted<Write>(former, m_b);
-    {
-        const Write above(m_manager, m_ab);
-        EXPECT_EQ(lock(), Manager::eLS_Granted);
-        Write handle(m_manager, m_aa);
-        EXPECT_TRUE(m_manager.RemoveNode(handle));
-        const Write parent(m_manager, m_a);
-        EXPECT_EQ(lock(), Manager::eLS_Granted);
-        EXPECT_TRUE(m_manager.InsertNode(m_aa, m_a));
-    }
-    const Read reading = granted<Read>(present, m_aa);
-    former.Do([&] { EXPECT_FALSE(m_manager.MoveNode(stale, m_b)); });
-    EXPECT_EQ(m_aa->GetParent(), m_a);
-    EXPECT_EQ(findFault(), "");
 }
 
 TEST_F(TaDataManagerTest, ResetWaitsUntilNobodyLooks)
@@ -597,60 +542,25 @@ TEST_F(FairManagerTest, AWaitingWriterHoldsBackReadersThatHoldNoLock)
     EXPECT_EQ(reader, Manager::eLS_Granted);
 }
 
-TEST_F(FairManagerTest, AWriterGetsInThoughReadersComeAndGo)
-{
-    std::atomic<bool> done = false;
-    TestLatch overlapping(3);
-    const auto read = [&] {
-        Read held(m_manager, m_a);
-        EXPECT_EQ(tryLock(m_manager), Manager::eLS_Granted);
-        overlapping.arrive_and_wait();
-        while (!done) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            held = Read();
-            held = Read(m_manager, m_a);
-            EXPECT_EQ(tryLock(m_manager, kPatienceMs), Manager::eLS_Granted);
-        }
-    };
-    std::jthread first(read);
-    std::jthread second(read);
-    overlapping.arrive_and_wait();
-    for (int i = 0; i < 20; ++i) {
-        EXPECT_EQ(lockFor<Write>(m_a, kPatienceMs), Manager::eLS_Granted);
-    }
-    done = true;
-}
-
-/// Whether the action had the memory it asked for.
-template <class Action> bool succeedsWith(unsigned int allocations, Action&& action)
-{
-    const AllocationLimit limit(allocations);
-    try {
-        action();
-        return true;
-    } catch (const TuExceptionOutOfMemory&) {
-        return false;
-    }
-}
-
 TEST_F(TaDataManagerTest, WithoutMemoryNothingHasChanged)
 {
     // Two more threads read a node, so that a third counter there needs memory.
     Worker first;
     Worker second;
     const Pointer node = makeNode(u"node");
-    const Pointer below = makeNode(u"below");
-    TaDataTreeProbe::AddChild(node, below);
-    std::optional<Read> firstLock(granted<Read>(first, m_b));
-    std::optional<Read> secondLock(granted<Read>(second, m_b));
+    TaDataTreeProbe::AddChild(node, makeNode(u"below"));
+    Read firstLock = granted<Read>(first, m_b);
+    Read secondLock = granted<Read>(second, m_b);
 
-    std::string before;
     const auto failEach = [&](auto&& action) {
-        before = m_manager.ToString().ToUtf8();
+        const std::string before = m_manager.ToString().ToUtf8();
         const unsigned int requests = countRequests();
-        return FailEachAllocation([&](unsigned int allowed) {
-            if (succeedsWith(allowed, action)) {
+        const unsigned int failures = FailEachAllocation([&](unsigned int allowed) {
+            try {
+                const AllocationLimit limit(allowed);
+                action();
                 return true;
+            } catch (const TuExceptionOutOfMemory&) {
             }
             EXPECT_EQ(m_manager.ToString().ToUtf8(), before) << allowed;
             EXPECT_EQ(findFault(), "") << allowed;
@@ -658,6 +568,8 @@ TEST_F(TaDataManagerTest, WithoutMemoryNothingHasChanged)
             EXPECT_EQ(countRequests(), requests) << allowed;
             return false;
         });
+        EXPECT_EQ(findFault(), "");
+        return failures;
     };
     std::optional<Read> reading;
     std::optional<Write> writing;
@@ -673,24 +585,21 @@ TEST_F(TaDataManagerTest, WithoutMemoryNothingHasChanged)
     EXPECT_GT(failures, 0u);
     EXPECT_TRUE(reading->IsAccessGranted() && writing->IsAccessGranted());
     EXPECT_GT(failEach([&] { EXPECT_TRUE(m_manager.InsertNode(node, m_aa)); }), 1u);
-    EXPECT_EQ(findFault(), "");
 
     Write moving(m_manager, m_ab);
     EXPECT_EQ(lock(), Manager::eLS_Granted);
     const Pointer leaf = insert(u"leaf", m_aa);
     m_manager.GetRootNode()->SetModified(false, true);
     EXPECT_GT(failEach([&] { EXPECT_TRUE(m_manager.MoveNode(moving, leaf)); }), 0u);
-    EXPECT_EQ(findFault(), "");
     failEach([&] { EXPECT_TRUE(m_manager.RemoveNode(moving)); });
-    EXPECT_EQ(findFault(), "");
 
     // The first link to a node is no container's block. (A library on Windows has an operator new
     // of its own, which does not fail.)
-    firstLock.reset();
-    secondLock.reset();
+    firstLock.Unlock();
+    secondLock.Unlock();
     const Write target(m_manager, m_b);
     EXPECT_EQ(lock(), Manager::eLS_Granted);
-    before = m_manager.ToString().ToUtf8();
+    const std::string before = m_manager.ToString().ToUtf8();
     bool isInserted = false;
     s_isMemoryGone = true;
     try {
@@ -700,7 +609,6 @@ TEST_F(TaDataManagerTest, WithoutMemoryNothingHasChanged)
     s_isMemoryGone = false;
     EXPECT_EQ(isInserted, m_manager.ToString().ToUtf8() != before);
     EXPECT_EQ(isInserted, !moving.GetNode()->GetParent().IsNull());
-    EXPECT_EQ(findFault(), "");
 }
 
 TEST_F(TaDataManagerTest, AWaitThatHasNoMemoryKeepsTheRequests)
@@ -721,47 +629,12 @@ TEST_F(TaDataManagerTest, AWaitThatHasNoMemoryKeepsTheRequests)
         0u);
 }
 
-/// Without a lock it is outdated at once what one sees of a tree, but the tree never looks broken.
-TEST_F(TaDataManagerTest, ATreeMayBeLookedAtWhileItsNodesMove)
-{
-    const Pointer root = m_manager.GetRootNode();
-    insert(u"behind", m_a);
-    insert(u"behind", m_b);
-    insert(u"below", m_aa);
-    std::atomic<bool> done = false;
-    std::vector<std::jthread> watchers;
-    watchers.emplace_back([&] {
-        while (!done) {
-            EXPECT_FALSE(m_ab->IsDescendantOf(m_aa));
-            EXPECT_TRUE(m_aa->FindChild(u"behind").IsNull());
-            EXPECT_TRUE(root->ToString().ToUtf8().starts_with("Root (TaNode)"));
-        }
-    });
-    watchers.emplace_back([&] {
-        while (!done) {
-            root->IsModified(true);
-            root->SetModified(false, true);
-        }
-    });
-    for (int i = 0; i < 3'000; ++i) {
-        const Write a(m_manager, m_a);
-        const Write b(m_manager, m_b);
-        EXPECT_EQ(tryLock(m_manager), Manager::eLS_Granted);
-        Write node(m_manager, m_aa);
-        EXPECT_TRUE(m_manager.MoveNode(node, i % 2 == 0 ? m_b : m_a));
-        Write other(m_manager, m_ab);
-        EXPECT_TRUE(m_manager.RemoveNode(other)); // gives back the locks
-        EXPECT_TRUE(m_manager.InsertNode(m_ab, m_a));
-    }
-    done = true;
-}
-
 /// Threads that lock, change and hand over at random what is a small tree.
 class Stress
 {
 public:
     static constexpr unsigned int kThreads = 8;
-    static constexpr unsigned int kPhases = 6;
+    static constexpr unsigned int kRounds = 6;
     static constexpr unsigned int kSteps = 150;
     static constexpr unsigned int kNodes = 40; // the depth, too, for the thread sanitizer's sake
 
@@ -771,23 +644,24 @@ public:
         for (unsigned int i = 0; i < kNodes; ++i) {
             m_nodes.push_back(makeNode(u"node"));
         }
-        for (unsigned int i = 0; i < 2 * kPhases; ++i) {
-            m_gates.emplace_back(kThreads + 1);
-        }
     }
 
     void Run()
     {
-        std::vector<std::jthread> threads;
-        for (unsigned int i = 0; i < kThreads; ++i) {
-            threads.emplace_back([this, i] { work(i); });
-        }
-        for (unsigned int phase = 0; phase < kPhases; ++phase) {
-            m_gates[2 * phase].arrive_and_wait();
+        for (unsigned int round = 0; round < kRounds; ++round) {
+            std::array<std::deque<Read>, kThreads> held;
+            std::vector<std::jthread> threads;
+            for (unsigned int i = 0; i < kThreads; ++i) {
+                threads.emplace_back([this, round, i, &mine = held[i]] {
+                    std::mt19937_64 random(GetTestSeed() + round * kThreads + i);
+                    for (unsigned int done = 0; done < kSteps; ++done) {
+                        step(random, mine);
+                    }
+                });
+            }
+            threads.clear();
             EXPECT_EQ(TaDataTreeProbe::FindFault(m_manager), ""); // while locks are held
-            m_gates[2 * phase + 1].arrive_and_wait();
         }
-        threads.clear();
         m_shared.clear();
         EXPECT_EQ(TaDataTreeProbe::FindFault(m_manager), "");
         EXPECT_FALSE(m_manager.ToString().ToUtf8().find("thread") != std::string::npos);
@@ -800,19 +674,6 @@ public:
     }
 
 private:
-    void work(unsigned int number)
-    {
-        std::mt19937_64 random(GetTestSeed() + number);
-        for (unsigned int phase = 0; phase < kPhases; ++phase) {
-            std::deque<Read> held;
-            for (unsigned int i = 0; i < kSteps; ++i) {
-                step(random, held);
-            }
-            m_gates[2 * phase].arrive_and_wait();
-            m_gates[2 * phase + 1].arrive_and_wait();
-        }
-    }
-
     const Pointer& pick(std::mt19937_64& random) { return m_nodes[random() % kNodes]; }
     const Pointer& pickParent(std::mt19937_64& random)
     {
@@ -863,15 +724,14 @@ private:
         case 6:
             held.clear();
             break;
-        default: // look at it without any lock
+        default: // what one sees without a lock is outdated at once, but never broken
             if (const Pointer parent = pick(random)->GetParent(); !parent.IsNull()) {
                 parent->IsModified(true);
-                parent->FindChild(u"none");
+                parent->SetModified(false, true);
+                EXPECT_TRUE(parent->FindChild(u"none").IsNull());
                 parent->IsDescendantOf(pick(random));
-                if (random() % 4 == 0) {
-                    parent->ToString();
-                    m_manager.ToString();
-                }
+                EXPECT_TRUE(m_root->ToString().ToUtf8().starts_with("Root (TaNode)"));
+                m_manager.ToString();
             }
         }
     }
@@ -879,7 +739,6 @@ private:
     Manager m_manager;
     const Pointer m_root = m_manager.GetRootNode();
     std::vector<Pointer> m_nodes;
-    std::deque<TestLatch> m_gates;
     TuCriticalSection m_sharedLock;
     std::deque<Read> m_shared;
     std::atomic<unsigned int> m_changes = 0;
