@@ -29,7 +29,6 @@ public:
         const TuCriticalSectionAuto guard(node.m_countLock);
         return node.m_threadCounts.Get(threadId);
     }
-    static bool IsUnlockedEventSet(const TaNode& node) { return node.m_unlockedEvent.IsSet(); }
     /// A step of building that only the library takes, for trees that no manager has seen.
     static void AddChild(const TuSmartPointer<TaNode>& parent, const TuSmartPointer<TaNode>& child)
     {

@@ -9,23 +9,12 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <iterator>
 #include <stdexcept>
 #include <string>
 #include <utility>
 
 namespace {
-
-/// As a user derives it.
-class CountNode : public TaDataNodeInt32
-{
-public:
-    explicit CountNode(std::int32_t count)
-        : TaDataNodeInt32(u"Count", TuMake<TuInt32>(count), true, true)
-    {
-    }
-};
 
 using Pointer = TuSmartPointer<TaNode>;
 
@@ -77,32 +66,20 @@ private:
     std::string& m_calls;
 };
 
-TEST(TaNodeTest, StartsWithoutParentChildrenAndMarks)
+TEST(TaNodeTest, APlainNodeHasNoDataAndIsItsOwnType)
 {
     const Pointer node = TuMake<TaNode>();
     EXPECT_EQ(node->GetName(), u"__noname");
-    EXPECT_TRUE(node->IsSerializeLeaves());
-    EXPECT_TRUE(node->IsTrackModified());
-    EXPECT_FALSE(node->IsModified(true));
-    EXPECT_FALSE(node->IsManaged());
     EXPECT_FALSE(node->IsSerializable());
-    EXPECT_TRUE(node->GetParent().IsNull());
-    EXPECT_FALSE(node->HasChildren());
+    TaDataTreeProbe::CreateData(*node, u"TuInt32"); // it has no use for it
     EXPECT_EQ(&node->GetRTTIData(), &TaNode::RTTI);
-    TaDataTreeProbe::CreateData(*node, u"TuInt32"); // a plain node has no use for it
     EXPECT_EQ(node->GetClassNameData(), CString(u"TaNode"));
-    EXPECT_EQ(TaNode::RTTI.GetFirstBase(), nullptr);
-    EXPECT_EQ(TaNode::RTTI.GetCreate(), nullptr);
-
-    const Pointer other = TuMake<TaNode>(u"Other", false, false);
-    EXPECT_EQ(other->GetName(), u"Other");
-    EXPECT_FALSE(other->IsSerializeLeaves());
-    EXPECT_FALSE(other->IsTrackModified());
 }
 
-TEST(TaNodeTest, FindsTheFirstDirectChildOfANameInTheRightCase)
+TEST(TaNodeTest, WalksItsChildrenAndFindsTheFirstOfANameInTheRightCase)
 {
     const Pointer top = TuMake<TaNode>();
+    EXPECT_FALSE(top->GetChildren());
     const Pointer lower = makeChild(top, u"a");
     const Pointer first = makeChild(top, u"A");
     makeChild(top, u"A");
@@ -110,44 +87,15 @@ TEST(TaNodeTest, FindsTheFirstDirectChildOfANameInTheRightCase)
     EXPECT_EQ(top->FindChild(u"A"), first);
     EXPECT_EQ(top->FindChild(u"a"), lower);
     EXPECT_TRUE(top->FindChild(u"Inner").IsNull());
-    EXPECT_TRUE(top->FindChild(u"").IsNull());
     EXPECT_EQ(std::as_const(*top).FindChild(u"A"), first.Get());
-}
 
-TEST(TaNodeTest, IsADescendantOfItsAncestorsAlone)
-{
-    const Pointer top = TuMake<TaNode>();
-    const Pointer child = makeChild(top, u"Child");
-    const Pointer inner = makeChild(child, u"Inner");
-    const Pointer sibling = makeChild(top, u"Sibling");
-    EXPECT_TRUE(inner->IsDescendantOf(child));
-    EXPECT_TRUE(inner->IsDescendantOf(top));
-    EXPECT_FALSE(inner->IsDescendantOf(sibling));
-    EXPECT_FALSE(inner->IsDescendantOf(inner));
-    EXPECT_FALSE(top->IsDescendantOf(inner));
-    EXPECT_FALSE(inner->IsDescendantOf(nullptr));
-    EXPECT_FALSE(top->IsDescendantOf(nullptr));
-}
-
-TEST(TaNodeTest, ChildrenAreWalkedInTheOrderInWhichTheyCame)
-{
-    const Pointer top = TuMake<TaNode>();
-    EXPECT_FALSE(top->GetChildren());
-    const std::string letters = "abcdefghijklmnopqrstuvwxyz"; // more than a block of the list
-    for (const char letter : letters) {
-        makeChild(top, CString(std::u16string(1, static_cast<char16_t>(letter))));
-    }
-    std::string names;
-    for (TaNode& child : top->GetChildren()) {
-        names += child.GetName().ToUtf8();
-    }
-    EXPECT_EQ(names, letters);
     const auto children = std::as_const(*top).GetChildren();
-    EXPECT_EQ(std::distance(children.begin(), children.end()), 26);
-    EXPECT_EQ(top->GetChildrenCount(), 26u);
+    EXPECT_EQ(std::distance(children.begin(), children.end()), 3);
+    EXPECT_EQ(top->GetChildrenCount(), 3u);
     auto child = top->GetChildren();
     EXPECT_EQ((child++)->GetName(), u"a");
-    EXPECT_EQ(child->GetName(), u"b");
+    EXPECT_EQ(child->GetName(), u"A");
+    EXPECT_FALSE(top->IsDescendantOf(nullptr));
 }
 
 TEST(TaNodeTest, IsModifiedForItsOwnSakeOrForANodeBelow)
@@ -168,30 +116,22 @@ TEST(TaNodeTest, IsModifiedForItsOwnSakeOrForANodeBelow)
         node->SetModified(false, false);
     }
     EXPECT_FALSE(top->IsModified(true));
-
-    top->SetModified(true, true);
-    EXPECT_TRUE(top->IsModified(false));
-    EXPECT_TRUE(inner->IsModified(false));
-    top->SetModified(false, false);
-    EXPECT_TRUE(last->IsModified(false));
-    top->SetModified(false, true);
-    EXPECT_FALSE(top->IsModified(true));
 }
 
 TEST(TaNodeTest, TheHooksOfASubtreeAreCalledParentsFirstWhereTheyHandOn)
 {
     std::string calls;
-    const auto make = [&](const Pointer& parent, const CString& name) {
+    const auto make = [&](const CString& name, const Pointer& parent = nullptr) {
         const auto node = TuMake<HookedNode>(name, calls);
         if (!parent.IsNull()) {
             TaDataTreeProbe::AddChild(parent, node);
         }
         return node;
     };
-    const auto a = make(nullptr, u"a");
-    const auto b = make(a, u"b");
-    const auto c = make(b, u"c");
-    const auto d = make(a, u"d");
+    const auto a = make(u"a");
+    const auto b = make(u"b", a);
+    const auto c = make(u"c", b);
+    const auto d = make(u"d", a);
     const auto callsOf = [&](auto&& action) {
         calls.clear();
         action();
@@ -203,7 +143,7 @@ TEST(TaNodeTest, TheHooksOfASubtreeAreCalledParentsFirstWhereTheyHandOn)
     EXPECT_EQ(callsOf([&] { EXPECT_FALSE(a->IsModified(true)); }), "?a?b?c?d");
     EXPECT_EQ(setAll(true), "!a!b!c!d");
     EXPECT_EQ(callsOf([&] { EXPECT_TRUE(a->IsModified(true)); }), "?a");
-    EXPECT_EQ(callsOf([&] { a->SetModified(false, false); }), "!a");
+    a->SetModified(false, false);
     EXPECT_EQ(callsOf([&] { EXPECT_TRUE(a->IsModified(true)); }), "?a?b"); // the first will do
 
     b->hook = HookedNode::eH_KeepsToItself;
@@ -222,15 +162,12 @@ TEST(TaNodeTest, TheHooksOfASubtreeAreCalledParentsFirstWhereTheyHandOn)
 
 TEST(TaNodeTest, ASubtreeThatIsHeldOutlivesItsTreeWithAllBelow)
 {
-    Pointer child;
-    Pointer inner;
+    Pointer child = TuMake<TaNode>(u"Child", true, true);
+    const Pointer inner = makeChild(child, u"Inner");
+    makeChild(inner, u"Leaf");
     {
         TaDataManager manager;
-        child = TuMake<TaNode>(u"Child", true, true);
         ASSERT_TRUE(manager.InsertNode(child, manager.GetRootNode()));
-        inner = TuMake<TaNode>(u"Inner", true, true);
-        ASSERT_TRUE(manager.InsertNode(inner, child));
-        makeChild(inner, u"Leaf");
     }
     EXPECT_EQ(inner->GetParent(), child);
     EXPECT_TRUE(child->GetParent().IsNull());
@@ -293,38 +230,32 @@ TEST(TaNodeTest, ATreeMayBeDeep)
     SKIP_IF_LOCKS_PER_THREAD_ARE_FEW();
     liveAndDie(true, kDeepTree);
 
-    const Pointer top = TuMake<TaNode>();
-    Pointer bottom = top;
+    Pointer bottom = TuMake<TaNode>();
+    const Pointer top = bottom;
     constexpr unsigned int kDumped = 2'000; // the lines grow with the depth
     for (unsigned int i = 0; i < kDumped; ++i) {
         bottom = makeChild(bottom, u"Node");
     }
     bottom->SetModified(true, false);
     EXPECT_TRUE(top->IsModified(true));
-    const std::string text = top->ToString().ToUtf8();
     const std::string last = std::string((kDumped - 1) * 4, ' ') + " |-- Node (TaNode), modified\n";
-    EXPECT_TRUE(text.ends_with("\n" + last));
-    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), kDumped + 1);
+    EXPECT_TRUE(top->ToString().ToUtf8().ends_with("\n" + last));
 }
 
 TEST(TaNodeTest, DumpsItsSubtreeAsAnIndentedTree)
 {
-    const auto top = TuMake<TaNode>(u"Top", true, true);
-    const auto first = TuMake<TaNode>(u"First", true, true);
-    TaDataTreeProbe::AddChild(top, first);
-    TaDataTreeProbe::AddChild(first, TuMake<CountNode>(-7));
-    TaDataTreeProbe::AddChild(first, TuMake<TaNode>(u"Inner", true, true));
-    const auto second = TuMake<TaNode>(u"Second", true, true);
-    TaDataTreeProbe::AddChild(top, second);
+    const Pointer top = TuMake<TaNode>(u"Top", true, true);
+    const Pointer first = makeChild(top, u"First");
+    makeChild(first, u"Inner");
+    const Pointer second = makeChild(top, u"Sec\nond");
     TaDataTreeProbe::AddChild(
         second, TuMake<TaDataNodeString>(u"Text", TuMake<TuString>(u"two\nlines"), true, true));
     second->SetModified(true, false);
     EXPECT_EQ(top->ToString().ToUtf8(),
         "Top (TaNode)\n"
         " |-- First (TaNode)\n"
-        " |   |-- Count (TaDataNodeInt32) = -7\n"
         " |   |-- Inner (TaNode)\n"
-        " |-- Second (TaNode), modified\n"
+        " |-- Sec\\x0Aond (TaNode), modified\n"
         "     |-- Text (TaDataNodeString) = two\\x0Alines\n");
 }
 
