@@ -10,8 +10,8 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
+#include <type_traits>
 
 namespace {
 
@@ -140,49 +140,52 @@ TEST_F(NodeTreeStreamTest, ATreeWithAnyByteFlippedIsAnotherOneOrRefused)
     EXPECT_GT(refused, read);
 }
 
+/// The record of a tree with one node, which can be read as it is.
+struct STreeRecord
+{
+    unsigned int version = 0;
+    unsigned int nodeVersion = 0;
+    int flags = 7;
+    CString nodeClass = u"TaDataNodeInt8";
+    CString valueClass = u"TuInt8";
+    unsigned int valueVersion = 0;
+};
+
+std::string bytesOf(const STreeRecord& tree)
+{
+    return BytesOf([&](auto& stream) {
+        stream << tree.version << 1u << tree.nodeVersion << u"Node"
+               << static_cast<unsigned char>(tree.flags) << tree.nodeClass << tree.valueClass
+               << tree.valueVersion << std::int8_t{ 1 } << 0u;
+    });
+}
+
 TEST_F(NodeTreeStreamTest, AVersionOrAFlagThatIsNotKnownIsRefused)
 {
-    const auto tree = [](unsigned int version, unsigned int nodeVersion, unsigned int valueVersion,
-                          int flags) {
-        return BytesOf([&](auto& stream) {
-            stream << version << 1u << nodeVersion << u"Node" << static_cast<unsigned char>(flags);
-            stream << u"TaDataNodeInt8" << u"TuInt8" << valueVersion << std::int8_t{ 1 } << 0u;
-        });
-    };
     TaDataManager other;
-    EXPECT_TRUE(LoadTree(other, tree(0, 0, 0, 7)));
+    EXPECT_TRUE(LoadTree(other, bytesOf({})));
     for (const unsigned int newer : { 1u, ~0u }) {
-        expectRefused<TuExceptionWrongFileVersion>(tree(newer, 0, 0, 7));
-        expectRefused<TuExceptionWrongFileVersion>(tree(0, newer, 0, 7));
-        expectRefused<TuExceptionWrongFileVersion>(tree(0, 0, newer, 7));
+        expectRefused<TuExceptionWrongFileVersion>(bytesOf({ .version = newer }));
+        expectRefused<TuExceptionWrongFileVersion>(bytesOf({ .nodeVersion = newer }));
+        expectRefused<TuExceptionWrongFileVersion>(bytesOf({ .valueVersion = newer }));
     }
-    expectRefused<TuExceptionStream>(tree(0, 0, 0, 8 + 7));
-    expectRefused<TuExceptionStream>(tree(0, 0, 0, 0x80 + 7));
+    expectRefused<TuExceptionStream>(bytesOf({ .flags = 8 + 7 }));
+    expectRefused<TuExceptionStream>(bytesOf({ .flags = 0x80 + 7 }));
 }
 
 TEST_F(NodeTreeStreamTest, AClassThatIsNotKnownOrDoesNotFitIsNamed)
 {
-    const auto tree = [](const CString& nodeClass, const CString& valueClass) {
-        return BytesOf([&](auto& stream) {
-            stream << 0u << 1u << 0u << u"Node" << static_cast<unsigned char>(7);
-            stream << nodeClass << valueClass << 0u << 1 << 0u;
-        });
+    const auto expectNamed = [&](const CString& name, const STreeRecord& tree) {
+        const std::string reason = expectRefused<TuException>(bytesOf(tree));
+        EXPECT_NE(reason.find('"' + name.ToUtf8() + '"'), reason.npos) << reason;
     };
-    TaDataManager other;
-    EXPECT_TRUE(LoadTree(other, tree(u"TaDataNodeInt32", u"TuInt32")));
-    const auto expectNamed
-        = [&](const CString& nodeClass, const CString& valueClass, const char* name) {
-              const std::string reason = expectRefused<TuException>(tree(nodeClass, valueClass));
-              EXPECT_NE(reason.find('"' + std::string(name) + '"'), reason.npos) << reason;
-          };
-    expectNamed(u"NoSuchNode", u"TuInt32", "NoSuchNode");
-    expectNamed(u"", u"TuInt32", "");
-    expectNamed(u"TaNode", u"TuInt32", "TaNode"); // has no create function
-    expectNamed(u"TuInt32", u"TuInt32", "TuInt32"); // is none of nodes
-    expectNamed(u"TaDataNodeInt32", u"NoSuchValue", "NoSuchValue");
-    expectNamed(u"TaDataNodeInt32", u"TuUInt32", "TuUInt32");
-    expectNamed(u"TaDataNodeInt32", u"TaDataNodeInt32", "TaDataNodeInt32");
-    expectNamed(u"TaDataNodeInt32", u"TaNode", "TaNode");
+    // Of no class, of one that has no create function, and of one that is none of nodes.
+    for (const CString name : { u"NoSuchNode", u"", u"TaNode", u"TuInt8" }) {
+        expectNamed(name, { .nodeClass = name });
+    }
+    for (const CString name : { u"NoSuchValue", u"TuUInt32", u"TaDataNodeInt8", u"TaNode" }) {
+        expectNamed(name, { .valueClass = name });
+    }
 }
 
 /// A value whose class has no create function, and a node for it that has one.
@@ -213,55 +216,48 @@ TU_DEFINE_RTTI(UnmakeableValueNode, TaDataNode<UnmakeableValue>,
 TEST_F(NodeTreeStreamTest, WhatCouldNotBeReadBackIsRefusedBeforeAByteIsWritten)
 {
     using Nameless = TaDataNode<TuInt32>; // its instances have the record of them all
-    const auto unmakeable = TuMake<UnmakeableValue>();
-    for (const Pointer& node : { Pointer(TuMake<Nameless>(u"Node", TuMake<TuInt32>(1), true, true)),
-             Pointer(TuMake<UnmakeableValueNode>(u"Node", unmakeable, true, true)) }) {
+    const auto expectNotStored = [](const Pointer& node, const char* name) {
         TaDataManager manager;
         EXPECT_TRUE(manager.InsertNode(node, manager.GetRootNode()));
         EXPECT_EQ(SaveTree(manager).size(), 8u); // a leaf of the root is left out
-        const Pointer mesh = TuMake<TaNode>(u"Mesh", true, true);
-        EXPECT_TRUE(manager.InsertNode(mesh, manager.GetRootNode()));
-        {
-            TaDataHandleLockOnly<1> handle(manager, node);
-            EXPECT_TRUE(manager.TryLock());
-            EXPECT_TRUE(manager.MoveNode(handle, mesh));
-        }
+        EXPECT_TRUE(manager.InsertNode(TuMake<TaNode>(u"Child", true, true), node));
         TaStreamWriteBinaryBuffer stream;
         const std::string reason = ExpectFailure<TuException>([&] { manager.Serialize(stream); });
-        const bool isNameless = node->Is(TaDataNodeRecord::RTTI);
-        EXPECT_NE(reason.find(isNameless ? "\"TaDataNode\"" : "\"UnmakeableValue\""), reason.npos)
-            << reason;
+        EXPECT_NE(reason.find(name), reason.npos) << reason;
         EXPECT_EQ(stream.GetSize(), 0u);
         EXPECT_EQ(TaDataTreeProbe::FindFault(manager), "");
-    }
+    };
+    expectNotStored(TuMake<Nameless>(u"Node", TuMake<TuInt32>(1), true, true), "\"TaDataNode\"");
+    expectNotStored(TuMake<UnmakeableValueNode>(u"Node", TuMake<UnmakeableValue>(), true, true),
+        "\"UnmakeableValue\"");
 }
 
 TEST_F(NodeTreeStreamTest, LocksOfOtherThreadsForbidStoringAndReplacing)
 {
     Worker worker;
     const std::string before = describe(m_manager);
-    const auto withLock = [&](auto handle, const Pointer& node, auto&& action) {
+    const Pointer inner = m_manager.FindChild(u"Mesh")->FindChild(u"Count");
+    const auto lockElsewhere = [&](auto& handle) {
         worker.Do([&] {
-            handle = decltype(handle)(m_manager, node);
+            handle = std::decay_t<decltype(handle)>(m_manager, inner);
             EXPECT_TRUE(m_manager.TryLock());
         });
-        action();
     };
-    const Pointer mesh = m_manager.FindChild(u"Mesh");
-    const Pointer inner = mesh->FindChild(u"Count");
-    withLock(TaDataHandleLockOnly<1>(), inner, [&] {
+    {
+        TaDataHandleLockOnly<1> writing;
+        lockElsewhere(writing);
         EXPECT_THROW(SaveTree(m_manager), TuException);
         EXPECT_THROW(LoadTree(m_manager, m_golden), TuException);
-    });
-    EXPECT_EQ(describe(m_manager), before);
-    withLock(TaDataHandleLockOnly<0>(), inner, [&] {
+    }
+    {
+        TaDataHandleLockOnly<0> reading;
+        lockElsewhere(reading);
         EXPECT_TRUE(SaveTree(m_manager) == m_golden);
         EXPECT_THROW(LoadTree(m_manager, m_golden), TuException);
-    });
+    }
     EXPECT_EQ(describe(m_manager), before);
 
     // One's own do not.
-    std::string after;
     {
         const TaDataHandleLockOnly<1> root(m_manager, m_manager.GetRootNode());
         const TaDataHandleLockOnly<1> count(m_manager, inner);
@@ -272,7 +268,6 @@ TEST_F(NodeTreeStreamTest, LocksOfOtherThreadsForbidStoringAndReplacing)
         EXPECT_EQ(TaDataTreeProbe::GetWriteCount(*m_manager.FindChild(u"Mesh")), 1u);
     }
     EXPECT_EQ(describe(m_manager).find("thread"), std::string::npos);
-    EXPECT_FALSE(m_manager.IsCurrentThreadLocking());
 }
 
 } // namespace
