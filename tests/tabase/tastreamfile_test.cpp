@@ -163,25 +163,19 @@ TEST(TaStreamFileTest, AFullDiskIsReportedAtTheLatestByCloseOrDestruction)
     EXPECT_EQ(trace.find('\n'), trace.size() - 1) << trace; // one line, of the lost byte
 }
 
-void saveANumber(const CString& path)
+TEST(TaStreamFileTest, SafeModeWritesUnderTheLongestNamesAndBehindALink)
 {
-    TaStreamWriteBinaryFile file(path, kSafe);
-    file << 1;
-    file.Commit();
-}
-
-TEST(TaStreamFileTest, SafeModeWritesUnderTheLongestNames)
-{
+    const auto saveANumber = [](const CString& path) {
+        TaStreamWriteBinaryFile file(path, kSafe);
+        file << 1;
+        file.Commit();
+    };
     const TemporaryFolder folder;
     const std::string longest(255, 'n');
     saveANumber(folder / longest);
     EXPECT_EQ(folder.CountFiles(), 1);
     EXPECT_TRUE(platform::RemovePath(folder / longest));
-}
 
-TEST(TaStreamFileTest, SafeModeWritesBehindALink)
-{
-    const TemporaryFolder folder;
     folder.WriteAll("real.bin", "old");
     if (!MakeLink(folder.GetPath("real.bin"), folder.GetPath("link.bin"))) {
         GTEST_SKIP() << "MinGW-w64's std::filesystem makes no symbolic links";

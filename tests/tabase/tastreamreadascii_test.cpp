@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <initializer_list>
 #include <limits>
 #include <string>
@@ -193,22 +192,15 @@ TEST(TaStreamReadASCIITest, SixtyFourBitIntegersAreReadFromTheFrontOfTheWord)
     expectRefused<unsigned long long>(374, { "abc", "-", "+x1", "--1", "." });
 }
 
-TEST(TaStreamReadASCIITest, FloatsTakeTheSyntaxOfStrtod)
+TEST(TaStreamReadASCIITest, FloatsAreNarrowedDoublesAndBoolsExactWords)
 {
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    expectReads<double>({ { "-12.5e-1", -1.25 }, { "0x1.8p1", 3.0 }, { "INFinity", kInfinity },
-        { std::string(1000, '9') + "e-1000", 1.0 } });
-    EXPECT_TRUE(std::isnan(readFrom<double>("nan(Ab_1)")));
+    expectReads<double>({ { "0x1.8p1", 3.0 }, { std::string(1000, '9') + "e-1000", 1.0 } });
+    expectRefused<double>(421, { "1,5", "e5", "1e", ".", "0x", "0xinf", "nan(", "1.5f" });
     // The last is read as a double and narrowed: at once, it would be rounded up.
     expectReads<float>({ { "1e300", std::numeric_limits<float>::infinity() }, { "-1e-300", 0.0f },
         { "1.00000005960464477539062500001", 1.0f } });
-    const Words notNumbers{ "1,5", "e5", "1e", ".", "0x", "0xinf", "nan(", "1.5f" };
-    expectRefused<double>(421, notNumbers);
-    expectRefused<float>(421, notNumbers);
-}
+    expectRefused<float>(421, { "1.5f" });
 
-TEST(TaStreamReadASCIITest, BoolsAreExactWords)
-{
     expectReads<bool>({ { "true", true }, { "\t false\n", false } });
     expectRefused<bool>(212, { "True", "TRUE", "1", "0", "tru", "truer", "yes" });
 }

@@ -1,8 +1,8 @@
 #include "tabase/tauniqueid.h"
 
-#include "groundwork/tuset.h"
+#include "groundwork/tuhashkey.h"
+#include "support/brokenrecords.h"
 #include "support/expectfailure.h"
-#include "support/memorystreams.h"
 #include "support/testlatch.h"
 
 #include <gtest/gtest.h>
@@ -42,7 +42,6 @@ TEST(TaUniqueIDTest, AGivenTextStaysAsItIsAndOthersAreInCapitals)
     EXPECT_EQ(textOf(moved), kSmallText);
     moved.Renew();
     EXPECT_TRUE(moved != copy && moved.IsValid());
-    EXPECT_EQ(TaUniqueID(textOf(moved)), moved);
     moved.Invalidate();
     EXPECT_TRUE(moved.IsInvalid() && moved == UUID());
     EXPECT_EQ(textOf(moved), u"00000000-0000-0000-0000-000000000000");
@@ -66,10 +65,8 @@ TEST(TaUniqueIDTest, OrderPassesOverData3AndReadsData4FromItsLastByte)
     UUID other = base;
     other.Data3 = 4;
     const TaUniqueID id(base);
-    for (const bool isLess : { id < TaUniqueID(other), id < other, other<id, id> other }) {
-        EXPECT_FALSE(isLess);
-    }
-    EXPECT_TRUE(id <= other && id >= other && other <= id && other >= id);
+    EXPECT_FALSE(id < other || other < id);
+    EXPECT_TRUE(id <= other && id >= other);
     EXPECT_TRUE(id != other && other != id && id != TaUniqueID(other));
     EXPECT_TRUE(id == base && base == id && id == TaUniqueID(base));
 
@@ -79,14 +76,9 @@ TEST(TaUniqueIDTest, OrderPassesOverData3AndReadsData4FromItsLastByte)
         { 5, 0x8000, 0, {} }, { 0x80000000, 0, 0, {} } };
     for (std::size_t i = 1; i < std::size(ascending); ++i) {
         const TaUniqueID greater(ascending[i]);
-        EXPECT_TRUE(greater > ascending[i - 1] && ascending[i - 1] < greater) << i;
-        EXPECT_TRUE(TaUniqueID(ascending[i - 1]) < greater) << i;
+        EXPECT_TRUE(greater > ascending[i - 1] && TaUniqueID(ascending[i - 1]) < greater) << i;
     }
 
-    TuSet<TaUniqueID> set;
-    set.Add(id);
-    set.Add(TaUniqueID(other)); // not the same key
-    EXPECT_EQ(set.GetCount(), 2u);
     EXPECT_EQ(TuHashKey<TaUniqueID>::Compute(id), platform::HashUuid(base));
 }
 
@@ -98,12 +90,7 @@ TEST(TaUniqueIDTest, IsStoredInSixteenBytes)
     EXPECT_EQ(WriteToBytes([&](TuStreamWrite& stream) { id.Serialize(stream); }), bytes);
 
     TaUniqueID read = TaUniqueID::GetInvalidID();
-    for (std::size_t size = 0; size < bytes.size(); ++size) {
-        const std::vector<unsigned char> cut(bytes.data(), bytes.data() + size);
-        ExpectFailure<TuExceptionStream>(
-            [&] { ReadFromBytes(cut, [&](TuStreamRead& stream) { read.Serialize(stream); }); });
-        EXPECT_TRUE(read.IsInvalid());
-    }
+    ExpectUnchangedByTruncatedRecords(bytes, read, TaUniqueID::GetInvalidID());
     EXPECT_TRUE(ReadFromBytes(bytes, [&](TuStreamRead& stream) { read.Serialize(stream); }));
     EXPECT_EQ(read, id);
     EXPECT_EQ(textOf(read), kText);
