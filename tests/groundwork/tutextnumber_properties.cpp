@@ -1,13 +1,10 @@
 #include "groundwork/tutextnumber.h"
-#include "support/testrandom.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
 #include <rapidcheck/gtest.h>
 
 #include <algorithm>
-#include <bit>
-#include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
@@ -77,20 +74,6 @@ TEST(TuTextNumberProperties, HardDoublesParseAsInStrtod)
     expectAsStrtod("1" + std::string(400, '0') + "e-400");
     expectAsStrtod("0x1" + std::string(300, '0') + "p-1200");
     expectAsStrtod("0x0." + std::string(300, '0') + "1p1200");
-}
-
-TEST(TuTextNumberProperties, EveryDoubleComesBackFromItsText)
-{
-    std::mt19937_64 random = MakeTestRandom();
-    for (int i = 0; i < 100'000; ++i) {
-        const double expected = std::bit_cast<double>(random());
-        char text[64];
-        *std::to_chars(text, std::end(text), expected).ptr = '\0';
-        expectAsStrtod(text);
-        std::snprintf(text, sizeof(text), "%a", expected);
-        expectAsStrtod(text);
-    }
-    EXPECT_FALSE(HasFailure());
 }
 
 /// The C library's functions of 64 bits are the model, narrowed to the limits of 32 bits.

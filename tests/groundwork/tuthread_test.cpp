@@ -28,6 +28,10 @@ public:
         eW_WaitForGo,
     };
 
+    explicit Worker(EWork first = eW_Succeed)
+        : work(first)
+    {
+    }
     TuCheckReturn<bool> Work()
     {
         notes += "work ";
@@ -41,7 +45,7 @@ public:
         return work != eW_Fail;
     }
 
-    std::atomic<EWork> work = eW_Succeed;
+    std::atomic<EWork> work;
     std::string notes; // of the run; to be read when it has ended
     TuEvent started{ true };
     TuEvent go{ true };
@@ -106,21 +110,22 @@ TEST(TuThreadTest, RunsHooksAndWorkInOrderUntilOneFails)
 {
     struct SCase
     {
-        Worker::EWork work;
-        bool throwsBefore;
-        bool throwsAfter;
         const char* notes;
+        Worker::EWork work = Worker::eW_Succeed;
+        bool throwsBefore = false;
+        bool throwsAfter = false;
+        bool isSuccessful = false;
     };
     Worker worker;
     NotedThread thread(worker);
     EXPECT_FALSE(thread.WaitUntilTerminate(0)); // there is none yet
     EXPECT_EQ(thread.GetThreadHandle(), nullptr);
     // The same object every time: a new start forgets the former run.
-    for (const SCase& run : { SCase{ Worker::eW_Fail, false, false, "before work " },
-             SCase{ Worker::eW_Succeed, false, false, "before work after 0 " },
-             SCase{ Worker::eW_Throw, false, false, "before work " },
-             SCase{ Worker::eW_Succeed, true, false, "before " },
-             SCase{ Worker::eW_Succeed, false, true, "before work after 0 " } }) {
+    for (const SCase& run : { SCase{ "before work ", Worker::eW_Fail },
+             SCase{ .notes = "before work after 0 ", .isSuccessful = true },
+             SCase{ "before work ", Worker::eW_Throw },
+             SCase{ .notes = "before ", .throwsBefore = true },
+             SCase{ .notes = "before work after 0 ", .throwsAfter = true } }) {
         worker.work = run.work;
         worker.notes.clear();
         thread.throwsBefore = run.throwsBefore;
@@ -128,17 +133,14 @@ TEST(TuThreadTest, RunsHooksAndWorkInOrderUntilOneFails)
         ASSERT_TRUE(thread.StartAndWait());
         finish(thread);
         EXPECT_EQ(worker.notes, run.notes);
-        EXPECT_EQ(thread.IsSuccessful(),
-            run.work == Worker::eW_Succeed && !run.throwsBefore && !run.throwsAfter);
+        EXPECT_EQ(thread.IsSuccessful(), run.isSuccessful);
     }
     EXPECT_NE(thread.GetThreadHandle(), nullptr);
-    EXPECT_EQ(thread.GetName(), u"noted");
 }
 
 TEST(TuThreadTest, DoesNotStartTwiceAndForgetsTheEndOfTheFormerRun)
 {
-    Worker worker;
-    worker.work = Worker::eW_WaitForGo;
+    Worker worker(Worker::eW_WaitForGo);
     NotedThread thread(worker);
     TuEvent ended(true);
     thread.SetTerminateEvent(ended);
@@ -171,8 +173,7 @@ TEST(TuThreadTest, AnAutomaticallyDeletedThreadIsGoneAtTheEndOfItsRun)
 TEST(TuThreadTest, TerminateEndsTheRunWhereItIsAndTheObjectCanStartAgain)
 {
     SKIP_IF_SIGNALS_ARE_DELAYED();
-    Worker worker;
-    worker.work = Worker::eW_WaitForGo;
+    Worker worker(Worker::eW_WaitForGo);
     NotedThread thread(worker);
     thread.Terminate(); // nothing to end
     ASSERT_TRUE(thread.Start());
@@ -182,7 +183,6 @@ TEST(TuThreadTest, TerminateEndsTheRunWhereItIsAndTheObjectCanStartAgain)
     EXPECT_EQ(thread.GetThreadHandle(), nullptr);
     EXPECT_FALSE(thread.WaitUntilTerminate(0));
     EXPECT_FALSE(thread.GetTerminateEvent().IsSet()); // only the run itself sets it
-    EXPECT_FALSE(thread.Suspend());
 
     worker.go.Set();
     thread.throwsBefore = true;
@@ -230,8 +230,7 @@ TEST(TuThreadTest, WhoWaitsForTheStartIsLetGoWhenTheThreadIsKilledBefore)
 TEST(TuThreadTest, TheStartedObjectEndsItsRunAndACopyDoesNot)
 {
     SKIP_IF_SIGNALS_ARE_DELAYED();
-    Worker worker;
-    worker.work = Worker::eW_WaitForGo;
+    Worker worker(Worker::eW_WaitForGo);
     std::optional<TuThread<Worker>> thread(
         std::in_place, worker, &Worker::Work, u"original", eTP_Normal);
     ASSERT_TRUE(thread->StartAndWait());
@@ -281,23 +280,15 @@ TEST(TuThreadTest, TheObjectMayGoAsSoonAsItsTerminateEventIsSet)
     LingeringWorker worker;
     LingeringWorker::s_ended = 0;
     for (int round = 1; round <= 300; ++round) {
-        {
-            TuThread<LingeringWorker> thread(worker, &LingeringWorker::Work, u"short", eTP_Normal);
+        TuThread<LingeringWorker> thread(worker, &LingeringWorker::Work, u"short", eTP_Normal);
+        thread.SetTerminateEvent(ended);
+        for (int run = 2 * round - 1; run <= 2 * round; ++run) {
             ended.Reset();
-            thread.SetTerminateEvent(ended);
-            ASSERT_TRUE(thread.Start());
+            ASSERT_TRUE(thread.Start()); // waits for the former run
+            ASSERT_GE(LingeringWorker::s_ended, run - 1); // it was let go to its very end
             ASSERT_EQ(ended.Wait(kPatienceMs), TuEvent::eWR_Signaled);
+            ASSERT_FALSE(thread.Suspend());
         }
-        ASSERT_EQ(LingeringWorker::s_ended, round); // it was let go to its very end
-    }
-    TuThread<LingeringWorker> thread(worker, &LingeringWorker::Work, u"again", eTP_Normal);
-    ended.Reset();
-    thread.SetTerminateEvent(ended);
-    for (int round = 301; round <= 400; ++round) {
-        ASSERT_TRUE(thread.Start()); // waits for the former run
-        ASSERT_GE(LingeringWorker::s_ended, round - 1);
-        ASSERT_EQ(ended.Wait(kPatienceMs), TuEvent::eWR_Signaled);
-        ASSERT_FALSE(thread.Suspend());
     }
 }
 
@@ -329,8 +320,7 @@ TEST(TuThreadTest, AWorkerThatSuspendsItselfIsResumedByAnother)
 TEST(TuThreadTest, SuspendsOnlyWhatRunsAndDoesNotCount)
 {
     SKIP_IF_SIGNALS_ARE_DELAYED();
-    Worker worker;
-    worker.work = Worker::eW_WaitForGo;
+    Worker worker(Worker::eW_WaitForGo);
     NotedThread thread(worker);
     EXPECT_FALSE(thread.Suspend());
     EXPECT_FALSE(thread.Resume());
@@ -366,11 +356,10 @@ TEST(TuThreadTest, StartFailsWithoutAThreadAndTheExitCodeTellsFailure)
     SRefusingPolicy::s_refuses = true;
     EXPECT_FALSE(thread.Start());
     EXPECT_FALSE(thread.StartAndWait());
-    EXPECT_EQ(thread.GetThreadHandle(), nullptr);
     SRefusingPolicy::s_refuses = false;
     for (const auto work : { Worker::eW_Succeed, Worker::eW_Fail }) {
         worker.work = work;
-        ASSERT_TRUE(thread.Start());
+        ASSERT_TRUE(thread.StartAndWait());
         ASSERT_TRUE(thread.WaitUntilTerminate(kPatienceMs));
         EXPECT_EQ(SRefusingPolicy::s_thread->GetExitCode(), work == Worker::eW_Fail ? 1u : 0u);
     }
@@ -378,33 +367,32 @@ TEST(TuThreadTest, StartFailsWithoutAThreadAndTheExitCodeTellsFailure)
     EXPECT_FALSE(thread.Start());
     EXPECT_TRUE(thread.GetTerminateEvent().IsSet()); // there is no run that has not ended
     SRefusingPolicy::s_refuses = false;
-    worker.work = Worker::eW_WaitForGo;
-    ASSERT_TRUE(thread.StartAndWait());
-    EXPECT_FALSE(thread.GetTerminateEvent().IsSet());
-    worker.go.Set();
-    EXPECT_TRUE(thread.WaitUntilTerminate(kPatienceMs));
+}
+
+void expectLadder(NotedThread& thread)
+{
+    for (const int priority : { -2, -1, 0, 1, 2, 15 }) {
+        EXPECT_TRUE(thread.SpeedUp()) << priority;
+        EXPECT_EQ(thread.GetPriority(), priority);
+    }
+    EXPECT_FALSE(thread.SpeedUp());
+    for (const int priority : { 2, 1, 0, -1, -2, -15 }) {
+        EXPECT_TRUE(thread.SlowDown()) << priority;
+        EXPECT_EQ(thread.GetPriority(), priority);
+    }
+    EXPECT_FALSE(thread.SlowDown());
 }
 
 TEST(TuThreadTest, PrioritiesMoveAlongTheLadder)
 {
-    Worker worker;
-    NotedThread thread(worker, eTP_Lowest);
-    EXPECT_TRUE(thread.SlowDown());
-    EXPECT_EQ(thread.GetPriority(), eTP_Idle);
-    EXPECT_EQ(thread.GetPriority(), -15);
-    EXPECT_FALSE(thread.SlowDown());
-    for (const int priority : { -2, -1, 0, 1, 2, 15 }) {
-        EXPECT_TRUE(thread.SpeedUp());
-        EXPECT_EQ(thread.GetPriority(), priority);
-    }
-    EXPECT_FALSE(thread.SpeedUp());
+    Worker worker(Worker::eW_WaitForGo);
+    NotedThread thread(worker, eTP_Idle);
+    expectLadder(thread);
     EXPECT_TRUE(thread.SetPriority(static_cast<EThreadPriority>(3)));
-    EXPECT_FALSE(thread.SpeedUp());
-    EXPECT_FALSE(thread.SlowDown());
+    EXPECT_FALSE(thread.SpeedUp() || thread.SlowDown());
     EXPECT_EQ(thread.GetPriority(), 3);
 
     thread.SetPriority(eTP_Lowest);
-    worker.work = Worker::eW_WaitForGo;
     ASSERT_TRUE(thread.StartAndWait());
     EXPECT_EQ(thread.GetPriority(), eTP_Lowest); // of the living thread
     EXPECT_TRUE(thread.SlowDown());
@@ -417,18 +405,10 @@ TEST(TuThreadTest, PrioritiesGoUpWhereTheUserMayRaiseThem)
         GTEST_SKIP() << "without CAP_SYS_NICE the system refuses to raise a priority: "
                         "TuThreadDeathTest is the test of that";
     }
-    Worker worker;
-    worker.work = Worker::eW_WaitForGo;
+    Worker worker(Worker::eW_WaitForGo);
     NotedThread thread(worker, eTP_Idle);
     ASSERT_TRUE(thread.StartAndWait());
-    for (const int priority : { -2, -1, 0, 1, 2, 15 }) {
-        EXPECT_EQ(thread.SpeedUp(), true) << priority;
-        EXPECT_EQ(thread.GetPriority(), priority);
-    }
-    for (const int priority : { 2, 1, 0, -1, -2, -15 }) {
-        EXPECT_EQ(thread.SlowDown(), true) << priority;
-        EXPECT_EQ(thread.GetPriority(), priority);
-    }
+    expectLadder(thread);
 }
 
 #if !defined(_WIN32) // there, everybody may raise priorities
@@ -440,8 +420,7 @@ TEST(TuThreadDeathTest, APriorityThatIsRefusedIsLoggedInOneLine)
             if (!BecomeOrdinaryUser()) {
                 std::_Exit(7);
             }
-            Worker worker;
-            worker.work = Worker::eW_WaitForGo;
+            Worker worker(Worker::eW_WaitForGo);
             NotedThread thread(worker, eTP_AboveNormal);
             const bool isStarted = thread.StartAndWait(); // it logs, and starts all the same
             const bool isAsBefore = thread.GetPriority() == eTP_Normal;
