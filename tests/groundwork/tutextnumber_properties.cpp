@@ -71,6 +71,7 @@ TEST(TuTextNumberProperties, HardDoublesParseAsInStrtod)
     expectAsStrtod(half);
     expectAsStrtod(half + std::string(800, '0') + "1");
     expectAsStrtod("0." + std::string(400, '0') + "1e401");
+    expectAsStrtod("0x1" + std::string(400, '0') + "p-500"); // too large, for all its exponent
     expectAsStrtod("1" + std::string(400, '0') + "e-400");
     expectAsStrtod("0x1" + std::string(300, '0') + "p-1200");
     expectAsStrtod("0x0." + std::string(300, '0') + "1p1200");

@@ -480,6 +480,20 @@ TEST_F(TaDataManagerTest, AHandleOfAnotherManagerRemovesNothing)
     EXPECT_FALSE(m_manager.RemoveNode(handle));
 }
 
+TEST_F(TaDataManagerTest, AHandleThatLostItsLockWithItsNodeMovesNothing)
+{
+    Worker worker;
+    Write stale = granted<Write>(worker, m_aa);
+    const Write target = granted<Write>(worker, m_b);
+    Write handle(m_manager, m_aa); // not granted, which is not asked
+    EXPECT_TRUE(m_manager.RemoveNode(handle));
+    worker.Do([&] {
+        EXPECT_TRUE(m_manager.InsertNode(m_aa, m_a));
+        EXPECT_FALSE(m_manager.MoveNode(stale, m_b));
+    });
+    EXPECT_EQ(m_aa->GetParent(), m_a);
+}
+
 TEST_F(TaDataManagerTest, ResetWaitsUntilNobodyLooks)
 {
     Worker worker;
