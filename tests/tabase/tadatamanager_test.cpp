@@ -355,6 +355,7 @@ TEST_F(TaDataManagerTest, ALockIsGivenBackOnceAndARequestByItsEndAlone)
 TEST_F(TaDataManagerTest, AMovedHandleTakesItsRequestOrLockAlong)
 {
     Write pending(m_manager, m_a);
+    Write second(m_manager, m_ab);
     Write target;
     {
         const AllocationLimit none(0);
@@ -367,6 +368,7 @@ TEST_F(TaDataManagerTest, AMovedHandleTakesItsRequestOrLockAlong)
     pending.Unlock();
 
     // What was held before is given back; the last lock, too.
+    second = Write();
     Write other(m_manager, m_b);
     EXPECT_EQ(lock(), Manager::eLS_Granted);
     {
