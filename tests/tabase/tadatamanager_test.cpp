@@ -645,6 +645,41 @@ TEST_F(TaDataManagerTest, AWaitThatHasNoMemoryKeepsTheRequests)
         0u);
 }
 
+/// Without a lock it is outdated at once what one sees of a tree, but the tree never looks broken.
+TEST_F(TaDataManagerTest, ATreeMayBeLookedAtWhileItsNodesMove)
+{
+    const Pointer root = m_manager.GetRootNode();
+    insert(u"behind", m_a);
+    insert(u"behind", m_b);
+    insert(u"below", m_aa);
+    std::atomic<bool> done = false;
+    std::vector<std::jthread> watchers;
+    watchers.emplace_back([&] {
+        while (!done) {
+            EXPECT_FALSE(m_ab->IsDescendantOf(m_aa));
+            EXPECT_TRUE(m_aa->FindChild(u"behind").IsNull());
+            EXPECT_TRUE(root->ToString().ToUtf8().starts_with("Root (TaNode)"));
+        }
+    });
+    watchers.emplace_back([&] {
+        while (!done) {
+            root->IsModified(true);
+            root->SetModified(false, true);
+        }
+    });
+    for (int i = 0; i < 3'000; ++i) {
+        const Write a(m_manager, m_a);
+        const Write b(m_manager, m_b);
+        EXPECT_EQ(tryLock(m_manager), Manager::eLS_Granted);
+        Write node(m_manager, m_aa);
+        EXPECT_TRUE(m_manager.MoveNode(node, i % 2 == 0 ? m_b : m_a));
+        Write other(m_manager, m_ab);
+        EXPECT_TRUE(m_manager.RemoveNode(other)); // gives back the locks
+        EXPECT_TRUE(m_manager.InsertNode(m_ab, m_a));
+    }
+    done = true;
+}
+
 /// Threads that lock, change and hand over at random what is a small tree.
 class Stress
 {
