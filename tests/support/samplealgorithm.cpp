@@ -1,6 +1,6 @@
 #include "support/samplealgorithm.h"
 
-#include "groundwork/tucheckedcast.h"
+#include "groundwork/tuboxed.h"
 #include "groundwork/tustreamreadbinary.h"
 #include "groundwork/tustreamwritebinary.h"
 
@@ -10,32 +10,15 @@ TU_DEFINE_RTTI(SampleAlgorithm, TaAlgorithm, &SampleAlgorithm::CreateByFactory, 
 
 void SampleAlgorithm::SetRange(int first, int last)
 {
-    m_first.SetValue(first);
-    m_last.SetValue(last);
+    m_first = first;
+    m_last = last;
     setInputChanged();
 }
 
 long long SampleAlgorithm::GetSum() const
 {
     checkOutputData();
-    return m_sum.GetValue();
-}
-
-const IObject* SampleAlgorithm::GetInput(unsigned int, unsigned int input) const
-{
-    return input == 0 ? &m_first : &m_last;
-}
-
-void SampleAlgorithm::SetInput(unsigned int, unsigned int input, const IObject* value)
-{
-    (input == 0 ? m_first : m_last) = TuCheckedCast<TuInt32>(*value);
-    setInputChanged();
-}
-
-const IObject* SampleAlgorithm::GetOutput(unsigned int) const
-{
-    checkOutputData();
-    return &m_sum;
+    return m_sum;
 }
 
 void SampleAlgorithm::describeInterface() const
@@ -56,44 +39,42 @@ void SampleAlgorithm::describeInterface() const
 void SampleAlgorithm::compute()
 {
     onStage(eS_Compute);
-    const double length = double(GetLast()) - GetFirst() + 1;
+    const double length = double(m_last) - m_first + 1;
     m_squares.clear();
-    for (int number = GetFirst(); number <= GetLast(); ++number) {
-        setProgress((number - GetFirst()) / length, u"squares");
+    for (int number = m_first; number <= m_last; ++number) {
+        setProgress((number - m_first) / length, u"squares");
         if (isBreak()) {
             return;
         }
         m_squares.push_back(static_cast<long long>(number) * number);
     }
-    m_sum.SetValue(std::accumulate(m_squares.begin(), m_squares.end(), 0LL));
+    m_sum = std::accumulate(m_squares.begin(), m_squares.end(), 0LL);
 }
 
 void SampleAlgorithm::serializeUnitTestInput(TuStreamWriteBinary& stream) const
 {
     TaAlgorithm::serializeUnitTestInput(stream);
-    stream << GetFirst();
+    stream << m_first;
     onStage(eS_WriteInput);
-    stream << GetLast();
+    stream << m_last;
 }
 
 void SampleAlgorithm::serializeUnitTestInput(TuStreamReadBinary& stream)
 {
     TaAlgorithm::serializeUnitTestInput(stream);
-    int first = 0;
-    int last = 0;
-    stream >> first >> last;
-    SetRange(first, last);
+    stream >> m_first >> m_last;
+    setInputChanged();
 }
 
 void SampleAlgorithm::serializeUnitTestOutput(TuStreamWriteBinary& stream) const
 {
     TaAlgorithm::serializeUnitTestOutput(stream);
     onStage(eS_WriteOutput);
-    m_sum.Serialize(stream);
+    stream << m_sum;
 }
 
 void SampleAlgorithm::serializeUnitTestOutput(TuStreamReadBinary& stream)
 {
     TaAlgorithm::serializeUnitTestOutput(stream);
-    m_recordedSum.Serialize(stream);
+    stream >> m_recordedSum;
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "groundwork/tuboxed.h"
 #include "tabase/taaalgorithm.h"
 #include "tabase/taalgorithm.h"
 
@@ -25,20 +24,22 @@ public:
         eS_PostConditions,
         eS_WriteOutput,
         eS_Describe,
+        eS_Prepare,
     };
 
     void SetRange(int first, int last);
-    int GetFirst() const { return m_first.GetValue(); }
-    int GetLast() const { return m_last.GetValue(); }
+    int GetFirst() const { return m_first; }
+    int GetLast() const { return m_last; }
     long long GetSum() const;
 
     const IObject* GetParameter(unsigned int) const override { return nullptr; }
     void SetParameter(unsigned int, const IObject&) override { }
-    const IObject* GetInput(unsigned int type, unsigned int input) const override;
-    void SetInput(unsigned int type, unsigned int input, const IObject* value) override;
-    const IObject* GetOutput(unsigned int output) const override;
+    const IObject* GetInput(unsigned int, unsigned int) const override { return nullptr; }
+    void SetInput(unsigned int, unsigned int, const IObject*) override { }
+    const IObject* GetOutput(unsigned int) const override { return nullptr; }
 
     using TaAlgorithm::hasBreakEvent;
+    using TaAlgorithm::isBreak;
     using TaAlgorithm::setInputChanged;
     using TaAlgorithm::setUninitialized;
 
@@ -55,6 +56,7 @@ protected:
     bool checkPreConditions() const override { return onStage(eS_PreConditions); }
     void compute() override;
     bool checkPostConditions() const override { return onStage(eS_PostConditions) && !wasBroken(); }
+    void prepareUnitTest() override { onStage(eS_Prepare); }
     void onReadOldFlags(unsigned long flags) override { oldFlags = flags; }
 
     void serializeUnitTestInput(TuStreamWriteBinary& stream) const override;
@@ -66,9 +68,9 @@ protected:
 private:
     static IObject* CreateByFactory() { return new SampleAlgorithm; }
 
-    TuInt32 m_first;
-    TuInt32 m_last;
+    int m_first = 0;
+    int m_last = 0;
     std::vector<long long> m_squares;
-    TuInt64 m_sum;
-    TuInt64 m_recordedSum;
+    long long m_sum = 0;
+    long long m_recordedSum = 0;
 };

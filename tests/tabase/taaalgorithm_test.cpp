@@ -1,5 +1,6 @@
 #include "tabase/taaalgorithm.h"
 
+#include "groundwork/tuboxed.h"
 #include "support/expectfailure.h"
 #include "support/samplealgorithm.h"
 #include "support/testlatch.h"
@@ -48,7 +49,7 @@ TEST(TaAAlgorithmTest, AnIndexOutOfRangeFailsAtTheLineOfItsQuery)
 
 TEST(TaAAlgorithmTest, QueriesAnswerInTheOrderOfDeclaration)
 {
-    SampleAlgorithm algorithm;
+    const SampleAlgorithm algorithm;
     const auto* const described = dynamic_cast<const IAlgorithm*>(
         static_cast<const TaAlgorithm&>(algorithm).GetExtension(IAlgorithm::kExtensionName, true));
     ASSERT_NE(described, nullptr);
@@ -58,14 +59,8 @@ TEST(TaAAlgorithmTest, QueriesAnswerInTheOrderOfDeclaration)
     EXPECT_EQ(described->GetInputCount(1), 0u);
     EXPECT_EQ(&described->GetParameterRTTI(0), &TuUInt32::RTTI);
     EXPECT_EQ(&described->GetOutputRTTI(0), &TuInt64::RTTI);
-
-    const TuInt32 last(3);
-    algorithm.SetInput(0, 1, &last);
-    EXPECT_THROW(algorithm.GetOutput(0), TaAlgorithm::TaExceptionNoOutputData);
-    EXPECT_TRUE(algorithm.Compute(TaAlgorithm::eCF_None));
-    EXPECT_EQ(dynamic_cast<const TuInt64&>(*described->GetOutput(0)), 14);
-    EXPECT_EQ(algorithm.GetExtension("unknown", false), nullptr);
-    EXPECT_THROW(algorithm.GetExtension("unknown", true), TuExceptionUnknownExtension);
+    EXPECT_EQ(SampleAlgorithm().GetExtension("unknown", false), nullptr);
+    EXPECT_THROW(SampleAlgorithm().GetExtension("unknown", true), TuExceptionUnknownExtension);
 }
 
 TEST(TaAAlgorithmTest, FlagsAreThoseOfTheAlgorithmAlsoInACopy)
@@ -74,14 +69,12 @@ TEST(TaAAlgorithmTest, FlagsAreThoseOfTheAlgorithmAlsoInACopy)
     algorithm.SetFlag(0, 0, true);
     algorithm.SetFlag(0, 1, true);
     SampleAlgorithm copy = algorithm;
-    algorithm.SetFlag(0, 0, false);
-    EXPECT_EQ(algorithm.GetFlags(), 0x8000'0000u);
-    EXPECT_TRUE(copy.IsFlagSet(0, 0));
     copy.SetFlag(0, 1, false);
     EXPECT_EQ(copy.GetFlags(), SampleAlgorithm::eF_RecordUnitTest);
     EXPECT_TRUE(algorithm.IsFlagSet(0, 1));
     algorithm = copy;
     algorithm.SetFlag(0, 0, false);
+    EXPECT_EQ(algorithm.GetFlags(), 0u);
     EXPECT_TRUE(copy.IsFlagSet(0, 0));
 }
 
