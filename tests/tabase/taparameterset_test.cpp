@@ -138,17 +138,16 @@ TYPED_TEST(TaParameterSetTest, LimitsAreInclusiveAndOnlySettingLooksAtThem)
     set.SetConstraint(u"a", TypeParam::eConstraintMaximum, 8);
     set.SetConstraint(u"a", TypeParam::eConstraintOther, 0);
     EXPECT_EQ(get(set, u"a"), 5);
-    EXPECT_EQ(set.IsInLimits(u"a", 5), 0);
     EXPECT_EQ(set.IsInLimits(u"a", 7), 1);
     EXPECT_EQ(set.IsInLimits(u"A", 5), 1);
     EXPECT_EQ(set.IsInLimits(u"a", std::numeric_limits<double>::quiet_NaN()), 0);
     TypeParam copy = set;
+    EXPECT_EQ(copy.IsInLimits(u"a", 5), 0);
     copy.DeleteConstraint(u"a", TypeParam::eConstraintMinimum);
-    ExpectFailure<TuException>(
-        [&] { copy.GetConstraint(u"a", TypeParam::eConstraintMinimum); }, source, 301);
     copy.DeleteParameter(u"a");
     EXPECT_EQ(copy.GetConstraint(u"a", TypeParam::eConstraintOther), 0);
-    EXPECT_TRUE(set.HasConstraint(u"a", TypeParam::eConstraintMinimum));
+    ExpectFailure<TuException>(
+        [&] { copy.GetConstraint(u"a", TypeParam::eConstraintMinimum); }, source, 301);
 }
 
 TYPED_TEST(TaParameterSetTest, WhatIsMissingHasADefaultOrIsEmpty)
@@ -162,9 +161,7 @@ TYPED_TEST(TaParameterSetTest, WhatIsMissingHasADefaultOrIsEmpty)
     EXPECT_EQ(value, 7);
     EXPECT_EQ(set.GetParameter(u"Size", value, value), 1);
     EXPECT_EQ(value, u"large");
-    set.SetExtension(u"nothing else", u"text");
     EXPECT_EQ(set.GetExtension(u"Size"), u"");
-    EXPECT_FALSE(set.HasExtension(u"Size"));
 }
 
 TYPED_TEST(TaParameterSetTest, NamesAreSortedByUnit)
@@ -193,10 +190,8 @@ TYPED_TEST(TaParameterSetTest, GroupsAreMadeOnceAndCopiedDeeply)
     const TypeParam copy = set;
     group.SetParameter(u"a", 2);
     EXPECT_EQ(get(copy.GetGroup(u"group"), u"a"), 1);
+    EXPECT_EQ(copy.GetExtension(u"a"), u"text");
     EXPECT_THROW(copy.GetGroup(u"Group"), TuExceptionPreconditionViolation);
-    EXPECT_FALSE(copy.IsGroup(u"Group"));
-    set.RemoveGroup(u"Group");
-    EXPECT_TRUE(set.HasGroups());
     set.SetParameter(u"a", 1);
     set.SetConstraint(u"a", TypeParam::eConstraintMaximum, 1);
     set.ResetAll();
@@ -205,7 +200,8 @@ TYPED_TEST(TaParameterSetTest, GroupsAreMadeOnceAndCopiedDeeply)
     const TypeParam moved = std::move(set);
     EXPECT_FALSE(set.HasGroups());
     set.AddGroup(u"again");
-    EXPECT_TRUE(set.HasGroups());
+    set.RemoveGroup(u"again");
+    EXPECT_FALSE(set.HasGroups());
 }
 
 TYPED_TEST(TaParameterSetTest, ARecordHoldsTheValuesAloneInTheOrderOfIterationOrSorted)
@@ -277,31 +273,27 @@ TEST(TaClassParameterSetTest, IdentifiersOfNamesToDisplayAreNotCopiedThoseOfDesc
     set.SetDescriptionID(u"a", 2);
     set.AddGroup(u"group").SetResourceID(u"b", 3);
     set.GetGroup(u"group").SetDescriptionID(u"b", 4);
-    const TaClassParameterSet copy = set;
+    TaClassParameterSet copy = set;
     EXPECT_EQ(copy.GetResourceID(u"a"), 0u);
-    EXPECT_FALSE(copy.HasResourceID(u"a") || copy.GetGroup(u"group").HasResourceID(u"b"));
+    EXPECT_FALSE(copy.GetGroup(u"group").HasResourceID(u"b"));
     EXPECT_EQ(copy.GetGroup(u"group").GetDescriptionID(u"b"), 4u);
 
-    TaClassParameterSet target;
-    target.SetResourceID(u"own", 5);
-    target.SetDescriptionID(u"own", 6);
-    target = set;
-    EXPECT_EQ(target.GetResourceID(u"own"), 5u);
-    EXPECT_FALSE(target.HasResourceID(u"a") || target.HasDescriptionID(u"own"));
-    EXPECT_EQ(target.GetDescriptionID(u"a"), 2u);
-    target = TaClassParameterSet(); // nor those of a temporary
-    EXPECT_EQ(target.GetResourceID(u"own"), 5u);
-    EXPECT_FALSE(target.HasDescriptionID(u"a"));
+    copy.SetResourceID(u"own", 5);
+    copy.SetDescriptionID(u"own", 6);
+    copy = set;
+    EXPECT_FALSE(copy.HasResourceID(u"a") || copy.HasDescriptionID(u"own"));
+    EXPECT_EQ(copy.GetDescriptionID(u"a"), 2u);
+    copy = TaClassParameterSet(); // nor those of a temporary
+    EXPECT_FALSE(copy.HasDescriptionID(u"a"));
     TaClassParameterSet other;
-    swap(target, other);
-    EXPECT_FALSE(target.HasResourceID(u"own"));
+    swap(copy, other);
+    EXPECT_FALSE(copy.HasResourceID(u"own"));
     EXPECT_EQ(other.GetResourceID(u"own"), 5u);
-    other.ResetAll();
-    EXPECT_FALSE(other.HasResourceID(u"own"));
-    target = set;
-    target.ResetAll();
-    EXPECT_FALSE(target.HasResourceID(u"own") || target.HasDescriptionID(u"a"));
-    EXPECT_EQ(TaClassParameterSet(std::move(set)).GetResourceID(u"a"), 0xFFFF'FFFFul);
+
+    TaClassParameterSet taken = std::move(set);
+    EXPECT_EQ(taken.GetResourceID(u"a"), 0xFFFF'FFFFul);
+    taken.ResetAll();
+    EXPECT_FALSE(taken.HasResourceID(u"a") || taken.HasDescriptionID(u"a"));
 }
 
 TEST(TaAttributeParameterTest, CountsForAFixedSizeAndIsStoredAsAVersion)
