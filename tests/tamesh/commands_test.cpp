@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <utility>
 
 namespace {
 
@@ -27,24 +26,6 @@ protected:
     const std::string m_document = name("a.tadoc");
     FakeConsole m_console;
 };
-
-TEST_F(CommandsTest, ADocumentShowsTheFiguresOfItsMesh)
-{
-    EXPECT_EQ(MakeMesh(m_console, eS_Sphere, 3, m_mesh), eEC_Done);
-    EXPECT_EQ(ShowMeshes(m_console, { m_mesh }), eEC_Done);
-    const std::string figures = m_console.output.substr(m_console.output.find('\n'));
-    EXPECT_NE(figures.find("Euler characteristic 2"), figures.npos);
-    EXPECT_EQ(PackMesh(m_console, m_mesh, m_document), eEC_Done);
-    m_console.output.clear();
-    EXPECT_EQ(ShowDocuments(m_console, { m_document }), eEC_Done);
-    EXPECT_TRUE(m_console.output.starts_with(m_document + " (document)" + figures));
-    for (const std::string& line : { std::string("|-- Vertices (TaDataNodeUInt32) = 38\n"),
-             std::string("|-- Name (TaDataNodeString) = a\n"),
-             "|-- Source file (TaDataNodeString) = " + m_mesh + "\n" }) {
-        EXPECT_NE(m_console.output.find(line), m_console.output.npos) << line;
-    }
-    EXPECT_EQ(m_console.error, "");
-}
 
 TEST_F(CommandsTest, AnInterruptEndsWhateverIsDoneAndWritesNothing)
 {
@@ -87,27 +68,17 @@ TEST_F(CommandsTest, ARecordingStaysInItsFolderWhateverItsMeshIsCalled)
 }
 #endif
 
-TEST_F(CommandsTest, ADamagedDocumentIsReportedByItsNameAndReachesNoTerminalUnchanged)
+TEST_F(CommandsTest, WhatADamagedDocumentHoldsReachesNoTerminalUnchanged)
 {
     ASSERT_EQ(MakeMesh(m_console, eS_Sphere, 3, m_mesh), eEC_Done);
     ASSERT_EQ(PackMesh(m_console, m_mesh, m_document), eEC_Done);
     const std::string bytes = m_folder.ReadAll("a.tadoc");
-    std::string flipped = bytes;
-    flipped[100] ^= 4; // in a coordinate
-    const std::string hostile = BytesOf([&](auto& stream) {
+    m_folder.WriteAll("a.tadoc", BytesOf([&](auto& stream) {
         stream.WriteBuffer(bytes.data(), 16); // all before the name of the class
         stream << CString(u"\x1B[2J" + std::u16string(1000, u'x'));
-    });
-    const std::pair<std::string, const char*> cases[]
-        = { { bytes.substr(0, bytes.size() - 1), "TuExceptionStream" },
-              { flipped, "TuExceptionStream" }, { hostile, "TuException" } };
-    for (const auto& [content, exception] : cases) {
-        m_folder.WriteAll("a.tadoc", content);
-        m_console.error.clear();
-        EXPECT_EQ(ShowDocuments(m_console, { m_document }), eEC_Failed);
-        EXPECT_TRUE(m_console.error.starts_with(m_document + ": " + exception + " at "))
-            << m_console.error;
-    }
+    }));
+    EXPECT_EQ(ShowDocuments(m_console, { m_document }), eEC_Failed);
+    EXPECT_TRUE(m_console.error.starts_with(m_document + ": TuException at ")) << m_console.error;
     EXPECT_NE(m_console.error.find("?[2Jxxx"), m_console.error.npos) << m_console.error;
     EXPECT_EQ(m_console.error.find('\x1B'), m_console.error.npos);
     EXPECT_LT(m_console.error.size(), 500u);
@@ -142,8 +113,9 @@ TEST_F(CommandsTest, EveryLongStepSaysHowFarItIs)
     m_console.pace = 1000;
     const auto expectSteps = [this](EExitCode code, const char* first, const char* second) {
         EXPECT_EQ(code, eEC_Done);
-        EXPECT_NE(m_console.error.find(first), std::string::npos) << m_console.error;
-        EXPECT_NE(m_console.error.find(second), std::string::npos) << m_console.error;
+        for (const char* step : { first, second }) {
+            EXPECT_NE(m_console.error.find(step), std::string::npos) << m_console.error;
+        }
         m_console.error.clear();
     };
     expectSteps(MakeMesh(m_console, eS_Terrain, 200, m_mesh), "making", "writing");

@@ -1,6 +1,6 @@
 #include "tamesh/meshanalysis.h"
 
-#include "tamesh/testinput.h"
+#include "tamesh/meshtext.h"
 
 #include <gtest/gtest.h>
 
@@ -45,7 +45,7 @@ TEST(MeshAnalysisTest, TellsEdgesFacesAndVerticesThatAreNotSound)
 
 TEST(MeshAnalysisTest, AnEmptyMeshHasNoBounds)
 {
-    const std::string text = FormatFigures(AnalyseMesh(Mesh()));
+    const std::string text = FormatFigures(AnalyseMesh(ReadMeshText("a.off", "OFF 0 0 0")));
     EXPECT_NE(text.find("components           0\n"), text.npos);
     EXPECT_EQ(text.find("bound "), text.npos);
 }

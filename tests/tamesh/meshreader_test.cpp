@@ -2,7 +2,7 @@
 
 #include "support/bufferbytes.h"
 #include "tamesh/meshfailure.h"
-#include "tamesh/testinput.h"
+#include "tamesh/meshtext.h"
 
 #include <gtest/gtest.h>
 
@@ -15,18 +15,6 @@
 namespace {
 
 using namespace tamesh;
-
-using Faces = std::vector<std::vector<std::uint32_t>>;
-
-Faces getFaces(const Mesh& mesh)
-{
-    Faces faces;
-    for (std::uint32_t i = 0; i < mesh.GetFaceCount(); ++i) {
-        const auto face = mesh.GetFace(i);
-        faces.emplace_back(face.begin(), face.end());
-    }
-    return faces;
-}
 
 /// The bytes of a binary STL file that begins with `head`.
 std::string makeSTL(std::string head, const std::vector<std::array<float, 9>>& triangles)
@@ -51,19 +39,18 @@ const std::string kMark = "\xEF\xBB\xBF"; // of the byte order
 
 const std::pair<const char*, std::string> kFormsOfATriangle[] = {
     { "a.off", "OFF\n3 1 0\n0 0 0\n1.5 0 0\n0 -2 0.001\n3 0 1 2\n" },
-    // comments, blank lines, counts on the first line, signs, CR LF, no last line end
+    // comments, blank lines, counts on the first line, signs, CR LF, no last line end; numbers that
+    // are too small for a double
     { "a.OFF",
-        "# made by hand\r\n\r\nOFF 3 1\r\n0 0 0 # first\r\n\r\n+15e-1\t0 -0\r\n"
-        "  0 -2. 1E-3  \r\n3  0 1 2" },
+        kMark
+            + "# made by hand\r\n\r\nOFF 3 1\r\n0 0 0 # first\r\n\r\n+15e-1\t1e-999 1e-400\r\n"
+              "  0 -2. 1E-3  \r\n3  0 1 2" },
     // CR alone, vertex colours, a face colour
     { "a.off",
-        "COFF\r3 1 0\r0 0 0 255 0 0 1\r1.5 0 0 1 1 1 1\r0 -2 .001 9 9 9 9\r3 0 1 2 7 7 7\r" },
-    { "a.off", "STCNOFF\n3 1 0\n0 0 0 1\n1.5 0 0 1\n0 -2 .001 1\n3 0 1 2\n" },
-    { "a.off", kMark + "OFF 3 1\n0 0 0\n1.5 0 0\n0 -2 0.001\n3 0 1 2\n" },
+        "STCNOFF\r3 1 0\r0 0 0 255 0 0 1\r1.5 0 0 1 1 1 1\r0 -2 .001 9 9 9 9\r3 0 1 2 7 7 7\r" },
     { "a.obj",
-        kMark
-            + "# x\nmtllib a.mtl\no thing\nv 0 0 0\nv 1.5 0 0 1.0\nv 0 -2 0.001\nvt 0 0\n"
-              "vn 0 0 1\nusemtl m\ns off\nf 1 2 3\n" },
+        "# x\nmtllib a.mtl\no thing\nv 0 0 0\nv 1.5 0 0 1.0\nv 0 -2 0.001\nvt 0 0\n"
+        "vn 0 0 1\nusemtl m\ns off\nf 1 2 3\n" },
     // texture and normal indices, negative ones, a line that goes on
     { "a.Obj", "v 0 0 0\nv 1.5 0 0\nv 0 -2 \\\n0.001\nf 1/1 -2//7 \\\r\n3/1/-1\n" },
     // a line that goes on in a blank one, or in a comment, and ends there
@@ -80,22 +67,9 @@ const std::pair<const char*, std::string> kFormsOfATriangle[] = {
 TEST(MeshReaderTest, EveryFormOfATriangleIsRead)
 {
     for (const auto& [name, content] : kFormsOfATriangle) {
-        SCOPED_TRACE(content);
-        const Mesh mesh = ReadMeshText(name, content);
-        ASSERT_EQ(mesh.GetVertexCount(), 3u);
-        EXPECT_EQ(mesh.GetVertex(0), (SPoint{ 0.0, 0.0, 0.0 }));
-        EXPECT_EQ(mesh.GetVertex(1), (SPoint{ 1.5, 0.0, 0.0 }));
-        EXPECT_EQ(mesh.GetVertex(2), (SPoint{ 0.0, -2.0, 1e-3 }));
-        EXPECT_EQ(getFaces(mesh), (Faces{ { 0, 1, 2 } }));
+        EXPECT_EQ(WriteMeshText(ReadMeshText(name, content)), kFormsOfATriangle[0].second)
+            << content;
     }
-}
-
-TEST(MeshReaderTest, TakesPolygonsOfAnySizeAndKeepsTheirOrder)
-{
-    const Mesh mesh = ReadMeshText(
-        "a.off", "OFF\n5 2 0\n0 0 0\n1 0 0\n2 1 0\n1 2 0\n0 1 0\n5 4 3 2 1 0\n3 0 2 4\n");
-    EXPECT_EQ(getFaces(mesh), (Faces{ { 4, 3, 2, 1, 0 }, { 0, 2, 4 } }));
-    EXPECT_EQ(ReadMeshText("a.off", "OFF 0 0 0").GetVertexCount(), 0u);
 }
 
 TEST(MeshReaderTest, BinarySTLIsToldFromTextByItsSizeAndItsEqualPositionsAreMerged)
@@ -104,8 +78,7 @@ TEST(MeshReaderTest, BinarySTLIsToldFromTextByItsSizeAndItsEqualPositionsAreMerg
     const Mesh mesh = ReadMeshText("a.stl",
         makeSTL("solid by another program",
             { { 0, 0, 0, 1, 0, 0, 0, 1, 0 }, { 1, 0, 0, 1, 1, 0, -0.0f, 1, 0 } }));
-    EXPECT_EQ(mesh.GetVertexCount(), 4u);
-    EXPECT_EQ(getFaces(mesh), (Faces{ { 0, 1, 2 }, { 1, 3, 2 } }));
+    EXPECT_EQ(WriteMeshText(mesh), "OFF\n4 2 0\n0 0 0\n1 0 0\n0 1 0\n1 1 0\n3 0 1 2\n3 1 3 2\n");
     EXPECT_EQ(ReadMeshText("a.stl", makeSTL("", {})).GetFaceCount(), 0u);
 
     std::vector<std::array<float, 9>> strip;
@@ -113,12 +86,6 @@ TEST(MeshReaderTest, BinarySTLIsToldFromTextByItsSizeAndItsEqualPositionsAreMerg
         strip.push_back({ x, 0, 0, x + 1, 0, 0, 0.5f, 1, 0 });
     }
     EXPECT_EQ(ReadMeshText("a.stl", makeSTL("", strip)).GetVertexCount(), 1002u);
-}
-
-TEST(MeshReaderTest, NumbersTooSmallForADoubleAreZero)
-{
-    const Mesh mesh = ReadMeshText("a.off", "OFF\n1 0\n1e-999 4.9e-324 -1e-400\n");
-    EXPECT_EQ(mesh.GetVertex(0), (SPoint{ 0.0, std::numeric_limits<double>::denorm_min(), 0.0 }));
 }
 
 struct SFault
@@ -148,7 +115,6 @@ const std::vector<SFault> kFaultsOfOFF{
     { kTwo + "1e999 1 0\n", ":5: the x coordinate is \"1e999\", which is not a finite number" },
     { kTwo + "0 1 nan\n", ":5: the z coordinate is \"nan\", which is not a finite number" },
     { kTwo + "0 1 0 red\n", ":5: a number was expected, but \"red\" is no number" },
-    { kThree, ":5: the file ends after 0 of 1 faces" },
     { kThree + "2 0 1\n", ":6: a face has at least 3 corners, not 2" },
     { kThree + "18446744073709551615 0 1 2\n",
         ":6: the face has 18446744073709551615 corners, but only 3 follow" },
@@ -203,13 +169,11 @@ void expectReports(const std::string& name, const std::vector<SFault>& faults)
 
 TEST(MeshReaderTest, FaultsAreReportedWithTheirLine)
 {
-    const SFault unknown{ "OFF 0 0 0",
-        ": unknown format; the name of a mesh ends in .off, .obj or .stl" };
     expectReports("a.off", kFaultsOfOFF);
     expectReports("a.obj", kFaultsOfOBJ);
     expectReports("a.stl", kFaultsOfSTL);
-    expectReports("a.ply", { unknown });
-    expectReports(".off", { unknown });
+    expectReports(".off",
+        { { "OFF 0 0 0", ": unknown format; the name of a mesh ends in .off, .obj or .stl" } });
 }
 
 } // namespace

@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 namespace {
 
 using namespace tamesh;
@@ -14,17 +12,14 @@ using namespace tamesh;
 TEST(TaMeshStatisticsTest, ABreakOrAFailedAllocationAnywhereLeavesItAsItWas)
 {
     const Mesh mesh = MakeSphere(40, nullptr); // several polls in each walk
-    const Mesh before = mesh;
-    InjectCancels(
-        [&mesh] {
-            auto statistics = TuMake<TaMeshStatistics>();
-            statistics->SetMesh(mesh);
-            return statistics;
-        },
-        [&](const TaMeshStatistics& statistics) {
-            EXPECT_THROW(statistics.GetFigures(), TaAlgorithm::TaExceptionNoOutputData);
-            EXPECT_TRUE(std::ranges::equal(mesh.GetCorners(), before.GetCorners()));
-        });
+    const auto makeStatistics = [&mesh] {
+        auto statistics = TuMake<TaMeshStatistics>();
+        statistics->SetMesh(mesh);
+        return statistics;
+    };
+    InjectCancels(makeStatistics, [](const TaMeshStatistics& statistics) {
+        EXPECT_THROW(statistics.GetFigures(), TaAlgorithm::TaExceptionNoOutputData);
+    });
 }
 
 TEST(TaMeshStatisticsTest, ProgressGoesFromTheStartToTheEnd)

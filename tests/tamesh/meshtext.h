@@ -1,7 +1,9 @@
 #pragma once
 
+#include "groundwork/tustreamwriteasciistring.h"
 #include "tabase/tastreamreadbinarybuffer.h"
 #include "tamesh/meshreader.h"
+#include "tamesh/offwriter.h"
 
 #include <string>
 
@@ -10,4 +12,12 @@ inline tamesh::Mesh ReadMeshText(const std::string& name, const std::string& con
 {
     TaStreamReadBinaryBuffer stream(content.data(), content.size());
     return tamesh::ReadMesh({ name, stream, content.size() });
+}
+
+/// As OFF.
+inline std::string WriteMeshText(const tamesh::Mesh& mesh)
+{
+    TuStreamWriteASCIIStringT<CStringA> text;
+    tamesh::WriteOFF(text, mesh);
+    return std::string(text.GetText().GetView());
 }
