@@ -286,12 +286,12 @@ TEST(TaAlgorithmTest, ASubAlgorithmTakesOverEventAndProgressAsTheyAreNow)
     TuEvent event(true);
     caller->SetBreakEvent(event);
     caller->SetProgressSink(&sink);
-    caller->SetProgressRange(0.5, 1);
+    caller->SetProgressRange(0.25, 0.75);
     sub->SetBreakEvent(*caller);
     EXPECT_TRUE(sub->hasBreakEvent());
     sub->SetProgressRange(0, 0.5);
     EXPECT_TRUE(sub->Compute(TaAlgorithm::eCF_None));
-    EXPECT_EQ(sink.line, "50squares 56squares 63squares 69squares ");
+    EXPECT_EQ(sink.line, "25squares 31squares 38squares 44squares ");
 
     sub->setInputChanged();
     event.Set();
