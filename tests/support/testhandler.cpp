@@ -2,7 +2,6 @@
 
 #include "groundwork/tustreamwriteasciistring.h"
 #include "tabase/tamessagecreatehwnd.h"
-#include "tabase/tamessageshutdown.h"
 
 #include <chrono>
 #include <thread>
@@ -39,6 +38,32 @@ std::string Notes::Take()
     return std::exchange(m_text, {});
 }
 
+Handle Answering(long long result)
+{
+    return [result](const TaMessage&) { return result; };
+}
+
+Handle Noting(Notes& notes, const char* name)
+{
+    return [&notes, name](const TaMessage& message) {
+        notes.Add(name + std::to_string(NumberOf(message)));
+        return 0LL;
+    };
+}
+
+Handle Passing(SGate& gate, long long result)
+{
+    return [&gate, result](const TaMessage&) {
+        gate.Pass();
+        return result;
+    };
+}
+
+Subscribe ToCommand(unsigned long long number)
+{
+    return [number](TaMessageHandlerBase& handler) { handler.SubscribeCommand(number); };
+}
+
 DispatcherHandler::DispatcherHandler(const char16_t* name, Handle handle, Subscribe subscribe)
     : LocalHandler(name, std::move(handle), std::move(subscribe), false)
 {
@@ -48,22 +73,8 @@ DispatcherHandler::DispatcherHandler(const char16_t* name, Handle handle, Subscr
 DispatcherHandler::~DispatcherHandler()
 {
     // The window ends on its own thread.
-    EXPECT_EQ(TaMessageDispatcher::SendMessage(TaMessageShutDown(), *this), 0);
-}
-
-void DispatcherHandler::onSubscribeMessages()
-{
-    SubscribeMessage(TaMessageShutDown());
-    LocalHandler::onSubscribeMessages();
-}
-
-long long DispatcherHandler::handleMessage(const TaMessage& message)
-{
-    if (message.Is(TaMessageShutDown::RTTI)) {
-        EXPECT_TRUE(destroyMessageHandler());
-        return 0;
-    }
-    return LocalHandler::handleMessage(message);
+    (void)platform::PostToWindow(GetHWND(), platform::eWM_Close, 0, 0);
+    WaitForDispatcher();
 }
 
 std::vector<long long> SendToAll(const TaMessage& message)

@@ -77,10 +77,18 @@ struct SGate
     TuEvent go{ true };
 };
 
+/// What a handler does with a message.
 using Handle = std::function<long long(const TaMessage&)>;
-using Subscribe = std::function<void(TaMessageHandlerBase&)>;
+Handle Answering(long long result);
+/// Notes its number, behind `name`.
+Handle Noting(Notes& notes, const char* name = "");
+Handle Passing(SGate& gate, long long result = 0);
 
+using Subscribe = std::function<void(TaMessageHandlerBase&)>;
+inline void ToNothing(TaMessageHandlerBase&) { }
 inline void ToNumbers(TaMessageHandlerBase& handler) { handler.SubscribeMessage(NumberMessage(0)); }
+inline void ToOthers(TaMessageHandlerBase& handler) { handler.SubscribeMessage(OtherMessage()); }
+Subscribe ToCommand(unsigned long long number);
 
 /// A handler that does what its test says.
 template <class Base> class TestHandlerOf : public Base
@@ -125,10 +133,6 @@ class DispatcherHandler : public LocalHandler
 public:
     DispatcherHandler(const char16_t* name, Handle handle, Subscribe subscribe = ToNumbers);
     ~DispatcherHandler() override;
-
-protected:
-    void onSubscribeMessages() override;
-    long long handleMessage(const TaMessage& message) override;
 };
 
 /// On a thread of its own, which the constructor starts.
@@ -151,6 +155,9 @@ inline long long SendTo(const TaMessageHandlerBase& target, int number)
 }
 /// To all; returns the results.
 std::vector<long long> SendToAll(const TaMessage& message);
+/// What has been posted and sent by now, not by the dispatcher's own thread, is with its
+/// subscribers, or their queues.
+inline void WaitForDispatcher() { TaMessageDispatcher::SendMessage(TaMessage()); }
 
 /// Returns when the dispatcher's account of itself has this in it; false where that does not come.
 bool WaitForDump(const CString& part);

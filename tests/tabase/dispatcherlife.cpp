@@ -9,6 +9,7 @@
 #include <cstring>
 #include <optional>
 #include <thread>
+#include <utility>
 
 // One life of the dispatcher: a process has one, which does not come back. The argument says which;
 // the exit code, whether all was as promised.
@@ -37,10 +38,7 @@ int exitCode()
 void expectNoDispatcher()
 {
     Notes notes;
-    ThreadedHandler handler(u"late", [&](const TaMessage&) {
-        notes.Add("handled");
-        return 7LL;
-    });
+    ThreadedHandler handler(u"late", Noting(notes));
     handler.SubscribeMessage(OtherMessage());
     expect(SendTo(handler, 1) == 0, "a send returns 0");
     expect(SendToAll(NumberMessage(1)).empty(), "a send to all has no results");
@@ -78,26 +76,19 @@ struct SAfterwards
     std::thread sleeper; // that waits for its answer
 } s_afterwards;
 
-long long answerSeven(const TaMessage&) { return 7; }
-
-void use()
-{
-    const ThreadedHandler handler(u"user", answerSeven);
-    Post(1);
-    expect(SendTo(handler, 2) == 7, "it is there when it is needed");
-}
-
 void endWithoutShutdown()
 {
     s_afterwards.isWatching = true;
-    use();
+    const ThreadedHandler handler(u"user", Answering(7));
+    Post(1);
+    expect(SendTo(handler, 2) == 7, "it is there when it is needed");
 }
 
 void endAfterShutdown()
 {
     expect(TaMessageDispatcher::ShutdownAndWait(0), "what nobody has used has ended");
     endWithoutShutdown();
-    const ThreadedHandler survivor(u"survivor", answerSeven);
+    const ThreadedHandler survivor(u"survivor", Answering(7));
     expect(TaMessageDispatcher::ShutdownAndWait(kPatienceMs), "it ends in time");
     expect(!TaMessageDispatcher::GetInstance().IsRunning(), "its thread has ended");
     expect(SendTo(survivor, 1) == 0, "subscribers of before are reached no more");
@@ -114,7 +105,7 @@ void race()
         threads.emplace_back([&] {
             start.arrive_and_wait();
             long long answer = 7;
-            const ThreadedHandler handler(u"racer", answerSeven);
+            const ThreadedHandler handler(u"racer", Answering(7));
             while (answer == 7) {
                 Post(1);
                 answer = SendTo(handler, 2);
@@ -139,7 +130,7 @@ void startInConstructor()
     struct SEager : LocalHandler
     {
         SEager()
-            : LocalHandler(u"eager", answerSeven, ToNumbers, false)
+            : LocalHandler(u"eager", Answering(7), ToNumbers, false)
         {
             SubscribeMessage(NumberMessage(0));
             expect(TaMessageDispatcher::FindMessageHandler(u"eager") == this, "it has the name");
@@ -164,10 +155,7 @@ void shutDownOnItsThread()
 void endWhileSomebodyWaits()
 {
     SGate gate;
-    const ThreadedHandler slow(u"slow", [&](const TaMessage&) {
-        gate.Pass();
-        return 7LL;
-    });
+    const ThreadedHandler slow(u"slow", Passing(gate, 7));
     const std::jthread sender(
         [&] { expect(SendTo(slow, 1) == 7, "the answer comes all the same"); });
     expect(gate.WaitUntilEntered(), "the handler is at it");
@@ -182,11 +170,8 @@ void endWhileSomebodyWaits()
 void exitWhileSomebodyWaits()
 {
     s_afterwards.isWatching = true;
-    static const ThreadedHandler* const s_handler
-        = new ThreadedHandler(u"slow", [](const TaMessage&) {
-              s_afterwards.gate.Pass();
-              return 7LL;
-          });
+    static const auto* const s_handler
+        = new ThreadedHandler(u"slow", Passing(s_afterwards.gate, 7));
     s_afterwards.sleeper
         = std::thread([] { expect(SendTo(*s_handler, 1) == 7, "an answer after the end"); });
     expect(s_afterwards.gate.WaitUntilEntered(), "the handler is at it");
@@ -196,7 +181,7 @@ void exitWhileSomebodyWaits()
 void exitWhileSomebodySends()
 {
     s_afterwards.isWatching = true;
-    static const auto* const s_handler = new ThreadedHandler(u"late", answerSeven);
+    static const auto* const s_handler = new ThreadedHandler(u"late", Answering(7));
     static std::atomic<std::thread::id> s_sender;
     s_afterwards.sleeper = std::thread([] {
         s_sender = std::this_thread::get_id();
@@ -257,13 +242,7 @@ void killHandler()
     std::_Exit(exitCode());
 }
 
-struct SMode
-{
-    const char* name;
-    void (*run)();
-};
-
-constexpr SMode kModes[] = {
+constexpr std::pair<const char*, void (*)()> kModes[] = {
     { "without_shutdown", &endWithoutShutdown },
     { "after_shutdown", &endAfterShutdown },
     { "race", &race },
@@ -281,9 +260,9 @@ constexpr SMode kModes[] = {
 
 int main(int argc, char** argv)
 {
-    for (const SMode& mode : kModes) {
-        if (argc == 2 && std::strcmp(argv[1], mode.name) == 0) {
-            mode.run();
+    for (const auto& [mode, run] : kModes) {
+        if (argc == 2 && std::strcmp(argv[1], mode) == 0) {
+            run();
             return exitCode();
         }
     }

@@ -15,8 +15,8 @@ namespace {
 
 constexpr unsigned int kSenders = 8;
 constexpr unsigned int kSteps = 300; // of each sender
-constexpr std::size_t kHandlers
-    = 9; // the first is on the dispatcher's thread, the others on theirs
+// The first is on the dispatcher's thread, the others are on theirs.
+constexpr std::size_t kHandlers = 9;
 constexpr std::size_t kStaying = 5; // those that stay subscribed
 constexpr int kMostDepth = 6;
 
@@ -32,9 +32,8 @@ class StressMessage : public TaMessage
     TU_DECLARE_RTTI
 
 public:
-    unsigned int sender = kSenders; // none: a handler has sent it on
-    unsigned int number = 0; // grows with the posts of the sender
-    bool isPost = false;
+    unsigned int sender = 0;
+    unsigned int number = 0; // of a post: grows with the posts of the sender
     int depth = 0; // how often it is to be sent on
     std::optional<unsigned int> posted; // how much the sender has posted to this handler before
 };
@@ -48,43 +47,29 @@ using Handlers = std::array<std::unique_ptr<TaMessageHandler>, kHandlers>;
 long long answerOf(std::size_t handler) { return static_cast<long long>(handler) + 1; }
 
 /// What a handler does, and what it sees to.
-class Receiver
+Handle receiver(const Handlers& handlers, std::size_t index)
 {
-public:
-    Receiver(const Handlers& handlers, std::size_t index)
-        : m_handlers(handlers)
-        , m_random(GetTestSeed() + index)
-        , m_index(index)
-    {
-    }
-
-    long long operator()(const TaMessage& anyMessage)
-    {
-        const auto& message = dynamic_cast<const StressMessage&>(anyMessage);
-        if (message.isPost) {
-            check(m_last[message.sender] < message.number, "posts come in their order, and once");
-            m_last[message.sender] = message.number;
-            ++m_posted[message.sender];
+    return [&handlers, index, random = std::mt19937_64(GetTestSeed() + index),
+               last = std::array<unsigned int, kSenders>(),
+               posted = std::array<unsigned int, kSenders>()](const TaMessage& any) mutable {
+        const auto& message = dynamic_cast<const StressMessage&>(any);
+        if (message.number != 0) {
+            check(last[message.sender] < message.number, "posts come in their order, and once");
+            last[message.sender] = message.number;
+            ++posted[message.sender];
         } else if (message.posted.has_value()) {
-            check(m_posted[message.sender] == *message.posted, "all posts come before the send");
+            check(posted[message.sender] == *message.posted, "all posts come before the send");
         }
         if (message.depth > 0) {
             StressMessage next;
             next.depth = message.depth - 1;
-            const std::size_t target = m_random() % kStaying;
-            check(TaMessageDispatcher::SendMessage(next, *m_handlers[target]) == answerOf(target),
+            const std::size_t target = random() % kStaying;
+            check(TaMessageDispatcher::SendMessage(next, *handlers[target]) == answerOf(target),
                 "a handler's send is answered");
         }
-        return answerOf(m_index);
-    }
-
-private:
-    const Handlers& m_handlers;
-    std::mt19937_64 m_random;
-    std::size_t m_index;
-    std::array<unsigned int, kSenders> m_last{};
-    std::array<unsigned int, kSenders> m_posted{};
-};
+        return answerOf(index);
+    };
+}
 
 class Sender
 {
@@ -99,7 +84,7 @@ public:
     void Run()
     {
         for (unsigned int step = 0; step < kSteps; ++step) {
-            doStep(m_random() % 12);
+            doStep();
         }
         for (std::size_t target = 0; target < kStaying; ++target) {
             sendTo(target, 0); // behind the last post
@@ -107,11 +92,11 @@ public:
     }
 
 private:
-    void doStep(std::size_t what)
+    void doStep()
     {
         const std::size_t staying = m_random() % kStaying;
         TaMessageHandler& leaving = *m_handlers[kStaying + m_random() % (kHandlers - kStaying)];
-        switch (what) {
+        switch (m_random() % 12) {
         case 0:
             leaving.SubscribeMessage(StressMessage());
             break;
@@ -122,13 +107,13 @@ private:
             leaving.UnsubscribeAll();
             break;
         case 3: {
-            const LocalHandler passing(u"here", Receiver(m_handlers, kHandlers), toStress);
+            const LocalHandler passing(u"here", receiver(m_handlers, kHandlers), toStress);
             sendToAll();
             check(TaMessageLoop::HandleWaiting(), "the loop of a sender goes on");
             break;
         }
         case 4: {
-            const ThreadedHandler passing(u"there", Receiver(m_handlers, kHandlers), toStress);
+            const ThreadedHandler passing(u"there", receiver(m_handlers, kHandlers), toStress);
             sendToAll();
             break;
         }
@@ -157,7 +142,6 @@ private:
     TuSmartPointer<StressMessage> makePost()
     {
         auto message = TuMake<StressMessage>();
-        message->isPost = true;
         message->sender = m_index;
         message->number = ++m_lastNumber;
         message->depth = m_random() % 8 == 0 ? 2 : 0;
@@ -196,9 +180,9 @@ private:
 TEST(MessagingStressTest, SendsAreAnsweredAndPostsArriveOnceAndInOrderWhileHandlersComeAndGo)
 {
     Handlers handlers;
-    handlers[0] = std::make_unique<DispatcherHandler>(u"0", Receiver(handlers, 0), toStress);
+    handlers[0] = std::make_unique<DispatcherHandler>(u"0", receiver(handlers, 0), toStress);
     for (std::size_t i = 1; i < kHandlers; ++i) {
-        handlers[i] = std::make_unique<ThreadedHandler>(u"", Receiver(handlers, i), toStress);
+        handlers[i] = std::make_unique<ThreadedHandler>(u"", receiver(handlers, i), toStress);
     }
     TestLatch start(kSenders);
     std::vector<std::jthread> threads;

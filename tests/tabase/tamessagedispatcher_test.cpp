@@ -31,26 +31,6 @@ Results sorted(Results results)
     return results;
 }
 
-Handle answering(long long result)
-{
-    return [result](const TaMessage&) { return result; };
-}
-
-Handle noting(Notes& notes, const char* name = "")
-{
-    return [&notes, name](const TaMessage& message) {
-        notes.Add(name + std::to_string(NumberOf(message)));
-        return 0LL;
-    };
-}
-
-void toNothing(TaMessageHandlerBase&) { }
-
-Subscribe toCommand(unsigned long long number)
-{
-    return [number](TaMessageHandlerBase& handler) { handler.SubscribeCommand(number); };
-}
-
 Subscribe to(const TuRTTI& type)
 {
     return [&type](TaMessageHandlerBase& handler) {
@@ -60,21 +40,16 @@ Subscribe to(const TuRTTI& type)
     };
 }
 
-/// What a thread other than the test's has posted and sent by now is with the dispatcher's
-/// subscribers, or their queues.
-void waitForDispatcher() { TaMessageDispatcher::SendMessage(TaMessage()); }
-
 TEST(TaMessageDispatcherTest, AMessageReachesEachSubscriberOfItsClassAndItsBasesOnce)
 {
-    const ThreadedHandler base(u"base", answering(1));
-    const ThreadedHandler derived(u"derived", answering(2), to(DerivedMessage::RTTI));
-    ThreadedHandler both(u"both", answering(3), to(DerivedMessage::RTTI));
+    const ThreadedHandler base(u"base", Answering(1));
+    const ThreadedHandler derived(u"derived", Answering(2), to(DerivedMessage::RTTI));
+    ThreadedHandler both(u"both", Answering(3), to(DerivedMessage::RTTI));
     both.SubscribeMessage(NumberMessage(0));
     both.SubscribeMessage(NumberMessage(0));
     EXPECT_EQ(sorted(SendToAll(DerivedMessage(0))), (Results{ 1, 2, 3 }));
     EXPECT_EQ(SendTo(both, 0), 3);
     EXPECT_EQ(SendTo(derived, 0), 0); // a base of what it has subscribed to
-    EXPECT_EQ(TaMessageDispatcher::SendMessage(DerivedMessage(0), both), 3);
     EXPECT_EQ(SendToAll(OtherMessage()), Results());
     both.UnsubscribeMessage(NumberMessage(0));
     EXPECT_EQ(SendToAll(NumberMessage(0)), Results{ 1 });
@@ -86,10 +61,10 @@ TEST(TaMessageDispatcherTest, AMessageReachesEachSubscriberOfItsClassAndItsBases
 TEST(TaMessageDispatcherTest, ACommandReachesWhoWantsItsNumberAndWhoWantsItsClass)
 {
     // All on this thread, so that the order of their answers is that of the subscriptions.
-    const LocalHandler windows(u"windows", answering(1), to(TaMessageWindows::RTTI));
-    LocalHandler number(u"number", answering(2), toCommand(5));
-    const LocalHandler commands(u"commands", answering(3), to(TaMessageCommand::RTTI));
-    const LocalHandler sample(u"sample", answering(4), [](TaMessageHandlerBase& handler) {
+    const LocalHandler windows(u"windows", Answering(1), to(TaMessageWindows::RTTI));
+    LocalHandler number(u"number", Answering(2), ToCommand(5));
+    const LocalHandler commands(u"commands", Answering(3), to(TaMessageCommand::RTTI));
+    const LocalHandler sample(u"sample", Answering(4), [](TaMessageHandlerBase& handler) {
         handler.SubscribeMessage(TaMessageCommand(5));
         handler.SubscribeMessage(TaMessageCommand(6));
         handler.UnsubscribeMessage(TaMessageCommand(6));
@@ -97,35 +72,15 @@ TEST(TaMessageDispatcherTest, ACommandReachesWhoWantsItsNumberAndWhoWantsItsClas
     EXPECT_EQ(SendToAll(TaMessageCommand(5)), (Results{ 3, 1, 2, 4 }));
     EXPECT_EQ(SendToAll(TaMessageCommand(6)), (Results{ 3, 1 }));
     EXPECT_EQ(SendToAll(TaMessageWindows(273, 5, 0)), (Results{ 1 }));
-    EXPECT_EQ(TaMessageDispatcher::SendMessage(TaMessageCommand(5), number), 2);
     number.UnsubscribeCommand(5);
-    EXPECT_EQ(TaMessageDispatcher::SendMessage(TaMessageCommand(5), number), 0);
-}
-
-TEST(TaMessageDispatcherTest, ATargetIsReachedAloneAndOnlyWhereItHasSubscribed)
-{
-    Notes notes;
-    const ThreadedHandler a(u"a", noting(notes, "a"));
-    const ThreadedHandler b(u"b", noting(notes, "b"));
-    const ThreadedHandler c(u"c", noting(notes, "c"), toNothing);
-    EXPECT_EQ(SendTo(c, 1), 0);
-    TaMessageDispatcher::PostMessage(TuMake<NumberMessage>(2), c);
-    TaMessageDispatcher::PostMessage(TuMake<NumberMessage>(3), b);
-    TaMessageDispatcher::PostMessage(nullptr, b);
-    SendTo(b, 4);
-    SendTo(a, 5);
-    EXPECT_EQ(notes.Take(), "b3 b4 a5 ");
+    EXPECT_EQ(SendToAll(TaMessageCommand(5)), (Results{ 3, 1, 4 }));
 }
 
 TEST(TaMessageDispatcherTest, ResultsAreAppendedInTheOrderOfTheAnswers)
 {
     SGate gate;
-    Notes notes;
-    const ThreadedHandler late(u"late", [&](const TaMessage&) {
-        gate.Pass();
-        return 1LL;
-    });
-    const ThreadedHandler early(u"early", answering(2));
+    const ThreadedHandler late(u"late", Passing(gate, 1));
+    const ThreadedHandler early(u"early", Answering(2));
     // Runs in the sending thread when `early` may still be at it.
     const std::jthread opener([&] {
         EXPECT_TRUE(gate.WaitUntilEntered());
@@ -137,11 +92,11 @@ TEST(TaMessageDispatcherTest, ResultsAreAppendedInTheOrderOfTheAnswers)
     EXPECT_EQ(Results(results.begin(), results.end()), (Results{ 7, 2, 1 }));
 }
 
-TEST(TaMessageDispatcherTest, PrivateMessagesAreForTheDispatcherAlone)
+TEST(TaMessageDispatcherTest, PrivateMessagesAreForTheDispatcherAloneWhichIsNoSubscriber)
 {
     Notes notes;
-    const ThreadedHandler a(u"a", noting(notes));
-    LocalHandler b(u"b", answering(5), toNothing);
+    const ThreadedHandler a(u"a", Noting(notes));
+    LocalHandler b(u"b", Answering(5), ToNothing);
     TaMessageDispatcher& dispatcher = TaMessageDispatcher::GetInstance();
     testing::internal::CaptureStderr(); // which reports both as misrouted
     EXPECT_EQ(TaMessageDispatcher::SendPrivateMessage(NumberMessage(1)), kFail);
@@ -151,22 +106,18 @@ TEST(TaMessageDispatcherTest, PrivateMessagesAreForTheDispatcherAlone)
         TuMake<Subscription>(b, Subscription::eA_SubscribeType, NumberMessage::RTTI), dispatcher);
     EXPECT_EQ(SendTo(b, 3), 5);
     EXPECT_EQ(notes.Take(), "");
-}
 
-TEST(TaMessageDispatcherTest, IsNoSubscriberItself)
-{
-    TaMessageDispatcher::GetInstance().SubscribeMessage(NumberMessage(0));
-    TaMessageDispatcher::GetInstance().SubscribeCommand(5);
-    EXPECT_EQ(SendToAll(NumberMessage(0)), Results());
+    dispatcher.SubscribeMessage(OtherMessage());
+    dispatcher.SubscribeCommand(5);
+    EXPECT_EQ(SendToAll(OtherMessage()), Results());
     EXPECT_EQ(SendToAll(TaMessageCommand(5)), Results());
 }
 
 TEST(TaMessageDispatcherTest, ANameBelongsToWhoSubscribedUnderItFirst)
 {
     const auto find = [] { return TaMessageDispatcher::FindMessageHandler(u"name"); };
-    EXPECT_EQ(find(), nullptr);
     {
-        LocalHandler first(u"name", {}, toNothing);
+        LocalHandler first(u"name", {}, ToNothing);
         EXPECT_EQ(find(), nullptr);
         first.SubscribeMessage(NumberMessage(0));
         LocalHandler second(u"name");
@@ -194,18 +145,15 @@ TEST(TaMessageDispatcherTest, WhatWaitsIsDroppedWhenItsSubscriptionGoes)
             }
             return 1LL;
         },
-        [](TaMessageHandlerBase& self) {
-            self.SubscribeMessage(OtherMessage());
-            self.SubscribeMessage(NumberMessage(0));
-            self.SubscribeMessage(DerivedMessage(0));
-            self.SubscribeCommand(5);
-            self.SubscribeCommand(6);
-        });
+        ToOthers);
+    handler.SubscribeMessage(NumberMessage(0));
+    handler.SubscribeMessage(DerivedMessage(0));
+    handler.SubscribeCommand(5);
+    handler.SubscribeCommand(6);
     TaMessageDispatcher::PostMessage(TuMake<OtherMessage>());
     ASSERT_TRUE(gate.WaitUntilEntered());
-    for (const unsigned int command : { 5u, 6u }) {
-        TaMessageDispatcher::PostMessage(TuMake<TaMessageCommand>(command));
-    }
+    TaMessageDispatcher::PostMessage(TuMake<TaMessageCommand>(5u));
+    TaMessageDispatcher::PostMessage(TuMake<TaMessageCommand>(6u));
     Post(0);
     TaMessageDispatcher::PostMessage(TuMake<DerivedMessage>(0));
     Results results{ 7 };
@@ -224,10 +172,7 @@ TEST(TaMessageDispatcherTest, UnsubscribingAllDropsAllThatWaits)
 {
     for (const bool isEverybody : { false, true }) {
         SGate gate;
-        ThreadedHandler handler(u"busy", [&](const TaMessage& message) {
-            gate.Pass();
-            return NumberOf(message) == 2 ? 0LL : 1LL;
-        });
+        ThreadedHandler handler(u"busy", Passing(gate, 1));
         Post(1);
         ASSERT_TRUE(gate.WaitUntilEntered());
         std::jthread sender([&] { EXPECT_TRUE(SendToAll(NumberMessage(2)).empty()); });
@@ -248,18 +193,18 @@ TEST(TaMessageDispatcherTest, APostedTextGoesToItsWindowAndASentOneToSubscribers
         notes.Add(text.GetMessageString().ToUtf8());
         return reinterpret_cast<long long>(text.GetHWND());
     };
-    const LocalHandler window(u"window", note, toNothing);
+    const LocalHandler window(u"window", note, ToNothing);
     const ThreadedHandler subscriber(u"subscriber", note, to(TaMessageString::RTTI));
     const HWND handle = window.GetHWND();
-    const auto number = reinterpret_cast<long long>(handle);
     TaMessageDispatcher::PostMessage(TuMake<TaMessageString>(handle, u"ä\U0001F600"), subscriber);
     TaMessageDispatcher::PostMessage(TuMake<TaMessageString>(handle, CString()));
     TaMessageDispatcher::PostMessage(TuMake<TaMessageString>(nullptr, u"nowhere"));
-    waitForDispatcher();
+    WaitForDispatcher();
     EXPECT_EQ(notes.Take(), "");
     EXPECT_TRUE(TaMessageLoop::HandleWaiting());
     EXPECT_EQ(notes.Take(), "ä\U0001F600  ");
-    EXPECT_EQ(SendToAll(TaMessageString(handle, u"sent")), Results{ number });
+    EXPECT_EQ(SendToAll(TaMessageString(handle, u"sent")),
+        Results{ reinterpret_cast<long long>(handle) });
     EXPECT_EQ(notes.Take(), "sent ");
 }
 
@@ -273,7 +218,7 @@ TEST(TaMessageDispatcherTest, HandlersOfTheSendingThreadRunInTheCallBehindTheirP
         here.Add(std::to_string(NumberOf(message)));
         return NumberOf(message) == 2 ? SendTo(local, 3) : 1LL; // a send in a send
     });
-    const ThreadedHandler remote(u"remote", noting(there));
+    const ThreadedHandler remote(u"remote", Noting(there));
     EXPECT_EQ(local.GetThreadID(), self);
     Post(1);
     EXPECT_EQ(SendTo(local, 2), 1);
@@ -301,7 +246,7 @@ TEST(TaMessageDispatcherTest, WhoLeavesBeforeItIsItsTurnOnTheSendingThreadIsNotR
                 leaves();
                 return 1LL;
             });
-            second.emplace(u"second", answering(2));
+            second.emplace(u"second", Answering(2));
             EXPECT_EQ(SendToAll(NumberMessage(0)), Results{ 1 });
         }
         second.emplace(u"second", [&](const TaMessage& message) { // or in its own turn
@@ -309,7 +254,7 @@ TEST(TaMessageDispatcherTest, WhoLeavesBeforeItIsItsTurnOnTheSendingThreadIsNotR
             leaves();
             return 2LL;
         });
-        const LocalHandler third(u"third", answering(3));
+        const LocalHandler third(u"third", Answering(3));
         TaMessageDispatcher::PostMessage(TuMake<DerivedMessage>(0), *second);
         EXPECT_EQ(SendToAll(NumberMessage(0)), Results{ 3 });
     }
@@ -340,18 +285,18 @@ TEST(TaMessageDispatcherTest, TheDispatchersThreadSendsWithoutWaitingForItself)
             notes.Add("second");
             return 1LL;
         },
-        to(OtherMessage::RTTI));
+        ToOthers);
     const DispatcherHandler first(
         u"first",
         [&](const TaMessage&) {
             EXPECT_EQ(platform::GetCurrentThreadId(), thread);
             // Starts a thread that subscribes, and ends it.
-            const ThreadedHandler passing(u"passing", answering(0));
+            const ThreadedHandler passing(u"passing", Answering(0));
             EXPECT_EQ(TaMessageDispatcher::FindMessageHandler(u"passing"), &passing);
             Post(7);
             return SendTo(remote, 8);
         },
-        toCommand(5));
+        ToCommand(5));
     EXPECT_EQ(SendToAll(TaMessageCommand(5)), Results{ 2 });
     EXPECT_EQ(notes.Take(), "remote7 second remote8 second ");
 }
@@ -361,19 +306,14 @@ TEST(TaMessageDispatcherTest, WakeUpsWithoutAMessageDoNotPutASendBeforeAnEarlier
 {
     Notes notes;
     SGate gate;
-    ThreadedHandler handler(
-        u"handler",
-        [&](const TaMessage& message) {
-            notes.Add(std::to_string(NumberOf(message)));
-            if (NumberOf(message) == 0) {
-                gate.Pass();
-            }
-            return 0LL;
-        },
-        [](TaMessageHandlerBase& self) {
-            self.SubscribeMessage(NumberMessage(0));
-            self.SubscribeMessage(OtherMessage());
-        });
+    ThreadedHandler handler(u"handler", [&](const TaMessage& message) {
+        notes.Add(std::to_string(NumberOf(message)));
+        if (NumberOf(message) == 0) {
+            gate.Pass();
+        }
+        return 0LL;
+    });
+    handler.SubscribeMessage(OtherMessage());
     Post(0);
     ASSERT_TRUE(gate.WaitUntilEntered());
     {
@@ -395,7 +335,7 @@ TEST(TaMessageDispatcherTest, SendsOfTheDispatchersThreadDoNotPutASendBeforeAnEa
 {
     Notes notes;
     SGate gate;
-    const ThreadedHandler handler(u"handler", noting(notes));
+    const ThreadedHandler handler(u"handler", Noting(notes));
     const DispatcherHandler onDispatcher(
         u"onDispatcher",
         [&](const TaMessage&) {
@@ -403,7 +343,7 @@ TEST(TaMessageDispatcherTest, SendsOfTheDispatchersThreadDoNotPutASendBeforeAnEa
             gate.Pass();
             return 0LL;
         },
-        to(OtherMessage::RTTI));
+        ToOthers);
     TaMessageDispatcher::PostMessage(TuMake<OtherMessage>());
     ASSERT_TRUE(gate.WaitUntilEntered());
     const std::jthread sender([&] {
@@ -416,50 +356,38 @@ TEST(TaMessageDispatcherTest, SendsOfTheDispatchersThreadDoNotPutASendBeforeAnEa
     EXPECT_EQ(notes.Take(), "1 2 ");
 }
 
-TEST(TaMessageDispatcherTest, ARingOfTwoThreadsReturnsAndPostsComeBeforeTheSendThatClosesIt)
+TEST(TaMessageDispatcherTest, ARingReturnsHoweverOftenItGoesRoundAndPostsComeBeforeItsSends)
 {
     Notes notes;
-    const LocalHandler a(u"a", noting(notes, "a"));
-    const ThreadedHandler b(u"b", [&](const TaMessage& message) {
-        notes.Add("b" + std::to_string(NumberOf(message)));
-        TaMessageDispatcher::PostMessage(TuMake<NumberMessage>(2), a);
-        SendTo(a, 3);
-        return 7LL;
+    std::optional<LocalHandler> a;
+    std::optional<ThreadedHandler> b;
+    a.emplace(u"a", [&](const TaMessage& message) {
+        EXPECT_EQ(platform::GetCurrentThreadId(), a->GetThreadID());
+        notes.Add("a" + std::to_string(NumberOf(message)));
+        return NumberOf(message) > 0 ? SendTo(*b, NumberOf(message) - 1) + 1 : 0;
     });
-    EXPECT_EQ(SendTo(b, 1), 7);
-    EXPECT_EQ(notes.Take(), "b1 a2 a3 ");
-}
-
-TEST(TaMessageDispatcherTest, ARingOfFiveThreadsReturnsHoweverOftenItGoesRound)
-{
-    std::vector<std::unique_ptr<ThreadedHandler>> ring(5);
-    for (std::size_t i = 0; i < ring.size(); ++i) {
-        ring[i] = std::make_unique<ThreadedHandler>(u"ring", [&ring, i](const TaMessage& message) {
-            EXPECT_EQ(platform::GetCurrentThreadId(), ring[i]->GetThreadID());
-            const int number = NumberOf(message);
-            return number == 0 ? 0 : SendTo(*ring[(i + 1) % ring.size()], number - 1) + 1;
-        });
-    }
-    EXPECT_EQ(SendTo(*ring[0], 23), 23);
+    b.emplace(u"b", [&](const TaMessage& message) {
+        EXPECT_EQ(platform::GetCurrentThreadId(), b->GetThreadID());
+        notes.Add("b" + std::to_string(NumberOf(message)));
+        TaMessageDispatcher::PostMessage(nullptr, *a);
+        TaMessageDispatcher::PostMessage(TuMake<NumberMessage>(-2), *a);
+        return SendTo(*a, NumberOf(message) - 1) + 1;
+    });
+    EXPECT_EQ(SendTo(*b, 5), 5);
+    EXPECT_EQ(notes.Take(), "b5 a-2 a4 b3 a-2 a2 b1 a-2 a0 ");
 }
 
 TEST(TaMessageDispatcherTest, ARingIsClosedThroughAnOuterSendWhileAnInnerOneWaits)
 {
     SGate gate; // that only the ring opens
-    const ThreadedHandler inner(
-        u"inner",
-        [&](const TaMessage&) {
-            gate.Pass();
-            return 1LL;
-        },
-        to(OtherMessage::RTTI));
+    const ThreadedHandler inner(u"inner", Passing(gate, 1), ToOthers);
     const LocalHandler opener(
         u"opener",
         [&](const TaMessage&) {
             gate.go.Set();
             return 2LL;
         },
-        toCommand(5));
+        ToCommand(5));
     const ThreadedHandler closer(u"closer", [&](const TaMessage&) {
         EXPECT_TRUE(gate.WaitUntilEntered());
         return TaMessageDispatcher::SendMessage(TaMessageCommand(5), opener);
@@ -473,13 +401,7 @@ TEST(TaMessageDispatcherTest, AThreadThatWaitsForOthersIsNotMadeToRunWhatIsNotIt
 {
     Notes notes;
     SGate gate;
-    const ThreadedHandler last(
-        u"last",
-        [&](const TaMessage&) {
-            gate.Pass();
-            return 0LL;
-        },
-        to(OtherMessage::RTTI));
+    const ThreadedHandler last(u"last", Passing(gate), ToOthers);
     const ThreadedHandler waiting(u"waiting", [&](const TaMessage& message) {
         notes.Add("begin" + std::to_string(NumberOf(message)));
         SendToAll(OtherMessage());
@@ -502,25 +424,18 @@ std::atomic<unsigned int> s_tracedThread{ 0 };
 void trace(const SMessageTrace& step) noexcept
 {
     static const char* const s_steps[] = { "queued", "delivered", "answered", "dropped" };
-    std::string word = s_steps[step.step];
-    word += step.isSend ? "-sent-" : "-posted-";
-    word += step.handler != nullptr ? step.handler->ToUtf8() : "?";
-    if (step.source.file != nullptr) {
-        word += '-' + CString(step.source.file).ToUtf8() + std::to_string(step.source.line);
-    }
-    if (step.step == SMessageTrace::eS_Delivered) {
-        s_tracedThread = step.threadID;
-    }
     if (CString(step.messageClass) == u"NumberMessage") {
-        s_trace.Add(word);
+        s_trace.Add(s_steps[step.step] + std::string(step.isSend ? "-sent-" : "-posted-")
+            + step.handler->ToUtf8() + '-' + CString(step.source.file).ToUtf8()
+            + std::to_string(step.source.line));
+        s_tracedThread = step.threadID;
     }
 }
 
 TEST(TaMessageDispatcherTest, AHookSeesEveryStepOfAMessageAndWhereItCameFrom)
 {
-    const ThreadedHandler handler(u"h", answering(1));
+    const ThreadedHandler handler(u"h", Answering(1));
     TuList<long long> results;
-    s_trace.Take();
     ASSERT_EQ(TaMessageTrace::SetHook(&trace), nullptr);
     TaMessageDispatcher::SendMessage(u"f", 1, NumberMessage(0));
     TaMessageDispatcher::SendMessage(u"f", 2, NumberMessage(0), results);
@@ -536,13 +451,13 @@ TEST(TaMessageDispatcherTest, AHookSeesEveryStepOfAMessageAndWhereItCameFrom)
     }
     EXPECT_EQ(s_trace.Take(), expected);
     {
-        const LocalHandler local(u"l", answering(1));
+        const LocalHandler local(u"l", Answering(1));
         TaMessageDispatcher::SendMessage(u"f", 8, NumberMessage(0), local);
         EXPECT_NE(s_trace.Take().find("queued-sent-l-f8 delivered-sent-l-f8 "), std::string::npos);
     }
     TaMessageDispatcher::PostMessage(u"f", 4, TuMake<NumberMessage>(0));
     TaMessageDispatcher::PostMessage(u"f", 5, TuMake<NumberMessage>(0), handler);
-    waitForDispatcher();
+    WaitForDispatcher();
     EXPECT_EQ(TaMessageTrace::SetHook(nullptr), &trace);
     const std::string all = s_trace.Take();
     for (const char* const word : { "queued-posted-h-f4 ", "queued-posted-h-f5 " }) {
@@ -553,15 +468,12 @@ TEST(TaMessageDispatcherTest, AHookSeesEveryStepOfAMessageAndWhereItCameFrom)
 TEST(TaMessageDispatcherTest, ItsDumpSaysWhoHasSubscribedWhatWaitsAndWhoWaitsForWhom)
 {
     SGate gate;
-    const ThreadedHandler handler(u"busy", [&](const TaMessage&) {
-        gate.Pass();
-        return 0LL;
-    });
-    const LocalHandler other(u"other", {}, toCommand(5));
+    const ThreadedHandler handler(u"busy", Passing(gate));
+    const LocalHandler other(u"other", {}, ToCommand(5));
     std::jthread sender([] { TaMessageDispatcher::SendMessage(u"file", 12, NumberMessage(0)); });
     ASSERT_TRUE(gate.WaitUntilEntered());
     Post(0);
-    waitForDispatcher();
+    WaitForDispatcher();
     const std::string thread = std::to_string(handler.GetThreadID());
     const std::string dump = DumpOfDispatcher().ToUtf8();
     for (const std::string& part :
