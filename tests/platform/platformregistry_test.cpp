@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <cstring>
 #include <fstream>
+#include <optional>
 #include <random>
 #include <string>
 #include <thread>
@@ -32,6 +33,7 @@ namespace {
 using namespace platform;
 
 using Bytes = std::vector<unsigned char>;
+using Names = std::vector<std::u16string>;
 
 std::u16string wide(const std::string& text) { return { text.begin(), text.end() }; }
 
@@ -41,28 +43,17 @@ bool write(std::u16string_view key, std::u16string_view name, const Bytes& data,
     return WriteRegistry(root, key, name, ERegistryType{ 3 }, data.data(), data.size());
 }
 
-/// The bytes of a value, or the word "none".
-Bytes read(std::u16string_view key, std::u16string_view name, std::size_t maxBytes = 100,
-    ERegistryRoot root = eRo_CurrentUser)
+std::optional<Bytes> read(std::u16string_view key, std::u16string_view name,
+    std::size_t maxBytes = 100, ERegistryRoot root = eRo_CurrentUser)
 {
     Bytes data;
-    return ReadRegistry(root, key, name, maxBytes, data) ? data : Bytes{ 'n', 'o', 'n', 'e' };
+    return ReadRegistry(root, key, name, maxBytes, data) ? std::optional(data) : std::nullopt;
 }
 
-const Bytes kNone{ 'n', 'o', 'n', 'e' };
-
-std::vector<std::u16string> keysOf(std::u16string_view key)
+std::optional<Names> keysOf(std::u16string_view key)
 {
-    std::vector<std::u16string> names;
-    return ListRegistryKeys(eRo_CurrentUser, key, names) ? names
-                                                         : std::vector<std::u16string>{ u"none" };
-}
-
-std::uint32_t readProgress(const std::filesystem::path& path)
-{
-    std::uint32_t number = 0;
-    std::ifstream(path, std::ios::binary).read(reinterpret_cast<char*>(&number), sizeof(number));
-    return number;
+    Names names;
+    return ListRegistryKeys(eRo_CurrentUser, key, names) ? std::optional(names) : std::nullopt;
 }
 
 std::string s_reported;
@@ -88,19 +79,6 @@ protected:
         SetEnvironment("TABASE_REGISTRY_FOLDER", folder.GetPath("").string());
     }
 
-    /// The arguments of a counter at work under the key "other".
-    std::vector<std::string> StartProgress(const std::string& root)
-    {
-        m_folder.WriteAll("progress", std::string(sizeof(std::uint32_t), '\0'));
-        return { "other", m_folder.GetPath("progress").string(), "1", root };
-    }
-    void AwaitProgress()
-    {
-        while (readProgress(m_folder.GetPath("progress")) == 0) {
-            std::this_thread::yield();
-        }
-    }
-
     TemporaryFolder m_folder;
     const std::string m_narrowKey = "TaBaseTest" + std::to_string(std::random_device()());
     const std::u16string m_key = wide(m_narrowKey);
@@ -117,7 +95,7 @@ TEST_F(PlatformRegistryTest, KeepsTheBytesOfAValueAsTheyAre)
             EXPECT_EQ(read(m_key, u"v", data.size()), data); // a buffer of just that size
             EXPECT_EQ(read(m_key, u"v", SIZE_MAX), data);
             if (!data.empty()) {
-                EXPECT_EQ(read(m_key, u"v", data.size() - 1), kNone);
+                EXPECT_EQ(read(m_key, u"v", data.size() - 1), std::nullopt);
             }
         }
     }
@@ -128,8 +106,8 @@ TEST_F(PlatformRegistryTest, KeysAndNamesIgnoreCaseAndKeepTheirFirstSpelling)
     EXPECT_TRUE(write(m_below + u"Größe\\Ёж", u"Wert Ä", { 1 }));
     EXPECT_TRUE(write(m_below + u"GRÖßE\\ёЖ", u"WERT ä", { 2 }));
     EXPECT_EQ(read(m_below + u"größe\\ёж", u"wert ä"), Bytes{ 2 });
-    EXPECT_EQ(keysOf(m_key), std::vector<std::u16string>{ u"Größe" });
-    EXPECT_EQ(keysOf(m_below + u"größe"), std::vector<std::u16string>{ u"Ёж" });
+    EXPECT_EQ(keysOf(m_key), Names{ u"Größe" });
+    EXPECT_EQ(keysOf(m_below + u"größe"), Names{ u"Ёж" });
 
     std::vector<SRegistryValue> values;
     EXPECT_TRUE(write(m_below + u"größe\\ёж", u"", { 3 })); // a name like any other
@@ -146,9 +124,9 @@ TEST_F(PlatformRegistryTest, AKeyIsAPathOfParts)
     EXPECT_TRUE(write(m_below + u"b\\\\c\\", u"v", { 1 }));
     EXPECT_EQ(read(m_below + u"b\\c", u"v"), Bytes{ 1 });
     EXPECT_EQ(read(m_below + u"\\b\\\\\\c\\\\", u"v"), Bytes{ 1 });
-    EXPECT_EQ(read(m_below + u"b", u"v"), kNone);
+    EXPECT_EQ(read(m_below + u"b", u"v"), std::nullopt);
     EXPECT_FALSE(write(u"\\" + m_key, u"v", { 1 }));
-    EXPECT_EQ(read(u"\\" + m_below + u"b\\c", u"v"), kNone);
+    EXPECT_EQ(read(u"\\" + m_below + u"b\\c", u"v"), std::nullopt);
 
     // A zero unit ends what a caller of the system could say.
     EXPECT_EQ(
@@ -160,9 +138,9 @@ TEST_F(PlatformRegistryTest, AKeyIsAPathOfParts)
     EXPECT_FALSE(write(m_key, std::u16string(16384, u'n'), { 1 }));
     for (const int number : { -1, 5, 1000 }) {
         const auto root = static_cast<ERegistryRoot>(number);
-        std::vector<std::u16string> names;
+        Names names;
         EXPECT_FALSE(write(m_key, u"v", { 1 }, root));
-        EXPECT_EQ(read(m_key, u"v", 100, root), kNone);
+        EXPECT_EQ(read(m_key, u"v", 100, root), std::nullopt);
         EXPECT_FALSE(ListRegistryKeys(root, u"", names));
     }
 }
@@ -172,41 +150,27 @@ TEST_F(PlatformRegistryTest, AKeyIsRemovedWithAllBelowItAndNothingElse)
     for (const char16_t* const key : { u"a", u"a\\b\\c", u"A\\d", u"ab", u"a]", u"b\\a" }) {
         EXPECT_TRUE(write(m_below + key, u"v", { 1 }));
     }
-    EXPECT_EQ(keysOf(m_key), (std::vector<std::u16string>{ u"a", u"a]", u"ab", u"b" }));
+    EXPECT_EQ(keysOf(m_key), (Names{ u"a", u"a]", u"ab", u"b" }));
     EXPECT_TRUE(RemoveRegistryKey(eRo_CurrentUser, m_below + u"a"));
     EXPECT_FALSE(RemoveRegistryKey(eRo_CurrentUser, m_below + u"a"));
     EXPECT_FALSE(RemoveRegistryKey(eRo_CurrentUser, u"")); // that would be everything
-    EXPECT_EQ(keysOf(m_key), (std::vector<std::u16string>{ u"a]", u"ab", u"b" }));
-    EXPECT_EQ(keysOf(m_below + u"b"), std::vector<std::u16string>{ u"a" });
-    EXPECT_EQ(read(m_below + u"a\\b\\c", u"v"), kNone);
+    EXPECT_EQ(keysOf(m_key), (Names{ u"a]", u"ab", u"b" }));
+    EXPECT_EQ(keysOf(m_below + u"b"), Names{ u"a" });
+    EXPECT_EQ(read(m_below + u"a\\b\\c", u"v"), std::nullopt);
     EXPECT_EQ(read(m_below + u"a]", u"v"), Bytes{ 1 });
     EXPECT_TRUE(write(m_below + u"a", u"w", { 1 })); // does not bring back what was below
-    EXPECT_EQ(keysOf(m_below + u"a"), std::vector<std::u16string>{});
+    EXPECT_EQ(keysOf(m_below + u"a"), Names{});
 }
 
 TEST_F(PlatformRegistryTest, ReadingCreatesNothing)
 {
     std::vector<SRegistryValue> values;
-    EXPECT_EQ(read(m_below + u"b", u"v"), kNone);
+    EXPECT_EQ(read(m_below + u"b", u"v"), std::nullopt);
     EXPECT_FALSE(ListRegistryValues(eRo_CurrentUser, m_key, values));
     EXPECT_FALSE(RemoveRegistryKey(eRo_CurrentUser, m_key));
-    EXPECT_EQ(keysOf(m_key), std::vector<std::u16string>{ u"none" });
+    EXPECT_EQ(keysOf(m_key), std::nullopt);
     EXPECT_EQ(m_folder.CountFiles(), 0);
     EXPECT_TRUE(ListRegistryValues(eRo_CurrentUser, u"", values)); // the root is there
-}
-
-TEST_F(PlatformRegistryTest, ThreadsUseItAtOnce)
-{
-    constexpr unsigned char kRounds = 25;
-    std::vector<std::jthread> threads;
-    for (const std::u16string name : { u"one", u"two", u"three" }) {
-        threads.emplace_back([this, name] {
-            for (unsigned char i = 0; i < kRounds; ++i) {
-                EXPECT_TRUE(write(m_below + name, u"v", Bytes(i, i)));
-                EXPECT_EQ(read(m_below + name, u"v"), Bytes(i, i));
-            }
-        });
-    }
 }
 
 // Several processes.
@@ -226,12 +190,21 @@ int writeValues(const std::vector<std::string>& arguments)
 }
 const bool kHasWriter = AddChildRole("registry-writer", writeValues);
 
-TEST_F(PlatformRegistryTest, ProcessesWriteAtOnceAndLoseNothing)
+TEST_F(PlatformRegistryTest, ProcessesAndThreadsWriteAtOnceAndLoseNothing)
 {
     constexpr unsigned char kCount = 60;
     // The first write of each makes the file, too.
     ChildProcess first("registry-writer", { m_narrowKey, "a", std::to_string(kCount) });
     ChildProcess second("registry-writer", { m_narrowKey, "b", std::to_string(kCount) });
+    std::vector<std::jthread> threads;
+    for (const std::u16string name : { u"one", u"two", u"three" }) {
+        threads.emplace_back([this, name] {
+            for (unsigned char i = 0; i < 25; ++i) {
+                EXPECT_TRUE(write(m_below + name, u"v", Bytes(i, i)));
+                EXPECT_EQ(read(m_below + name, u"v"), Bytes(i, i));
+            }
+        });
+    }
     EXPECT_EQ(first.Wait(), 0);
     EXPECT_EQ(second.Wait(), 0);
     for (unsigned char i = 0; i < kCount; ++i) {
@@ -265,35 +238,71 @@ int count(const std::vector<std::string>& arguments)
 }
 const bool kHasCounter = AddChildRole("registry-counter", count);
 
-TEST_F(PlatformRegistryTest, AWriterThatIsKilledLeavesTheLastValueItWroteOrTheNext)
+/// A process that writes numbers into a value, one after the other, until it is killed.
+class Counter
 {
-    constexpr int kKills = 200;
-    auto random = MakeTestRandom();
-    const std::filesystem::path progress = m_folder.GetPath("progress");
-    m_folder.WriteAll("progress", std::string(sizeof(std::uint32_t), '\0'));
-    ASSERT_TRUE(write(m_key, u"v", Bytes(sizeof(std::uint32_t), 0)));
-    for (int i = 0; i < kKills; ++i) {
-        const std::uint32_t before = readProgress(progress);
-        ChildProcess child("registry-counter",
-            { m_narrowKey, progress.string(), std::to_string(before + 1), "1" });
-        // Now and then while it starts, mostly while it writes.
+public:
+    Counter(const TemporaryFolder& folder, const std::string& key, const char* root = "1",
+        std::uint32_t before = 0)
+        : m_progress(folder.GetPath("progress"))
+        , m_before(writeProgress(before))
+        , m_process(
+              "registry-counter", { key, m_progress.string(), std::to_string(before + 1), root })
+    {
+    }
+
+    /// The latest number of which it is sure.
+    std::uint32_t GetWritten() const
+    {
+        std::uint32_t number = 0;
+        std::ifstream(m_progress, std::ios::binary)
+            .read(reinterpret_cast<char*>(&number), sizeof(number));
+        return number;
+    }
+    /// False where it has not begun to write in time.
+    bool AwaitProgress() const
+    {
         const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-        while (i % 4 != 0 && readProgress(progress) == before
-            && std::chrono::steady_clock::now() < limit) {
+        while (GetWritten() == m_before && std::chrono::steady_clock::now() < limit) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
-        std::this_thread::sleep_for(std::chrono::microseconds(random() % 8000));
-        child.Kill();
+        return GetWritten() != m_before;
+    }
+    void Kill() { m_process.Kill(); }
 
-        const std::uint32_t written = readProgress(progress);
-        const Bytes found = read(m_key, u"v", 10'000);
+private:
+    std::uint32_t writeProgress(std::uint32_t number) const
+    {
+        std::ofstream(m_progress, std::ios::binary)
+            .write(reinterpret_cast<const char*>(&number), sizeof(number));
+        return number;
+    }
+
+    std::filesystem::path m_progress;
+    std::uint32_t m_before;
+    ChildProcess m_process;
+};
+
+TEST_F(PlatformRegistryTest, AWriterThatIsKilledLeavesTheLastValueItWroteOrTheNext)
+{
+    auto random = MakeTestRandom();
+    std::uint32_t written = 0;
+    ASSERT_TRUE(write(m_key, u"v", Bytes(sizeof(written), 0)));
+    for (int i = 0; i < 200; ++i) {
+        Counter counter(m_folder, m_narrowKey, "1", written);
+        // Now and then while it starts, mostly while it writes.
+        ASSERT_TRUE(i % 4 == 0 || counter.AwaitProgress());
+        std::this_thread::sleep_for(std::chrono::microseconds(random() % 8000));
+        counter.Kill();
+
+        written = counter.GetWritten();
+        const Bytes found = read(m_key, u"v", 10'000).value_or(Bytes());
         const auto is = [&](std::uint32_t number) {
             const std::vector<std::uint32_t> value = valueOf(number);
             return found.size() == value.size() * sizeof(number)
                 && std::memcmp(found.data(), value.data(), found.size()) == 0;
         };
         ASSERT_TRUE(is(written) || is(written + 1)) << "kill " << i << " at " << written;
-        ASSERT_TRUE(i % 4 == 0 || written > before);
     }
     EXPECT_EQ(s_reported, "");
 }
@@ -310,8 +319,8 @@ void settle()
     const char* const former = getenv("TABASE_REGISTRY_FOLDER");
     const std::string folder = former;
     SetEnvironment("TABASE_REGISTRY_FOLDER", "/nowhere");
-    EXPECT_EQ(read(u"k", u"v"), kNone);
-    EXPECT_EQ(read(u"k", u"v", 100, eRo_LocalMachine), kNone);
+    EXPECT_EQ(read(u"k", u"v"), std::nullopt);
+    EXPECT_EQ(read(u"k", u"v", 100, eRo_LocalMachine), std::nullopt);
     SetEnvironment("TABASE_REGISTRY_FOLDER", folder);
 }
 
@@ -359,8 +368,8 @@ TEST_F(PlatformRegistryTest, FollowsTheFileAtItsPlace)
     // Values in the journal, which another process keeps there.
     UseFolder(m_folder);
     ASSERT_TRUE(write(u"k", u"old", { 1 }));
-    ChildProcess holder("registry-counter", StartProgress("1"));
-    AwaitProgress();
+    Counter holder(m_folder, "other");
+    ASSERT_TRUE(holder.AwaitProgress());
     const TemporaryFolder third;
     UseFolder(third);
     EXPECT_TRUE(write(u"k", u"v", { 1 })); // leaves those of the other folder alone
@@ -368,14 +377,14 @@ TEST_F(PlatformRegistryTest, FollowsTheFileAtItsPlace)
     ASSERT_EQ(read(u"k", u"old"), Bytes{ 1 });
     std::filesystem::rename(other.GetPath(kUserFile), m_folder.GetPath(kUserFile));
     EXPECT_EQ(read(u"k", u"new", 3000), Bytes(3000, 2));
-    EXPECT_EQ(read(u"k", u"old"), kNone);
+    EXPECT_EQ(read(u"k", u"old"), std::nullopt);
     EXPECT_TRUE(write(u"k", u"newer", { 3 }));
     holder.Kill();
     settle();
     EXPECT_EQ(read(u"k", u"newer"), Bytes{ 3 });
 
     std::filesystem::remove(m_folder.GetPath(kUserFile));
-    EXPECT_EQ(read(u"k", u"new"), kNone);
+    EXPECT_EQ(read(u"k", u"new"), std::nullopt);
     EXPECT_FALSE(std::filesystem::exists(m_folder.GetPath(kUserFile)));
     EXPECT_TRUE(write(u"k", u"newest", { 4 }));
     EXPECT_EQ(read(u"k", u"newest"), Bytes{ 4 });
@@ -401,7 +410,7 @@ TEST_F(PlatformRegistryTest, WhatCannotBeReadIsSetAsideAndTold)
         m_folder.WriteAll(kUserFile, content);
         const std::string aside = "user.registry.unreadable-" + std::to_string(++number);
         if (number % 2 == 0) {
-            EXPECT_EQ(read(u"ka", u"v"), kNone);
+            EXPECT_EQ(read(u"ka", u"v"), std::nullopt);
         }
         EXPECT_TRUE(write(u"k", u"v", { 1 }));
         EXPECT_EQ(read(u"k", u"v"), Bytes{ 1 });
@@ -434,13 +443,13 @@ TEST_F(PlatformRegistryTest, WhatCannotBeReadIsSetAsideAndTold)
     EXPECT_FALSE(write(u"k", u"v", { 1 }));
     EXPECT_NE(s_reported.find("later version"), s_reported.npos) << s_reported;
     s_reported.clear();
-    EXPECT_EQ(read(u"ka", u"v"), kNone);
-    EXPECT_EQ(keysOf(u""), std::vector<std::u16string>{ u"none" }); // it was an empty list
+    EXPECT_EQ(read(u"ka", u"v"), std::nullopt);
+    EXPECT_EQ(keysOf(u""), std::nullopt); // it was an empty list
     EXPECT_EQ(s_reported, ""); // once is enough
     EXPECT_EQ(m_folder.ReadAll(kUserFile), newer);
 
     m_folder.WriteAll(kUserFile, ""); // and an empty file is a new one
-    EXPECT_EQ(read(u"k", u"v"), kNone);
+    EXPECT_EQ(read(u"k", u"v"), std::nullopt);
     EXPECT_TRUE(write(u"k", u"v", { 1 }));
 }
 
@@ -455,7 +464,7 @@ TEST_F(PlatformRegistryTest, AFullDiskRefusesAndChangesNothing)
         isGood &= !write(u"k", u"v", Bytes(500'000, 3));
         isGood &= read(u"k", u"v") == Bytes{ 2 };
         isGood &= !write(u"new", u"v", Bytes(500'000, 3));
-        isGood &= keysOf(u"") == std::vector<std::u16string>{ u"k" };
+        isGood &= keysOf(u"") == Names{ u"k" };
         return isGood && write(u"k", u"small", { 4 }); // there is room for that
     }));
     EXPECT_EQ(read(u"k", u"v"), Bytes{ 2 });
@@ -465,24 +474,27 @@ TEST_F(PlatformRegistryTest, AFullDiskRefusesAndChangesNothing)
 
 TEST_F(PlatformRegistryTest, WhoMayNotWriteMayRead)
 {
+    using std::filesystem::permissions;
+    using std::filesystem::perms;
+    const std::filesystem::path folder = m_folder.GetPath("");
     ASSERT_TRUE(write(u"k", u"v", { 1 }, eRo_LocalMachine));
-    std::filesystem::permissions(m_folder.GetPath(""), std::filesystem::perms(0755));
-    const auto asOrdinaryUser = [] {
-        return BecomeOrdinaryUser() && read(u"k", u"v", 100, eRo_LocalMachine) == Bytes{ 1 }
-        && !write(u"k", u"v", { 2 }, eRo_LocalMachine) && !write(u"k", u"v", { 2 });
+    const auto reads = [] {
+        return BecomeOrdinaryUser() && read(u"k", u"v", 100, eRo_LocalMachine) == Bytes{ 1 };
     };
-    if (geteuid() != 0) {
-        std::filesystem::permissions(m_folder.GetPath(""), std::filesystem::perms(0555));
-        std::filesystem::permissions(
-            m_folder.GetPath("machine.registry"), std::filesystem::perms(0444));
-    }
-    EXPECT_TRUE(inChild(asOrdinaryUser)); // nobody has it open
+    const auto readsOnly = [reads] {
+        return reads() && !write(u"k", u"v", { 2 }, eRo_LocalMachine) && !write(u"k", u"v", { 2 });
+    };
+    permissions(folder, perms(0711)); // others may pass through it only, and cannot lock it
+    EXPECT_TRUE(inChild(reads));
+    permissions(folder, perms(geteuid() == 0 ? 0755 : 0555));
+    permissions(m_folder.GetPath("machine.registry"), perms(geteuid() == 0 ? 0644 : 0444));
+    EXPECT_TRUE(inChild(readsOnly)); // nobody has it open
     EXPECT_EQ(read(u"k", u"v", 100, eRo_LocalMachine), Bytes{ 1 });
-    ChildProcess holder("registry-counter", StartProgress("2"));
-    AwaitProgress();
-    EXPECT_TRUE(inChild(asOrdinaryUser)); // somebody writes it
+    Counter holder(m_folder, "other", "2");
+    ASSERT_TRUE(holder.AwaitProgress());
+    EXPECT_TRUE(inChild(readsOnly)); // somebody writes it
     holder.Kill();
-    std::filesystem::permissions(m_folder.GetPath(""), std::filesystem::perms(0755));
+    permissions(folder, perms(0755));
     EXPECT_EQ(s_reported, "");
 }
 
@@ -500,17 +512,6 @@ TEST_F(PlatformRegistryTest, FilesHaveTheirRightsWhateverIsUsual)
         EXPECT_EQ(rightsOf(std::string("user.registry") + beside), std::filesystem::perms(0600));
         EXPECT_EQ(rightsOf(std::string("machine.registry") + beside), std::filesystem::perms(0644));
     }
-}
-
-TEST_F(PlatformRegistryTest, WhoMayNotLockTheFolderMayReadWhatIsNotHis)
-{
-    ASSERT_TRUE(write(u"k", u"v", { 1 }, eRo_LocalMachine));
-    // A folder that others may pass through only, and whose lock they cannot take.
-    std::filesystem::permissions(m_folder.GetPath(""), std::filesystem::perms(0711));
-    EXPECT_TRUE(inChild([] {
-        return BecomeOrdinaryUser() && read(u"k", u"v", 100, eRo_LocalMachine) == Bytes{ 1 };
-    }));
-    std::filesystem::permissions(m_folder.GetPath(""), std::filesystem::perms(0755));
 }
 
 TEST_F(PlatformRegistryTest, AProgramThatEndsLeavesAllInTheFileAlone)

@@ -13,14 +13,23 @@
 #include <atomic>
 #include <cstdlib>
 #include <thread>
-#include <vector>
 
 namespace {
 
-using platform::Event;
 using platform::Thread;
 
 constexpr unsigned int kPatienceMs = 60'000; // spent in full only by a failing test
+
+bool start(Thread& thread, unsigned int (*procedure)(void*), void* argument)
+{
+    return thread.Create(procedure, argument, u"test") && thread.Resume();
+}
+
+/// False where it does not end.
+bool awaitEnd(const Thread& thread)
+{
+    return thread.WaitForEnd(kPatienceMs) == platform::eW_Signaled;
+}
 
 unsigned int answer(void* number) { return *static_cast<unsigned int*>(number); }
 
@@ -51,47 +60,38 @@ struct SCounter
 TEST(PlatformThreadTest, EndsWithTheExitCodeOfItsProcedure)
 {
     for (unsigned int code : { 0u, 7u, Thread::kActive }) {
-        Thread thread;
-        ASSERT_TRUE(thread.Create(answer, &code, u"thread with a na\u00efve name"));
-        EXPECT_TRUE(thread.IsActive());
-        EXPECT_EQ(thread.GetExitCode(), Thread::kActive);
-        EXPECT_EQ(thread.WaitForEnd(0), platform::eW_TimedOut); // it has not been resumed
-        EXPECT_NE(thread.GetId(), platform::GetCurrentThreadId());
-        EXPECT_NE(thread.GetNativeHandle(), nullptr);
-        const Thread moved = std::move(thread);
-        EXPECT_FALSE(thread.IsOpen()); // NOLINT(bugprone-use-after-move): empty after a move
-        ASSERT_TRUE(const_cast<Thread&>(moved).Resume());
-        ASSERT_EQ(moved.WaitForEnd(kPatienceMs), platform::eW_Signaled);
-        EXPECT_EQ(moved.GetExitCode(), code == Thread::kActive ? 1u : code);
-        EXPECT_FALSE(const_cast<Thread&>(moved).Suspend());
-        EXPECT_FALSE(const_cast<Thread&>(moved).Kill(1));
+        Thread former;
+        ASSERT_TRUE(former.Create(answer, &code, u"thread with a na\u00efve name"));
+        EXPECT_TRUE(former.IsActive());
+        EXPECT_EQ(former.GetExitCode(), Thread::kActive);
+        EXPECT_EQ(former.WaitForEnd(0), platform::eW_TimedOut); // it has not been resumed
+        EXPECT_NE(former.GetNativeHandle(), nullptr);
+        Thread thread = std::move(former);
+        EXPECT_FALSE(former.IsOpen()); // NOLINT(bugprone-use-after-move): empty after a move
+        ASSERT_TRUE(thread.Resume());
+        ASSERT_TRUE(awaitEnd(thread));
+        EXPECT_EQ(thread.GetExitCode(), code == Thread::kActive ? 1u : code);
+        EXPECT_FALSE(thread.Suspend());
+        EXPECT_FALSE(thread.Kill(1));
     }
 }
 
 TEST(PlatformThreadTest, KnowsItselfAndDoesNotWaitForItself)
 {
-    struct SSelf
-    {
-        Thread thread;
-        bool isCurrent = false;
-        std::uint32_t id = 0;
-        platform::EWait wait = platform::eW_Failed;
-    } self;
-    ASSERT_TRUE(self.thread.Create(
+    Thread self;
+    ASSERT_TRUE(start(
+        self,
         [](void* argument) {
-            auto& here = *static_cast<SSelf*>(argument);
-            here.isCurrent = here.thread.IsCurrent();
-            here.id = platform::GetCurrentThreadId();
-            here.wait = here.thread.WaitForEnd(platform::kWaitForever);
+            auto& here = *static_cast<Thread*>(argument);
+            EXPECT_TRUE(here.IsCurrent());
+            EXPECT_EQ(here.GetId(), platform::GetCurrentThreadId());
+            EXPECT_EQ(here.WaitForEnd(platform::kWaitForever), platform::eW_TimedOut);
             return 0u;
         },
-        &self, u"self"));
-    EXPECT_FALSE(self.thread.IsCurrent());
-    ASSERT_TRUE(self.thread.Resume());
-    ASSERT_EQ(self.thread.WaitForEnd(kPatienceMs), platform::eW_Signaled);
-    EXPECT_TRUE(self.isCurrent);
-    EXPECT_EQ(self.id, self.thread.GetId());
-    EXPECT_EQ(self.wait, platform::eW_TimedOut);
+        &self));
+    EXPECT_FALSE(self.IsCurrent());
+    EXPECT_NE(self.GetId(), platform::GetCurrentThreadId());
+    ASSERT_TRUE(awaitEnd(self));
 }
 
 TEST(PlatformThreadTest, HasEndedOnlyWhenItsOwnObjectsAreDestroyed)
@@ -107,14 +107,14 @@ TEST(PlatformThreadTest, HasEndedOnlyWhenItsOwnObjectsAreDestroyed)
         }
     };
     Thread thread;
-    ASSERT_TRUE(thread.Create(
+    ASSERT_TRUE(start(
+        thread,
         [](void*) {
             static thread_local const SOfThread object;
             return static_cast<unsigned int>(s_alive);
         },
-        nullptr, u"objects"));
-    ASSERT_TRUE(thread.Resume());
-    ASSERT_EQ(thread.WaitForEnd(kPatienceMs), platform::eW_Signaled);
+        nullptr));
+    ASSERT_TRUE(awaitEnd(thread));
     EXPECT_EQ(thread.GetExitCode(), 1u);
     EXPECT_EQ(s_alive, 0);
 }
@@ -145,7 +145,7 @@ TEST(PlatformThreadTest, ASuspendedThreadStandsStillUntilItIsResumed)
     }
     counter.WaitForProgress();
     counter.stop = true;
-    ASSERT_EQ(thread.WaitForEnd(kPatienceMs), platform::eW_Signaled);
+    ASSERT_TRUE(awaitEnd(thread));
 }
 
 TEST(PlatformThreadTest, AThreadThatSuspendsItselfGoesOnWhenAnotherResumesIt)
@@ -155,19 +155,20 @@ TEST(PlatformThreadTest, AThreadThatSuspendsItselfGoesOnWhenAnotherResumesIt)
         Thread thread;
         std::atomic<bool> awake = false;
     } sleeper;
-    ASSERT_TRUE(sleeper.thread.Create(
+    ASSERT_TRUE(start(
+        sleeper.thread,
         [](void* argument) {
             auto& here = *static_cast<SSleeper*>(argument);
             const bool suspended = here.thread.Suspend();
             here.awake = true;
             return suspended ? 5u : 6u;
         },
-        &sleeper, u"sleeper"));
+        &sleeper));
     while (!sleeper.awake) {
         ASSERT_TRUE(sleeper.thread.Resume() || sleeper.awake);
         std::this_thread::yield();
     }
-    ASSERT_EQ(sleeper.thread.WaitForEnd(kPatienceMs), platform::eW_Signaled);
+    ASSERT_TRUE(awaitEnd(sleeper.thread));
     EXPECT_EQ(sleeper.thread.GetExitCode(), 5u);
 }
 
@@ -181,21 +182,12 @@ TEST(PlatformThreadTest, AThreadIsKilledWhereverItIs)
         EXPECT_EQ(thread.WaitForEnd(0), platform::eW_Signaled);
         EXPECT_FALSE(thread.Resume());
     };
-    {
-        SCounter counter; // it runs
+    for (const bool isSuspended : { false, true }) {
+        SCounter counter;
         Thread thread;
-        ASSERT_TRUE(thread.Create(SCounter::Run, &counter, u"runs"));
-        ASSERT_TRUE(thread.Resume());
+        ASSERT_TRUE(start(thread, SCounter::Run, &counter));
         counter.WaitForProgress();
-        kill(thread);
-    }
-    {
-        SCounter counter; // it is suspended
-        Thread thread;
-        ASSERT_TRUE(thread.Create(SCounter::Run, &counter, u"stands"));
-        ASSERT_TRUE(thread.Resume());
-        counter.WaitForProgress();
-        ASSERT_TRUE(thread.Suspend());
+        ASSERT_TRUE(!isSuspended || thread.Suspend());
         kill(thread);
     }
     for (int round = 0; round < 200; ++round) { // it has not run yet
@@ -204,22 +196,6 @@ TEST(PlatformThreadTest, AThreadIsKilledWhereverItIs)
         ASSERT_TRUE(thread.Create(answer, &code, u"new"));
         kill(thread);
     }
-}
-
-TEST(PlatformThreadTest, AThousandThreadsStartAndEnd)
-{
-    std::atomic<unsigned int> count = 0;
-    std::vector<Thread> threads(1'000);
-    for (Thread& thread : threads) {
-        ASSERT_TRUE(thread.Create(
-            [](void* argument) { return ++*static_cast<std::atomic<unsigned int>*>(argument) * 0; },
-            &count, u"one of many"));
-        ASSERT_TRUE(thread.Resume());
-    }
-    for (const Thread& thread : threads) {
-        ASSERT_EQ(thread.WaitForEnd(kPatienceMs), platform::eW_Signaled);
-    }
-    EXPECT_EQ(count, 1'000u);
 }
 
 TEST(PlatformThreadTest, PrioritiesGoDownTheLadder)
@@ -241,7 +217,7 @@ TEST(PlatformThreadTest, PrioritiesGoDownTheLadder)
     EXPECT_EQ(thread.GetPriority(), -15);
     counter.stop = true;
     ASSERT_TRUE(thread.Resume());
-    ASSERT_EQ(thread.WaitForEnd(kPatienceMs), platform::eW_Signaled);
+    ASSERT_TRUE(awaitEnd(thread));
 }
 
 #if !defined(_WIN32)
@@ -256,7 +232,7 @@ TEST(PlatformThreadTest, DebuggersShowTheStartOfItsName)
         },
         name, u"fourteen bytes\u00e4")); // the last character would be cut in two
     ASSERT_TRUE(thread.Resume());
-    ASSERT_EQ(thread.WaitForEnd(kPatienceMs), platform::eW_Signaled);
+    ASSERT_TRUE(awaitEnd(thread));
     EXPECT_STREQ(name, "fourteen bytes");
 }
 
