@@ -79,7 +79,22 @@ protected:
         SetEnvironment("TABASE_REGISTRY_FOLDER", folder.GetPath("").string());
     }
 
+    /// How many numbers the counters below have written for sure.
+    std::uint32_t CountWritten() const
+    {
+        return static_cast<std::uint32_t>(m_folder.ReadAll("progress").size());
+    }
+    bool AwaitProgress(std::uint32_t before = 0) const
+    {
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        while (CountWritten() == before && std::chrono::steady_clock::now() < limit) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        return CountWritten() != before;
+    }
+
     TemporaryFolder m_folder;
+    const std::string m_progress = m_folder.GetPath("progress").string();
     const std::string m_narrowKey = "TaBaseTest" + std::to_string(std::random_device()());
     const std::u16string m_key = wide(m_narrowKey);
     const std::u16string m_below = m_key + u"\\";
@@ -220,82 +235,37 @@ std::vector<std::uint32_t> valueOf(std::uint32_t number)
     return std::vector<std::uint32_t>(number % 300 + 1, number);
 }
 
-/// Arguments: key, file for the latest number that is written, first number, root. Goes on until
-/// killed.
+/// Writes numbers into a value, one after the other, until it is killed. Arguments: key, file that
+/// has a byte for each number that is written, root.
 int count(const std::vector<std::string>& arguments)
 {
-    const auto root = static_cast<ERegistryRoot>(std::stoi(arguments[3]));
-    std::fstream progress(arguments[1], std::ios::binary | std::ios::in | std::ios::out);
-    for (auto number = static_cast<std::uint32_t>(std::stoul(arguments[2])); progress; ++number) {
-        const std::vector<std::uint32_t> value = valueOf(number);
+    const auto root = static_cast<ERegistryRoot>(std::stoi(arguments[2]));
+    std::ofstream progress(arguments[1], std::ios::binary | std::ios::app);
+    for (auto number = std::filesystem::file_size(arguments[1]) + 1; progress; ++number) {
+        const std::vector<std::uint32_t> value = valueOf(static_cast<std::uint32_t>(number));
         if (!WriteRegistry(root, wide(arguments[0]), u"v", ERegistryType{ 3 }, value.data(),
-                value.size() * sizeof(number))) {
+                value.size() * sizeof(value[0]))) {
             return 1;
         }
-        progress.seekp(0).write(reinterpret_cast<const char*>(&number), sizeof(number)).flush();
+        progress.put('.').flush();
     }
     return 1;
 }
 const bool kHasCounter = AddChildRole("registry-counter", count);
 
-/// A process that writes numbers into a value, one after the other, until it is killed.
-class Counter
-{
-public:
-    Counter(const TemporaryFolder& folder, const std::string& key, const char* root = "1",
-        std::uint32_t before = 0)
-        : m_progress(folder.GetPath("progress"))
-        , m_before(writeProgress(before))
-        , m_process(
-              "registry-counter", { key, m_progress.string(), std::to_string(before + 1), root })
-    {
-    }
-
-    /// The latest number of which it is sure.
-    std::uint32_t GetWritten() const
-    {
-        std::uint32_t number = 0;
-        std::ifstream(m_progress, std::ios::binary)
-            .read(reinterpret_cast<char*>(&number), sizeof(number));
-        return number;
-    }
-    /// False where it has not begun to write in time.
-    bool AwaitProgress() const
-    {
-        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-        while (GetWritten() == m_before && std::chrono::steady_clock::now() < limit) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-        return GetWritten() != m_before;
-    }
-    void Kill() { m_process.Kill(); }
-
-private:
-    std::uint32_t writeProgress(std::uint32_t number) const
-    {
-        std::ofstream(m_progress, std::ios::binary)
-            .write(reinterpret_cast<const char*>(&number), sizeof(number));
-        return number;
-    }
-
-    std::filesystem::path m_progress;
-    std::uint32_t m_before;
-    ChildProcess m_process;
-};
-
 TEST_F(PlatformRegistryTest, AWriterThatIsKilledLeavesTheLastValueItWroteOrTheNext)
 {
     auto random = MakeTestRandom();
-    std::uint32_t written = 0;
-    ASSERT_TRUE(write(m_key, u"v", Bytes(sizeof(written), 0)));
+    ASSERT_TRUE(write(m_key, u"v", Bytes(sizeof(std::uint32_t), 0)));
     for (int i = 0; i < 200; ++i) {
-        Counter counter(m_folder, m_narrowKey, "1", written);
+        const std::uint32_t before = CountWritten();
+        ChildProcess counter("registry-counter", { m_narrowKey, m_progress, "1" });
         // Now and then while it starts, mostly while it writes.
-        ASSERT_TRUE(i % 4 == 0 || counter.AwaitProgress());
+        ASSERT_TRUE(i % 4 == 0 || AwaitProgress(before));
         std::this_thread::sleep_for(std::chrono::microseconds(random() % 8000));
         counter.Kill();
 
-        written = counter.GetWritten();
+        const std::uint32_t written = CountWritten();
         const Bytes found = read(m_key, u"v", 10'000).value_or(Bytes());
         const auto is = [&](std::uint32_t number) {
             const std::vector<std::uint32_t> value = valueOf(number);
@@ -316,8 +286,7 @@ constexpr char kUserFile[] = "user.registry";
 /// Closes the files, so that all of their content is in them alone.
 void settle()
 {
-    const char* const former = getenv("TABASE_REGISTRY_FOLDER");
-    const std::string folder = former;
+    const std::string folder = getenv("TABASE_REGISTRY_FOLDER");
     SetEnvironment("TABASE_REGISTRY_FOLDER", "/nowhere");
     EXPECT_EQ(read(u"k", u"v"), std::nullopt);
     EXPECT_EQ(read(u"k", u"v", 100, eRo_LocalMachine), std::nullopt);
@@ -342,9 +311,9 @@ TEST_F(PlatformRegistryTest, RootsAreTreesByThemselvesInTwoFiles)
     const std::vector<ERegistryRoot> roots{ eRo_ClassesRoot, eRo_CurrentUser, eRo_LocalMachine,
         eRo_Users, eRo_CurrentConfig };
     for (const ERegistryRoot root : roots) {
+        const bool isOfUser = root == eRo_CurrentUser || root == eRo_Users;
         EXPECT_TRUE(write(u"k", u"v", { static_cast<unsigned char>(root) }, root));
-        EXPECT_TRUE(std::filesystem::exists(m_folder.GetPath(
-            root == eRo_CurrentUser || root == eRo_Users ? kUserFile : "machine.registry")));
+        EXPECT_NE(m_folder.ReadAll(isOfUser ? kUserFile : "machine.registry"), "");
     }
     for (const ERegistryRoot root : roots) {
         EXPECT_EQ(read(u"k", u"v", 100, root), Bytes{ static_cast<unsigned char>(root) });
@@ -355,7 +324,7 @@ TEST_F(PlatformRegistryTest, RootsAreTreesByThemselvesInTwoFiles)
     SetEnvironment("TABASE_REGISTRY_FOLDER", "");
     SetEnvironment("XDG_CONFIG_HOME", m_folder.GetPath("made/above").string());
     EXPECT_TRUE(write(u"k", u"v", { 9 }));
-    EXPECT_TRUE(std::filesystem::exists(m_folder.GetPath("made/above/tabase/user.registry")));
+    EXPECT_NE(m_folder.ReadAll("made/above/tabase/user.registry"), "");
 }
 
 TEST_F(PlatformRegistryTest, FollowsTheFileAtItsPlace)
@@ -368,8 +337,8 @@ TEST_F(PlatformRegistryTest, FollowsTheFileAtItsPlace)
     // Values in the journal, which another process keeps there.
     UseFolder(m_folder);
     ASSERT_TRUE(write(u"k", u"old", { 1 }));
-    Counter holder(m_folder, "other");
-    ASSERT_TRUE(holder.AwaitProgress());
+    ChildProcess holder("registry-counter", { "other", m_progress, "1" });
+    ASSERT_TRUE(AwaitProgress());
     const TemporaryFolder third;
     UseFolder(third);
     EXPECT_TRUE(write(u"k", u"v", { 1 })); // leaves those of the other folder alone
@@ -490,8 +459,8 @@ TEST_F(PlatformRegistryTest, WhoMayNotWriteMayRead)
     permissions(m_folder.GetPath("machine.registry"), perms(geteuid() == 0 ? 0644 : 0444));
     EXPECT_TRUE(inChild(readsOnly)); // nobody has it open
     EXPECT_EQ(read(u"k", u"v", 100, eRo_LocalMachine), Bytes{ 1 });
-    Counter holder(m_folder, "other", "2");
-    ASSERT_TRUE(holder.AwaitProgress());
+    ChildProcess holder("registry-counter", { "other", m_progress, "2" });
+    ASSERT_TRUE(AwaitProgress());
     EXPECT_TRUE(inChild(readsOnly)); // somebody writes it
     holder.Kill();
     permissions(folder, perms(0755));

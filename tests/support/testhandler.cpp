@@ -10,6 +10,21 @@ TU_DEFINE_RTTI(NumberMessage, TaMessage, nullptr, nullptr);
 TU_DEFINE_RTTI(DerivedMessage, NumberMessage, nullptr, nullptr);
 TU_DEFINE_RTTI(OtherMessage, TaMessage, nullptr, nullptr);
 
+namespace {
+
+/// False where that does not come in time.
+template <class Predicate> bool waitUntil(Predicate isSo)
+{
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point end = Clock::now() + std::chrono::milliseconds(kPatienceMs);
+    while (!isSo() && Clock::now() < end) {
+        std::this_thread::yield();
+    }
+    return isSo();
+}
+
+} // namespace
+
 int NumberOf(const TaMessage& message)
 {
     const auto* const number = dynamic_cast<const NumberMessage*>(&message);
@@ -19,23 +34,25 @@ int NumberOf(const TaMessage& message)
 void Notes::Add(const std::string& word)
 {
     const std::lock_guard guard(m_lock);
-    m_text += word + ' ';
-    ++m_count;
-    m_added.notify_all();
+    m_words.push_back(word);
 }
 
 bool Notes::WaitFor(std::size_t count)
 {
-    std::unique_lock guard(m_lock);
-    return m_added.wait_for(
-        guard, std::chrono::milliseconds(kPatienceMs), [&] { return m_count >= count; });
+    return waitUntil([&] {
+        const std::lock_guard guard(m_lock);
+        return m_words.size() >= count;
+    });
 }
 
 std::string Notes::Take()
 {
     const std::lock_guard guard(m_lock);
-    m_count = 0;
-    return std::exchange(m_text, {});
+    std::string text;
+    for (const std::string& word : std::exchange(m_words, {})) {
+        text += word + ' ';
+    }
+    return text;
 }
 
 Handle Answering(long long result)
@@ -93,14 +110,7 @@ CString DumpOfDispatcher()
 
 bool WaitForDump(const CString& part)
 {
-    using Clock = std::chrono::steady_clock;
-    const Clock::time_point end = Clock::now() + std::chrono::milliseconds(kPatienceMs);
-    while (DumpOfDispatcher().Find(part) == CString::npos) {
-        if (Clock::now() > end) {
-            ADD_FAILURE() << DumpOfDispatcher().ToUtf8();
-            return false;
-        }
-        std::this_thread::yield();
-    }
-    return true;
+    const bool isThere = waitUntil([&] { return DumpOfDispatcher().Find(part) != CString::npos; });
+    EXPECT_TRUE(isThere) << DumpOfDispatcher().ToUtf8();
+    return isThere;
 }

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <condition_variable>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -57,10 +56,8 @@ public:
     std::string Take();
 
 private:
-    std::mutex m_lock; // guards the two
-    std::string m_text;
-    std::size_t m_count = 0;
-    std::condition_variable m_added;
+    std::mutex m_lock; // guards the words
+    std::vector<std::string> m_words;
 };
 
 /// Where a handler stays until the test lets it go.

@@ -7,7 +7,6 @@
 #include "tabase/tamessagecreatehwnd.h"
 #include "tabase/tamessagehandlerthreaded.h"
 #include "tabase/tamessageloop.h"
-#include "tabase/tamessagestring.h"
 
 #include <gtest/gtest.h>
 
@@ -80,11 +79,7 @@ protected:
     }
     long long handleMessage(const TaMessage& message) override
     {
-        if (const auto* const text = dynamic_cast<const TaMessageString*>(&message)) {
-            m_notes.Add(text->GetMessageString().ToUtf8());
-        } else {
-            m_notes.Add("number" + std::to_string(NumberOf(message)));
-        }
+        m_notes.Add(message.ToString().ToUtf8());
         return 1;
     }
 
@@ -124,7 +119,8 @@ TEST(TaMessageHandlerTest, AThreadedOneStartsWithItsWindowEndsAndStartsAgain)
         EXPECT_TRUE(handler.IsSuccessful());
         Post(3); // still subscribed, but nobody is there
         EXPECT_EQ(SendTo(handler, 4), 0);
-        EXPECT_EQ(notes.Take(), "subscribe system1 number1 number2 unsubscribe system2 ");
+        EXPECT_EQ(
+            notes.Take(), "subscribe system1 NumberMessage NumberMessage unsubscribe system2 ");
     }
 }
 
@@ -173,7 +169,7 @@ TEST(TaMessageHandlerTest, WindowMessagesGoByTheirRangesButForTheNumbersOfItsOwn
         ASSERT_TRUE(notes.WaitFor(9));
         EXPECT_EQ(notes.Take(),
             "system273 user1024 user32767 app32768 app45058 app49151 "
-            "registered49152 registered65535 t ");
+            "registered49152 registered65535 TaMessageString ");
     }
 }
 
