@@ -453,17 +453,24 @@ TEST_F(PlatformRegistryTest, WhoMayNotWriteMayRead)
     const auto readsOnly = [reads] {
         return reads() && !write(u"k", u"v", { 2 }, eRo_LocalMachine) && !write(u"k", u"v", { 2 });
     };
+    // Root's files are protected from an ordinary user as they are, his own must be.
+    const bool isRoot = geteuid() == 0;
+    const auto protect = [&](bool isOn) {
+        permissions(folder, perms(isOn && !isRoot ? 0555 : 0755));
+        permissions(m_folder.GetPath("machine.registry"), perms(isOn && !isRoot ? 0444 : 0644));
+    };
     permissions(folder, perms(0711)); // others may pass through it only, and cannot lock it
     EXPECT_TRUE(inChild(reads));
-    permissions(folder, perms(geteuid() == 0 ? 0755 : 0555));
-    permissions(m_folder.GetPath("machine.registry"), perms(geteuid() == 0 ? 0644 : 0444));
+    protect(true);
     EXPECT_TRUE(inChild(readsOnly)); // nobody has it open
     EXPECT_EQ(read(u"k", u"v", 100, eRo_LocalMachine), Bytes{ 1 });
+    protect(false);
     ChildProcess holder("registry-counter", { "other", m_progress, "2" });
     ASSERT_TRUE(AwaitProgress());
+    protect(true);
     EXPECT_TRUE(inChild(readsOnly)); // somebody writes it
     holder.Kill();
-    permissions(folder, perms(0755));
+    protect(false);
     EXPECT_EQ(s_reported, "");
 }
 

@@ -67,6 +67,7 @@ TEST(TaMessageTest, ActionsAreComparedByTheirValues)
 {
     const TaMessageCommand command(5);
     const TaMessageWindows same(273, 5, 0);
+    EXPECT_TRUE(command == same && same == command);
     const TaMessageWorkflowAction& action = command;
     EXPECT_TRUE(action == same && same == action);
     EXPECT_FALSE(action != same || same != action);

@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <atomic>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <thread>
