@@ -190,6 +190,7 @@ TEST(TaMessageDispatcherTest, APostedTextGoesToItsWindowAndASentOneToSubscribers
     const Handle note = [&](const TaMessage& message) {
         const auto& text = dynamic_cast<const TaMessageString&>(message);
         notes.Add(text.GetMessageString().ToUtf8());
+        EXPECT_NE(text.GetHWND(), nullptr);
         return reinterpret_cast<long long>(text.GetHWND());
     };
     const LocalHandler window(u"window", note, ToNothing);
