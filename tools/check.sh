@@ -62,6 +62,12 @@ step_windows() {
     cmake --build --preset windows --target groundwork_headers tabase_headers
 }
 
+# Without optimisation compilers see other things; the tests of assertions run with the sanitizers.
+step_debug() {
+    cmake --preset debug >/dev/null
+    cmake --build --preset debug --target tamesh
+}
+
 step_asan() { configure_build_test asan; }
 
 # The thread sanitizer cannot start where the kernel spreads addresses too far; setarch -R asks it
@@ -88,7 +94,7 @@ step_fuzz() {
     done
 }
 
-steps=(tests format rules headers tidy benchmarks install windows asan tsan fuzz)
+steps=(tests format rules headers tidy benchmarks install windows debug asan tsan fuzz)
 if [ "${1:-}" = --without-tests ]; then
     shift
     steps=("${steps[@]:1}")

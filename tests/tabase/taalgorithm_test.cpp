@@ -17,8 +17,10 @@
 #include <cmath>
 #include <filesystem>
 #include <iterator>
+#include <ostream>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -123,6 +125,11 @@ struct SFailure
     const TuRTTI& thrownClass;
     unsigned int thrownLine;
     unsigned int keptLine;
+
+    friend void PrintTo(const SFailure& row, std::ostream* out)
+    {
+        *out << "operation " << row.operation << ", stage " << row.stage << ", kind " << row.kind;
+    }
 };
 
 const TuRTTI& kPre = TuExceptionPreconditionViolation::RTTI;
@@ -151,11 +158,16 @@ const SFailure kFailures[] = {
     { eO_Compute, Algorithm::eS_PostConditions, eK_Other, kAny, 460, 462 },
 };
 
-void expectFailureOf(const SFailure& row, bool throws)
+class TaAlgorithmFailureTest : public testing::TestWithParam<std::tuple<SFailure, bool>>
 {
+};
+
+TEST_P(TaAlgorithmFailureTest, IsThrownOrKeptAsTheTableSays)
+{
+    const auto& [row, throws] = GetParam();
     const auto algorithm = makeAlgorithm();
     algorithm->onStage
-        = [&row](Algorithm::EStage stage) { return stage != row.stage || fail(row.kind); };
+        = [&row = row](Algorithm::EStage stage) { return stage != row.stage || fail(row.kind); };
     if (row.operation != eO_Compute) {
         algorithm->setUninitialized();
     }
@@ -184,17 +196,8 @@ void expectFailureOf(const SFailure& row, bool throws)
     ExpectGoodRun(*algorithm);
 }
 
-TEST(TaAlgorithmTest, AFailureIsThrownOrKeptAsTheTableSays)
-{
-    for (const SFailure& row : kFailures) {
-        for (const bool throws : { false, true }) {
-            SCOPED_TRACE(testing::Message()
-                << "operation " << row.operation << ", stage " << row.stage << ", kind " << row.kind
-                << (throws ? ", thrown" : ", kept"));
-            expectFailureOf(row, throws);
-        }
-    }
-}
+INSTANTIATE_TEST_SUITE_P(Tables, TaAlgorithmFailureTest,
+    testing::Combine(testing::ValuesIn(kFailures), testing::Bool()));
 
 TEST(TaAlgorithmTest, AskingWhetherItIsComputableSwallowsAllAndChangesNothing)
 {
