@@ -25,9 +25,9 @@ class GROUNDWORK_API TuBoxed : public TuReferenceCounted,
 public:
     const TuRTTI& GetRTTI() const override = 0;
 
-    Value GetValue() const { return static_cast<Value>(m_value); }
+    Value GetValue() const;
     void SetValue(const Value& value);
-    operator Value() const { return GetValue(); } // NOLINT(google-explicit-constructor): that is it
+    operator Value() const; // NOLINT(google-explicit-constructor): that is it
 
     friend bool operator==(const TuBoxed& a, const TuBoxed& b) { return a.m_value == b.m_value; }
     friend auto operator<=>(const TuBoxed& a, const TuBoxed& b) { return a.m_value <=> b.m_value; }
@@ -39,8 +39,8 @@ public:
     TU_DECLARE_EXTENSIONS;
 
 protected:
-    TuBoxed() = default;
-    explicit TuBoxed(const Value& value) { SetValue(value); }
+    TuBoxed();
+    explicit TuBoxed(const Value& value);
 
     /// The value alone; a text as it is.
     void dump(TuStreamWriteASCII& stream) const override;
@@ -48,6 +48,25 @@ protected:
 private:
     Stored m_value{};
 };
+
+// Outside of the class: MinGW-w64 exports only that of an instance, and does not always inline.
+
+template <class Value, class Stored> TuBoxed<Value, Stored>::TuBoxed() = default;
+
+template <class Value, class Stored> TuBoxed<Value, Stored>::TuBoxed(const Value& value)
+{
+    SetValue(value);
+}
+
+template <class Value, class Stored> Value TuBoxed<Value, Stored>::GetValue() const
+{
+    return static_cast<Value>(m_value);
+}
+
+template <class Value, class Stored> TuBoxed<Value, Stored>::operator Value() const
+{
+    return GetValue();
+}
 
 extern template class TuBoxed<bool>;
 extern template class TuBoxed<char>;

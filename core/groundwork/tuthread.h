@@ -91,7 +91,7 @@ public:
     bool Resume();
 
     bool IsRunning() const;
-    bool IsSuccessful() const { return !hasStatus(eStatusFailed); }
+    bool IsSuccessful() const;
 
     /// Kept for the next start, and applied to the thread where there is one; false where the
     /// system refuses that, which is logged.
@@ -102,23 +102,23 @@ public:
     bool SpeedUp();
     bool SlowDown();
 
-    void SetFlags(EFlags flags) { m_flags = flags; }
-    void AddFlags(EFlags flags) { m_flags |= flags; }
-    void RemoveFlags(EFlags flags) { m_flags &= ~static_cast<unsigned int>(flags); }
-    bool IsFlagsSet(EFlags flags) const { return GetFlags().IsSet(flags); }
-    bool IsOneFlagSet(EFlags flags) const { return GetFlags().IsOneSet(flags); }
-    TuFlags<EFlags> GetFlags() const { return TuFlags<EFlags>::FromBits(m_flags); }
+    void SetFlags(EFlags flags);
+    void AddFlags(EFlags flags);
+    void RemoveFlags(EFlags flags);
+    bool IsFlagsSet(EFlags flags) const;
+    bool IsOneFlagSet(EFlags flags) const;
+    TuFlags<EFlags> GetFlags() const;
 
     /// For the next start: a running thread keeps the name that debuggers show.
-    void SetName(const CString& name) { setName(name); }
+    void SetName(const CString& name);
     /// From now on the end of a run sets `event`; before Start.
-    void SetTerminateEvent(TuEvent& event) { m_terminateEvent = event; }
-    const TuEvent& GetTerminateEvent() const { return m_terminateEvent; }
+    void SetTerminateEvent(TuEvent& event);
+    const TuEvent& GetTerminateEvent() const;
     /// A HANDLE or a pthread_t, as the system has it; null without a thread.
     void* GetThreadHandle() const;
 
 protected:
-    std::uint32_t getThreadID() const { return m_threadId; }
+    std::uint32_t getThreadID() const;
 
     /// On the new thread, before and after the function. The exit code is 0: after a failure
     /// onAfterRun is not called.

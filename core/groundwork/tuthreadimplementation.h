@@ -199,6 +199,64 @@ template <class T, class Policy> bool TuThread<T, Policy>::IsRunning() const
     return thread != nullptr && thread->IsActive();
 }
 
+// Also what is short: MinGW-w64 exports nothing of an instance that lies in the class.
+
+template <class T, class Policy> bool TuThread<T, Policy>::IsSuccessful() const
+{
+    return !hasStatus(eStatusFailed);
+}
+
+template <class T, class Policy> void TuThread<T, Policy>::SetFlags(EFlags flags)
+{
+    m_flags = flags;
+}
+
+template <class T, class Policy> void TuThread<T, Policy>::AddFlags(EFlags flags)
+{
+    m_flags |= flags;
+}
+
+template <class T, class Policy> void TuThread<T, Policy>::RemoveFlags(EFlags flags)
+{
+    m_flags &= ~static_cast<unsigned int>(flags);
+}
+
+template <class T, class Policy> bool TuThread<T, Policy>::IsFlagsSet(EFlags flags) const
+{
+    return GetFlags().IsSet(flags);
+}
+
+template <class T, class Policy> bool TuThread<T, Policy>::IsOneFlagSet(EFlags flags) const
+{
+    return GetFlags().IsOneSet(flags);
+}
+
+template <class T, class Policy>
+TuFlags<typename TuThread<T, Policy>::EFlags> TuThread<T, Policy>::GetFlags() const
+{
+    return TuFlags<EFlags>::FromBits(m_flags);
+}
+
+template <class T, class Policy> void TuThread<T, Policy>::SetName(const CString& name)
+{
+    setName(name);
+}
+
+template <class T, class Policy> void TuThread<T, Policy>::SetTerminateEvent(TuEvent& event)
+{
+    m_terminateEvent = event;
+}
+
+template <class T, class Policy> const TuEvent& TuThread<T, Policy>::GetTerminateEvent() const
+{
+    return m_terminateEvent;
+}
+
+template <class T, class Policy> std::uint32_t TuThread<T, Policy>::getThreadID() const
+{
+    return m_threadId;
+}
+
 template <class T, class Policy> bool TuThread<T, Policy>::SetPriority(EThreadPriority priority)
 {
     m_priority = priority;

@@ -31,7 +31,7 @@ public:
 
     /// Gives back a granted lock; the handle keeps its node.
     void Unlock() noexcept;
-    const TuSmartPointer<Node>& GetNode() const { return m_node; }
+    const TuSmartPointer<Node>& GetNode() const;
 
 protected:
     // Not inline: Windows exports no such function of a class template to classes of users.
@@ -42,6 +42,13 @@ protected:
 private:
     TuSmartPointer<Node> m_node;
 };
+
+template <int Access>
+const TuSmartPointer<typename TaDataHandleLockOnly<Access>::Node>&
+TaDataHandleLockOnly<Access>::GetNode() const
+{
+    return m_node;
+}
 
 extern template class TaDataHandleLockOnly<0>;
 extern template class TaDataHandleLockOnly<1>;

@@ -53,8 +53,8 @@ public:
     const TuRTTI& GetRTTIData() const override;
 
     /// Null where there is none yet.
-    const TuSmartPointer<T>& GetData() { return m_data; }
-    TuSmartPointer<const T> GetData() const { return m_data; }
+    const TuSmartPointer<T>& GetData();
+    TuSmartPointer<const T> GetData() const;
 
 protected:
     /// A new value with the create function of that class. An unknown class, one that is no T, or a
@@ -92,6 +92,10 @@ template <class T> const TuRTTI& TaDataNode<T>::GetRTTI() const { return TaDataN
 template <class T> bool TaDataNode<T>::IsSerializable() const { return true; }
 
 template <class T> ISerializable* TaDataNode<T>::getData() const { return m_data.Get(); }
+
+template <class T> const TuSmartPointer<T>& TaDataNode<T>::GetData() { return m_data; }
+
+template <class T> TuSmartPointer<const T> TaDataNode<T>::GetData() const { return m_data; }
 
 template <class T> void TaDataNode<T>::CreateData(const String& className)
 {
