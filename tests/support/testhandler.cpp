@@ -2,6 +2,7 @@
 
 #include "groundwork/tustreamwriteasciistring.h"
 #include "tabase/tamessagecreatehwnd.h"
+#include "tabase/tamessageshutdown.h"
 
 #include <chrono>
 #include <thread>
@@ -90,8 +91,22 @@ DispatcherHandler::DispatcherHandler(const char16_t* name, Handle handle, Subscr
 DispatcherHandler::~DispatcherHandler()
 {
     // The window ends on its own thread.
-    (void)platform::PostToWindow(GetHWND(), platform::eWM_Close, 0, 0);
-    WaitForDispatcher();
+    EXPECT_EQ(TaMessageDispatcher::SendMessage(TaMessageShutDown(), *this), 0);
+}
+
+void DispatcherHandler::onSubscribeMessages()
+{
+    SubscribeMessage(TaMessageShutDown());
+    LocalHandler::onSubscribeMessages();
+}
+
+long long DispatcherHandler::handleMessage(const TaMessage& message)
+{
+    if (message.Is(TaMessageShutDown::RTTI)) {
+        EXPECT_TRUE(destroyMessageHandler());
+        return 0;
+    }
+    return LocalHandler::handleMessage(message);
 }
 
 std::vector<long long> SendToAll(const TaMessage& message)

@@ -130,6 +130,10 @@ class DispatcherHandler : public LocalHandler
 public:
     DispatcherHandler(const char16_t* name, Handle handle, Subscribe subscribe = ToNumbers);
     ~DispatcherHandler() override;
+
+protected:
+    void onSubscribeMessages() override;
+    long long handleMessage(const TaMessage& message) override;
 };
 
 /// On a thread of its own, which the constructor starts.
