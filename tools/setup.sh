@@ -10,7 +10,7 @@ packages=(g++ cmake ninja-build ccache pkg-config git python3 ca-certificates
     libutfcpp-dev      # UTF conversion
     uuid-dev           # identifiers
     libsqlite3-dev     # the registry
-    zlib1g-dev         # checksums
+    zlib1g-dev         # the ZIP codec, checksums
     libcli11-dev       # tamesh: command line
     libglib2.0-dev     # an example: handlers in the loop of another library
     libgtest-dev       # tests

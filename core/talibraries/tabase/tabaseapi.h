@@ -1,12 +1,6 @@
 #pragma once
 
+#include "tacompression/tacompressionapi.h"
+
 /// Marks what the library `tabase` exports.
-#if defined(_WIN32)
-#if defined(TABASE_BUILD)
-#define TABASE_API __declspec(dllexport)
-#else
-#define TABASE_API __declspec(dllimport)
-#endif
-#else
-#define TABASE_API __attribute__((visibility("default")))
-#endif
+#define TABASE_API TACOMPRESSION_API
