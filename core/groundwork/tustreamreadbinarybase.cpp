@@ -38,9 +38,7 @@ template <class Text> void TuStreamReadBinaryBase::readText(Text& text)
     constexpr std::uint64_t kStep = 65536 / sizeof(Unit);
 
     unsigned int count = 0;
-    if (!takeFromWindow(count)) {
-        *this >> count;
-    }
+    get(count);
     const auto present = static_cast<std::uint64_t>(m_windowEnd - m_window) / sizeof(Unit);
     if (std::endian::native == std::endian::little && count <= present) {
         text.SetLength(count);

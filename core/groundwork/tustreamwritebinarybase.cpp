@@ -40,8 +40,5 @@ void TuStreamWriteBinaryBase::putCount(std::size_t units)
         throw TuExceptionPreconditionViolation(
             TU_HERE, u"a stored text has at most 4294967295 units");
     }
-    const auto count = static_cast<unsigned int>(units);
-    if (!putIntoWindow(count)) {
-        *this << count;
-    }
+    put(static_cast<unsigned int>(units));
 }

@@ -1,0 +1,45 @@
+#include "tacompression/tastreamreadcompressedfloatingpoint.h"
+
+#include "groundwork/tuexceptions.h"
+
+#include <algorithm>
+#include <array>
+
+TU_DEFINE_RTTI(TaStreamReadCompressedFloatingPoint, TaStreamReadPredictiveCoder, nullptr, nullptr);
+
+TaStreamReadCompressedFloatingPoint::TaStreamReadCompressedFloatingPoint(TuStreamReadBinary& stream,
+    const TaFloatingPointQuantization& quantization, std::uint32_t version)
+    : TaStreamReadPredictiveCoder(quantization.GetBitCount(), version)
+    , m_quantization(quantization)
+{
+    initialize(stream);
+}
+
+TaStreamReadCompressedFloatingPoint::~TaStreamReadCompressedFloatingPoint() = default;
+
+float TaStreamReadCompressedFloatingPoint::ReadValue(float prediction)
+{
+    return m_quantization.Unmap(
+        TaStreamReadPredictiveCoder::ReadValue(m_quantization.Map(prediction)));
+}
+
+void TaStreamReadCompressedFloatingPoint::ReadValues(
+    std::span<const float> predictions, std::span<float> values)
+{
+    if (values.size() != predictions.size()) {
+        throw TuExceptionPreconditionViolation(TU_HERE, u"there is a prediction for each value");
+    }
+    constexpr std::size_t kRun = 512;
+    std::array<std::uint32_t, kRun> codes;
+    for (std::size_t done = 0; done < values.size();) {
+        const auto run = std::span(codes).first(std::min(values.size() - done, kRun));
+        for (std::size_t i = 0; i < run.size(); ++i) {
+            run[i] = m_quantization.Map(predictions[done + i]);
+        }
+        TaStreamReadPredictiveCoder::ReadValues(run, run);
+        for (std::size_t i = 0; i < run.size(); ++i) {
+            values[done + i] = m_quantization.Unmap(run[i]);
+        }
+        done += run.size();
+    }
+}
