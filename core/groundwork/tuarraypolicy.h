@@ -22,3 +22,14 @@ struct TuArrayPolicyConstructManaged : TuArrayPolicyConstructDefault
 {
     template <class T> static constexpr bool kMovesBytes = false;
 };
+
+/// New elements have any value: for numbers that are written before they are read, where filling
+/// large arrays with 0 first would take time.
+struct TuArrayPolicyConstructUninitialised : TuArrayPolicyConstructDefault
+{
+    template <class T> static constexpr void Construct(T*, unsigned int)
+    {
+        static_assert(std::is_trivially_default_constructible_v<T>,
+            "only numbers and plain records may be left as the memory is");
+    }
+};
