@@ -7,7 +7,7 @@
 
 /// What tests of codecs of memory blocks share: a text stands for the bytes of a block.
 
-inline const unsigned char* BytesOf(const std::string& block)
+inline const unsigned char* DataOf(const std::string& block)
 {
     return reinterpret_cast<const unsigned char*>(block.data());
 }

@@ -53,7 +53,7 @@ void expectFailures(const std::filesystem::path& folder, unsigned int line)
 
 template <class Coder> int decode(Coder& coder, const std::string& block)
 {
-    return coder.Decompress(BytesOf(block), LengthOf(block));
+    return coder.Decompress(DataOf(block), LengthOf(block));
 }
 
 TEST(TaCompressLZMATest, ConstructorsTellWhatIsMissing)
@@ -85,13 +85,13 @@ TEST(TaCompressLZMATest, TheLibraryIsCalledAsItExpects)
     for (const auto& [length, capacity] : { std::pair(0u, 65536u), std::pair(19u, 65536u),
              std::pair(20u, 65557u), std::pair(100039u, 170557u) }) {
         const std::string data = MakeNoise(length);
-        ASSERT_EQ(coder.Compress(BytesOf(data), length, 77), 1);
+        ASSERT_EQ(coder.Compress(DataOf(data), length, 77), 1);
         const std::string block = OutputOf(coder);
         ASSERT_EQ(block.size(), length + 6);
         EXPECT_EQ(block.substr(0, 2), std::string("S\0", 2)) << "the fifth argument is 0";
         std::uint32_t room = 0;
         for (unsigned int i = 0; i < 4; ++i) {
-            room |= std::uint32_t{ BytesOf(block)[2 + i] } << (8 * i);
+            room |= std::uint32_t{ DataOf(block)[2 + i] } << (8 * i);
         }
         EXPECT_EQ(room, capacity);
 
@@ -105,8 +105,8 @@ TEST(TaCompressLZMATest, AFailedCompressionLeavesNothing)
 {
     auto coder = makeCoder<TaCompressLZMA>(TA_STORING_FOLDER);
     const auto compress = [&coder](const std::string& data, unsigned long length) {
-        EXPECT_EQ(coder.Compress(BytesOf("held"), 4, 0), 1);
-        const int result = coder.Compress(BytesOf(data), length, 0);
+        EXPECT_EQ(coder.Compress(DataOf("held"), 4, 0), 1);
+        const int result = coder.Compress(DataOf(data), length, 0);
         EXPECT_EQ(coder.GetOutputSize(), 0u);
         EXPECT_EQ(coder.GetOutputBuffer(), nullptr);
         return result;
@@ -117,9 +117,9 @@ TEST(TaCompressLZMATest, AFailedCompressionLeavesNothing)
     EXPECT_EQ(compress("", 4200000000u), 0);
     EXPECT_EQ(compress("", std::numeric_limits<unsigned long>::max()), 0);
     const std::string large(100000, 'a'); // for which the buffer has to grow
-    EXPECT_EQ(coder.Compress(BytesOf("held"), 4, 0), 1);
+    EXPECT_EQ(coder.Compress(DataOf("held"), 4, 0), 1);
     const AllocationLimit limit(0);
-    EXPECT_EQ(coder.Compress(BytesOf(large), LengthOf(large), 0), 0);
+    EXPECT_EQ(coder.Compress(DataOf(large), LengthOf(large), 0), 0);
     EXPECT_EQ(coder.GetOutputBuffer(), nullptr);
 }
 
@@ -185,7 +185,7 @@ TEST(TaCompressLZMATest, CopiesHaveTheirOwnOutputAndKeepTheLibrary)
 std::string pack(const std::string& data)
 {
     auto coder = makeCoder<TaCompressLZMA>(TA_VELCOMPRESS_FOLDER);
-    EXPECT_EQ(coder.Compress(BytesOf(data), LengthOf(data), 0), 1);
+    EXPECT_EQ(coder.Compress(DataOf(data), LengthOf(data), 0), 1);
     return OutputOf(coder);
 }
 
@@ -199,7 +199,7 @@ void appendNumber(std::string& bytes, std::uint32_t number)
 std::uint32_t checksumOf(const std::string& bytes)
 {
     return static_cast<std::uint32_t>(
-        crc32(0, BytesOf(bytes), static_cast<unsigned int>(bytes.size())));
+        crc32(0, DataOf(bytes), static_cast<unsigned int>(bytes.size())));
 }
 
 /// The .xz stream of "abc", with another length of the data at its end.

@@ -16,13 +16,13 @@ namespace {
 std::string zip(const std::string& data)
 {
     TaCompressZIP coder;
-    EXPECT_EQ(coder.Compress(BytesOf(data), LengthOf(data)), 1);
+    EXPECT_EQ(coder.Compress(DataOf(data), LengthOf(data)), 1);
     return OutputOf(coder);
 }
 
 int unzip(TaDecompressZIP& coder, const std::string& stream, unsigned long expectedSize)
 {
-    return coder.Decompress(BytesOf(stream), LengthOf(stream), expectedSize);
+    return coder.Decompress(DataOf(stream), LengthOf(stream), expectedSize);
 }
 
 TEST(TaCompressZIPTest, WritesWhatZlibReads)
@@ -32,7 +32,7 @@ TEST(TaCompressZIPTest, WritesWhatZlibReads)
         const std::string stream = zip(data);
         std::string back(data.size() + 1, '?');
         auto length = static_cast<uLongf>(back.size());
-        ASSERT_EQ(uncompress(reinterpret_cast<Bytef*>(back.data()), &length, BytesOf(stream),
+        ASSERT_EQ(uncompress(reinterpret_cast<Bytef*>(back.data()), &length, DataOf(stream),
                       LengthOf(stream)),
             Z_OK);
         back.resize(length);
@@ -90,15 +90,15 @@ TEST(TaCompressZIPTest, WhatCannotBeHeldIsRefused)
     TaCompressZIP zipper;
     TaDecompressZIP unzipper;
     const auto hold = [&] {
-        ASSERT_EQ(zipper.Compress(BytesOf(data), 10), 1);
+        ASSERT_EQ(zipper.Compress(DataOf(data), 10), 1);
         ASSERT_EQ(unzip(unzipper, stream, 1000), 1);
     };
     hold();
     // The room for the output would take more than 32 bits can count; the source is not looked at.
-    EXPECT_EQ(zipper.Compress(BytesOf(data), 4000000000u), 0);
+    EXPECT_EQ(zipper.Compress(DataOf(data), 4000000000u), 0);
     EXPECT_EQ(zipper.GetOutputSize(), 0u);
     constexpr unsigned long kMost = std::numeric_limits<unsigned long>::max();
-    EXPECT_EQ(zipper.Compress(BytesOf(data), kMost), 0);
+    EXPECT_EQ(zipper.Compress(DataOf(data), kMost), 0);
     if (sizeof(kMost) > sizeof(unsigned int)) {
         EXPECT_EQ(unzip(unzipper, stream, kMost), 0);
         EXPECT_EQ(unzipper.GetOutputSize(), 0u);
@@ -106,7 +106,7 @@ TEST(TaCompressZIPTest, WhatCannotBeHeldIsRefused)
 
     hold();
     const AllocationLimit limit(0);
-    EXPECT_EQ(zipper.Compress(BytesOf(data), 1000), 0);
+    EXPECT_EQ(zipper.Compress(DataOf(data), 1000), 0);
     EXPECT_EQ(limit.GetLargest(), 1112u) << "a tenth more, and 12";
     EXPECT_EQ(zipper.GetOutputSize(), 0u);
     EXPECT_EQ(unzip(unzipper, stream, 5000), 0);
