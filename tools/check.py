@@ -74,7 +74,7 @@ def check_source(name, lines):
 def check_lists():
     """Every source, test, benchmark and fuzzer stands in the CMake list of its folder."""
     for name in tracked("core/*.cpp", "core/*.h", "apps/*.cpp", "tests/*.cpp", "benchmarks/*.cpp",
-                        "fuzz/*.cpp", "examples/*.cpp"):
+                        "fuzz/*.cpp", "examples/*.cpp", "extras/*.cpp"):
         path = Path(name)
         stem = re.sub(r"_(test|properties|benchmark|fuzz)$", "", path.stem)
         folder = path.parent

@@ -22,7 +22,7 @@ step_headers() { cmake --build --preset release --target groundwork_headers taba
 step_tidy() {
     local stamps=build/tidy
     mkdir -p "$stamps"
-    git ls-files 'core/*.cpp' 'apps/*.cpp' ':!core/platform/win32' | xargs -P "$(nproc)" -I{} bash -c '
+    git ls-files 'core/*.cpp' 'apps/*.cpp' 'extras/*.cpp' ':!core/platform/win32' | xargs -P "$(nproc)" -I{} bash -c '
         stamp=$0/$(tr / _ <<<"$1")
         [ "$stamp" -nt "$1" ] && [ -z "$(find core apps .clang-tidy -newer "$stamp"             \( -name "*.h" -o -name .clang-tidy \) -print -quit)" ] && exit 0
         clang-tidy -p build/release --quiet "$1" 2>/dev/null || exit 1

@@ -11,6 +11,7 @@ packages=(g++ cmake ninja-build ccache pkg-config git python3 ca-certificates
     uuid-dev           # identifiers
     libsqlite3-dev     # the registry
     zlib1g-dev         # the ZIP codec, checksums
+    liblzma-dev        # a library for the dictionary codec
     libcli11-dev       # tamesh: command line
     libglib2.0-dev     # an example: handlers in the loop of another library
     libgtest-dev       # tests
@@ -24,7 +25,7 @@ for argument in "$@"; do
     --bench)
         packages+=(libbenchmark-dev
             libboost-dev libboost-serialization-dev libboost-container-dev libcereal-dev libabsl-dev
-            qt6-base-dev libfast-float-dev)
+            qt6-base-dev libfast-float-dev libdeflate-dev libzstd-dev)
         ;;
     --windows)
         packages+=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine64

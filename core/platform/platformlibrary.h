@@ -29,6 +29,8 @@ public:
         return *this;
     }
 
+    /// A path with a separator in it names that file and no other, from the current directory where
+    /// it is relative; a bare name is looked for where the system keeps its libraries.
     [[nodiscard]] bool Load(std::u16string_view path);
     void Unload();
     bool IsLoaded() const { return m_handle != nullptr; }

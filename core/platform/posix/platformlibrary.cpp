@@ -4,7 +4,9 @@
 
 #include <dlfcn.h>
 
+#include <filesystem>
 #include <string>
+#include <system_error>
 #include <utility>
 
 namespace platform {
@@ -12,7 +14,17 @@ namespace platform {
 bool SharedLibrary::Load(std::u16string_view path)
 {
     Unload();
-    m_handle = dlopen(ToUtf8(path).c_str(), RTLD_NOW | RTLD_LOCAL);
+    std::string native = ToUtf8(path);
+    if (native.find('/') != std::string::npos) {
+        // The loader knows what it has loaded by the name that it was given: a relative one would
+        // stand for the same file after a change of the current directory.
+        std::error_code failure;
+        native = std::filesystem::absolute(native, failure).string();
+        if (failure) {
+            return false;
+        }
+    }
+    m_handle = dlopen(native.c_str(), RTLD_NOW | RTLD_LOCAL);
     return IsLoaded();
 }
 

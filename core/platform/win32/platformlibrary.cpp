@@ -4,7 +4,9 @@
 #include "platform/win32/platformwindows.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <string>
+#include <system_error>
 #include <utility>
 
 namespace platform {
@@ -37,12 +39,20 @@ bool SharedLibrary::Load(std::u16string_view path)
     Unload();
     std::wstring native = ToWide(path);
     std::replace(native.begin(), native.end(), L'/', L'\\'); // the loader knows no other separator
+    const bool isPath = native.find_first_of(L"\\:") != std::wstring::npos;
+    if (isPath) {
+        // The system would look for a relative one in its own places, too.
+        std::error_code failure;
+        native = std::filesystem::absolute(native, failure).wstring();
+        if (failure) {
+            return false;
+        }
+    }
     // The libraries that this one needs lie beside it; for a bare name the system looks in its own
     // places.
-    const bool isAbsolute = native.starts_with(L"\\\\") || native.substr(0, 3).ends_with(L":\\");
     const WithoutMessageBox guard;
     m_handle
-        = ::LoadLibraryExW(native.c_str(), nullptr, isAbsolute ? LOAD_WITH_ALTERED_SEARCH_PATH : 0);
+        = ::LoadLibraryExW(native.c_str(), nullptr, isPath ? LOAD_WITH_ALTERED_SEARCH_PATH : 0);
     return IsLoaded();
 }
 

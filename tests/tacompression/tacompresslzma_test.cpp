@@ -1,0 +1,276 @@
+#include "tacompression/tacompresslzma.h"
+
+#include "support/allocationlimit.h"
+#include "support/environment.h"
+#include "support/expectfailure.h"
+#include "support/memoryblocks.h"
+#include "support/temporaryfolder.h"
+#include "tacompression/tadecompresslzma.h"
+
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <limits>
+#include <string>
+#include <utility>
+
+namespace {
+
+/// Makes a folder the current one for a while.
+class CurrentFolder
+{
+public:
+    explicit CurrentFolder(const std::filesystem::path& folder)
+    {
+        std::filesystem::current_path(folder);
+    }
+    ~CurrentFolder() { std::filesystem::current_path(m_former); }
+    CurrentFolder(const CurrentFolder&) = delete;
+    CurrentFolder& operator=(const CurrentFolder&) = delete;
+
+private:
+    std::filesystem::path m_former = std::filesystem::current_path();
+};
+
+/// A coder of the library in `folder`.
+template <class Coder> Coder makeCoder(const char* folder)
+{
+    const CurrentFolder current(folder);
+    return Coder();
+}
+
+void expectFailures(const std::filesystem::path& folder, unsigned int line)
+{
+    const CurrentFolder current(folder);
+    ExpectFailure<TuException>(
+        [] { TaCompressLZMA(); }, u"core/talibraries/tacompression/tacompresslzma", line);
+    ExpectFailure<TuException>(
+        [] { TaDecompressLZMA(); }, u"core/talibraries/tacompression/tadecompresslzma", line);
+}
+
+template <class Coder> int decode(Coder& coder, const std::string& block)
+{
+    return coder.Decompress(DataOf(block), LengthOf(block));
+}
+
+TEST(TaCompressLZMATest, ConstructorsTellWhatIsMissing)
+{
+    const TemporaryFolder folder;
+    expectFailures(folder.GetPath("."), 54);
+    folder.WriteAll("VelCompress.dll", "no library");
+    expectFailures(folder.GetPath("."), 54);
+    expectFailures(TA_EMPTY_FOLDER, 61);
+}
+
+TEST(TaCompressLZMATest, TheLibraryComesFromTheCurrentFolderAlone)
+{
+    const TemporaryFolder folder;
+    const char* const path = std::getenv("PATH");
+    const std::string former = path != nullptr ? path : "";
+    SetEnvironment("PATH", std::filesystem::absolute(TA_STORING_FOLDER).string());
+    expectFailures(folder.GetPath("."), 54);
+    SetEnvironment("PATH", former);
+    // Not even that which is loaded already from another folder, under the same name.
+    const auto coder = makeCoder<TaCompressLZMA>(TA_STORING_FOLDER);
+    expectFailures(folder.GetPath("."), 54);
+    expectFailures(TA_EMPTY_FOLDER, 61);
+}
+
+TEST(TaCompressLZMATest, TheLibraryIsCalledAsItExpects)
+{
+    auto coder = makeCoder<TaCompressLZMA>(TA_STORING_FOLDER);
+    for (const auto& [length, capacity] : { std::pair(0u, 65536u), std::pair(19u, 65536u),
+             std::pair(20u, 65557u), std::pair(100039u, 170557u) }) {
+        const std::string data = MakeNoise(length);
+        ASSERT_EQ(coder.Compress(DataOf(data), length, 77), 1);
+        const std::string block = OutputOf(coder);
+        ASSERT_EQ(block.size(), length + 6);
+        EXPECT_EQ(block.substr(0, 2), std::string("S\0", 2)) << "the fifth argument is 0";
+        std::uint32_t room = 0;
+        for (unsigned int i = 0; i < 4; ++i) {
+            room |= std::uint32_t{ DataOf(block)[2 + i] } << (8 * i);
+        }
+        EXPECT_EQ(room, capacity);
+
+        auto decoder = makeCoder<TaDecompressLZMA>(TA_STORING_FOLDER);
+        ASSERT_EQ(decode(decoder, block), 1);
+        EXPECT_TRUE(OutputOf(decoder) == data) << length << " bytes";
+    }
+}
+
+TEST(TaCompressLZMATest, AFailedCompressionLeavesNothing)
+{
+    auto coder = makeCoder<TaCompressLZMA>(TA_STORING_FOLDER);
+    const auto compress = [&coder](const std::string& data, unsigned long length) {
+        EXPECT_EQ(coder.Compress(DataOf("held"), 4, 0), 1);
+        const int result = coder.Compress(DataOf(data), length, 0);
+        EXPECT_EQ(coder.GetOutputSize(), 0u);
+        EXPECT_EQ(coder.GetOutputBuffer(), nullptr);
+        return result;
+    };
+    EXPECT_EQ(compress("fail", 4), 0);
+    EXPECT_EQ(compress("more", 4), 0) << "a size beyond the buffer";
+    // The room for the output, or the source itself, takes more than 32 bits can count.
+    EXPECT_EQ(compress("", 4200000000u), 0);
+    EXPECT_EQ(compress("", std::numeric_limits<unsigned long>::max()), 0);
+    const std::string large(100000, 'a'); // for which the buffer has to grow
+    EXPECT_EQ(coder.Compress(DataOf("held"), 4, 0), 1);
+    const AllocationLimit limit(0);
+    EXPECT_EQ(coder.Compress(DataOf(large), LengthOf(large), 0), 0);
+    EXPECT_EQ(coder.GetOutputBuffer(), nullptr);
+}
+
+TEST(TaCompressLZMATest, AFailedDecompressionKeepsWhatItHasNotBegunToReplace)
+{
+    auto coder = makeCoder<TaDecompressLZMA>(TA_STORING_FOLDER);
+    ASSERT_EQ(decode(coder, "S.....first"), 1);
+    const unsigned char* const held = coder.GetOutputBuffer();
+    EXPECT_EQ(decode(coder, "N.....second"), 0) << "0 is no answer to the question for the size";
+    EXPECT_EQ(decode(coder, "S"), 0);
+    if (sizeof(unsigned long) > sizeof(unsigned int)) {
+        EXPECT_EQ(coder.Decompress(held, std::numeric_limits<unsigned long>::max()), 0);
+    }
+    EXPECT_EQ(coder.GetOutputBuffer(), held);
+    EXPECT_EQ(OutputOf(coder), "first");
+
+    for (const char* block : { "F.....second", "M.....second" }) {
+        ASSERT_EQ(decode(coder, "S.....first"), 1);
+        EXPECT_EQ(decode(coder, block), 0) << block;
+        EXPECT_EQ(coder.GetOutputSize(), 0u);
+        EXPECT_NE(coder.GetOutputBuffer(), nullptr);
+    }
+    EXPECT_EQ(decode(coder, "L.....less"), 1);
+    EXPECT_EQ(OutputOf(coder), "les");
+}
+
+TEST(TaCompressLZMATest, NoMemoryForTheDataIsABareText)
+{
+    auto coder = makeCoder<TaDecompressLZMA>(TA_STORING_FOLDER);
+    ASSERT_EQ(decode(coder, "S.....first"), 1);
+    const AllocationLimit limit(0);
+    try {
+        decode(coder, "H.....second");
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (const char* text) {
+        EXPECT_STREQ(text, "Can not allocate memory");
+    }
+    EXPECT_EQ(limit.GetLargest(), 0xFFFFFFFFu);
+    EXPECT_EQ(coder.GetOutputSize(), 0u);
+    EXPECT_EQ(coder.GetOutputBuffer(), nullptr);
+}
+
+TEST(TaCompressLZMATest, CopiesHaveTheirOwnOutputAndKeepTheLibrary)
+{
+    auto copy = makeCoder<TaDecompressLZMA>(TA_STORING_FOLDER);
+    {
+        auto coder = makeCoder<TaDecompressLZMA>(TA_STORING_FOLDER);
+        ASSERT_EQ(decode(coder, "S.....first"), 1);
+        const TaDecompressLZMA constructed = coder;
+        ASSERT_EQ(decode(coder, "S.....other"), 1);
+        EXPECT_EQ(OutputOf(constructed), "first");
+        copy = constructed;
+    }
+    EXPECT_EQ(OutputOf(copy), "first");
+    TaDecompressLZMA moved = std::move(copy);
+    EXPECT_EQ(OutputOf(moved), "first");
+    ASSERT_EQ(decode(copy, "S.....again"), 1); // NOLINT(bugprone-use-after-move): usable
+    EXPECT_EQ(OutputOf(copy), "again");
+}
+
+#if defined(TA_VELCOMPRESS_FOLDER)
+
+std::string pack(const std::string& data)
+{
+    auto coder = makeCoder<TaCompressLZMA>(TA_VELCOMPRESS_FOLDER);
+    EXPECT_EQ(coder.Compress(DataOf(data), LengthOf(data), 0), 1);
+    return OutputOf(coder);
+}
+
+void appendNumber(std::string& bytes, std::uint32_t number)
+{
+    for (unsigned int i = 0; i < 4; ++i) {
+        bytes += static_cast<char>(number >> (8 * i));
+    }
+}
+
+std::uint32_t checksumOf(const std::string& bytes)
+{
+    return static_cast<std::uint32_t>(
+        crc32(0, DataOf(bytes), static_cast<unsigned int>(bytes.size())));
+}
+
+/// The .xz stream of "abc", with another length of the data at its end.
+std::string claim(const std::string& stream, std::uint32_t size)
+{
+    std::string index(stream, 36, 3); // up to the length
+    for (; size >= 0x80; size >>= 7) {
+        index += static_cast<char>(size | 0x80);
+    }
+    index += static_cast<char>(size);
+    index.resize((index.size() + 3) / 4 * 4);
+    appendNumber(index, checksumOf(index));
+    std::string end;
+    appendNumber(end, static_cast<std::uint32_t>(index.size() / 4 - 1));
+    end.append(stream, stream.size() - 4, 2); // the kind of the check
+    std::string footer;
+    appendNumber(footer, checksumOf(end));
+    return stream.substr(0, 36) + index + footer + end + "YZ";
+}
+
+TEST(VelCompressTest, CompressesAndReadsAnyBlock)
+{
+    auto decoder = makeCoder<TaDecompressLZMA>(TA_VELCOMPRESS_FOLDER);
+    for (const std::string& data :
+        { std::string(), std::string("a"), std::string(1000000, 'b'), MakeNoise(200000) }) {
+        ASSERT_EQ(decode(decoder, pack(data)), 1);
+        EXPECT_TRUE(OutputOf(decoder) == data) << data.size() << " bytes";
+    }
+    EXPECT_LT(pack(std::string(1000000, 'b')).size(), 1000u);
+    EXPECT_LT(pack(MakeNoise(200000)).size(), 200200u);
+}
+
+/// What the program `xz` writes for "abc".
+const std::string kStream("\xfd\x37\x7a\x58\x5a\x00\x00\x01\x69\x22\xde\x36\x02\x00\x21\x01\x16\x00"
+                          "\x00\x00\x74\x2f\xe5\xa3\x01\x00\x02\x61\x62\x63\x00\x00\xc2\x41\x24\x35"
+                          "\x00\x01\x17\x03\x07\x60\x0c\xbc\x90\x42\x99\x0d\x01\x00\x00\x00\x00\x01"
+                          "\x59\x5a",
+    56);
+
+TEST(VelCompressTest, ReadsAStreamFromElsewhere)
+{
+    auto decoder = makeCoder<TaDecompressLZMA>(TA_VELCOMPRESS_FOLDER);
+    ASSERT_EQ(decode(decoder, kStream), 1);
+    EXPECT_EQ(OutputOf(decoder), "abc");
+    EXPECT_EQ(decode(decoder, kStream + kStream), 0) << "one stream is a block";
+    EXPECT_EQ(decode(decoder, kStream + std::string(4, '\0')), 0);
+}
+
+TEST(VelCompressTest, DamageIsFound)
+{
+    const std::string block = pack("some text, some more text");
+    auto decoder = makeCoder<TaDecompressLZMA>(TA_VELCOMPRESS_FOLDER);
+    for (std::size_t i = 0; i < block.size(); ++i) {
+        EXPECT_EQ(decode(decoder, block.substr(0, i)), 0) << "of the first " << i;
+        std::string wrong = block;
+        wrong[i] = static_cast<char>(wrong[i] ^ 0x10);
+        EXPECT_EQ(decode(decoder, wrong), 0) << "at " << i;
+    }
+}
+
+TEST(VelCompressTest, ATinyBlockClaimsNoHugeData)
+{
+    auto decoder = makeCoder<TaDecompressLZMA>(TA_VELCOMPRESS_FOLDER);
+    // The claim is heard, and then found to be wrong.
+    EXPECT_EQ(decode(decoder, claim(kStream, 100000)), 0);
+    EXPECT_NE(decoder.GetOutputBuffer(), nullptr);
+    const AllocationLimit limit(0);
+    EXPECT_EQ(decode(decoder, claim(kStream, 0xFFFFFFFFu)), 0);
+    EXPECT_EQ(limit.GetLargest(), 0u);
+}
+
+#endif
+
+} // namespace
