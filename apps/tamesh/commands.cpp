@@ -1,15 +1,12 @@
 #include "tamesh/commands.h"
 
-#include "tabase/tauniqueid.h"
 #include "tamesh/displaytext.h"
 #include "tamesh/document.h"
-#include "tamesh/files.h"
 #include "tamesh/guard.h"
 #include "tamesh/meshanalysis.h"
+#include "tamesh/meshfiles.h"
 #include "tamesh/meshgenerator.h"
 #include "tamesh/meshreader.h"
-#include "tamesh/meshtree.h"
-#include "tamesh/offwriter.h"
 #include "tamesh/progress.h"
 #include "tamesh/tameshstatistics.h"
 
@@ -94,13 +91,6 @@ namespace {
         return text;
     }
 
-    Mesh readMeshFile(IConsole& console, const std::string& name)
-    {
-        InputFile file(name);
-        Progress progress(console, "reading " + name, file.GetSize());
-        return ReadMesh({ name, file.GetStream(), file.GetSize(), &progress });
-    }
-
     std::string_view nameOf(EMeshFormat format)
     {
         switch (format) {
@@ -164,7 +154,7 @@ EExitCode ShowMeshes(
 {
     return forEach(console, meshFiles, [&](const std::string& name) {
         showFigures(
-            console, options, name, nameOf(GetMeshFormat(name)), readMeshFile(console, name));
+            console, options, name, nameOf(GetMeshFormat(name)), ReadMeshFile(console, name));
     });
 }
 
@@ -172,29 +162,10 @@ EExitCode ShowDocuments(
     IConsole& console, const std::vector<std::string>& documentFiles, const SViewOptions& options)
 {
     return forEach(console, documentFiles, [&](const std::string& name) {
-        InputFile file(name);
         Document document;
-        {
-            Progress progress(console, "reading " + name, file.GetSize());
-            document.Load(file.GetStream(), &progress);
-        }
+        ReadDocumentFile(console, name, document);
         showFigures(console, options, name, "document", document.GetMesh(),
             formatTree(*document.GetTree().GetRootNode(), options.treeDepth));
-    });
-}
-
-EExitCode PackMesh(IConsole& console, const std::string& meshFile, const std::string& documentFile)
-{
-    Document document;
-    const EExitCode code = Guard(console, meshFile, [&] {
-        document = Document(readMeshFile(console, meshFile));
-        NameMesh(document.GetTree(), meshFile, TaUniqueID());
-    });
-    return code != eEC_Done ? code : Guard(console, documentFile, [&] {
-        Progress progress(console, "writing " + documentFile, document.GetSavedSize());
-        OutputFile file(documentFile);
-        document.Save(file.GetStream(), &progress);
-        file.Commit();
     });
 }
 
@@ -207,11 +178,7 @@ EExitCode MakeMesh(
             Progress progress(console, "making " + meshFile, elements);
             return makeShape(shape, resolution, progress);
         }();
-        Progress progress(console, "writing " + meshFile, elements);
-        OutputFile file(meshFile);
-        OutputText text(file);
-        WriteOFF(text, mesh, &progress);
-        file.Commit();
+        WriteMeshFile(console, meshFile, mesh);
     });
 }
 

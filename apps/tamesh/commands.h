@@ -33,8 +33,28 @@ EExitCode ShowMeshes(
 EExitCode ShowDocuments(IConsole& console, const std::vector<std::string>& documentFiles,
     const SViewOptions& options = {});
 
-/// Saves a mesh as a document.
-EExitCode PackMesh(IConsole& console, const std::string& meshFile, const std::string& documentFile);
+/// How PackMesh stores a mesh.
+struct SPackOptions
+{
+    enum EForm
+    {
+        eF_Plain,
+        eF_Lossless,
+        eF_Quantized,
+    };
+
+    EForm form = eF_Plain;
+    unsigned int bits = 16; // of a quantized coordinate, 1 to CoordinateForm::kMostBits
+};
+
+/// Saves a mesh as a document. Where it is packed, the document is read back and compared, and what
+/// the forms take and by how much vertices have moved is shown.
+EExitCode PackMesh(IConsole& console, const std::string& meshFile, const std::string& documentFile,
+    const SPackOptions& options = {});
+
+/// Saves the mesh in a document as an OFF file.
+EExitCode UnpackDocument(
+    IConsole& console, const std::string& documentFile, const std::string& meshFile);
 
 enum EShape
 {

@@ -6,6 +6,7 @@
 #include "tamesh/meshtree.h"
 
 #include <array>
+#include <string_view>
 #include <utility>
 
 namespace tamesh {
@@ -31,24 +32,38 @@ Document::Document(Mesh mesh)
     DescribeMesh(*m_tree, GetMesh());
 }
 
+void Document::Pack(const CoordinateForm& form, Progress* progress)
+{
+    m_packed = std::make_unique<TaPackedMeshRecord>(GetMesh(), form, progress);
+}
+
 void Document::Save(TuStreamWriteBinary& stream, Progress* progress) const
 {
     ChecksumWriter checked(stream, progress);
     checked.WriteBuffer(kMarker.data(), kMarker.size());
     checked.WriteVersion(kFormatVersion);
-    checked.WriteChunk(m_record);
+    if (m_packed != nullptr) {
+        checked.WriteChunk(*m_packed);
+    } else {
+        checked.WriteChunk(m_record);
+    }
     m_tree->Serialize(checked);
     stream << checked.GetChecksum();
 }
 
 std::uint64_t Document::GetSavedSize() const
 {
-    constexpr std::uint64_t kAround = 60; // all but the arrays of the mesh and the tree
-    const Mesh& mesh = GetMesh();
+    // All but the record and the tree; of the chunk, the version and the length of the class name.
+    constexpr std::uint64_t kAround = kMarker.size() + sizeof kFormatVersion
+        + 2 * sizeof(std::uint32_t) + sizeof(std::uint32_t);
     TaStreamWriteBinaryBuffer tree;
     m_tree->Serialize(tree);
-    return kAround + tree.GetSize() + std::uint64_t{ mesh.GetVertexCount() } * sizeof(SPoint)
-        + (std::uint64_t{ mesh.GetFaceCount() } + mesh.GetCornerCount()) * sizeof(std::uint32_t);
+    const ISerializable& record
+        = m_packed != nullptr ? static_cast<const ISerializable&>(*m_packed) : m_record;
+    return kAround + std::u16string_view(record.GetClassName()).size() * sizeof(char16_t)
+        + tree.GetSize()
+        + (m_packed != nullptr ? m_packed->GetStoredSize()
+                               : TaMeshRecord::GetStoredSize(GetMesh()));
 }
 
 void Document::Load(TuStreamReadBinary& stream, Progress* progress)
@@ -62,15 +77,14 @@ void Document::Load(TuStreamReadBinary& stream, Progress* progress)
     }
     const unsigned int version = checked.ReadAndCompareVersion(kFormatVersion);
 
-    const std::unique_ptr<ISerializable> object(checked.ReadChunk());
-    auto* record = dynamic_cast<TaMeshRecord*>(object.get());
-    if (record == nullptr) {
+    std::unique_ptr<ISerializable> object(checked.ReadChunk());
+    auto* plain = dynamic_cast<TaMeshRecord*>(object.get());
+    auto* packed = dynamic_cast<TaPackedMeshRecord*>(object.get());
+    if (plain == nullptr && packed == nullptr) {
         throw TuExceptionStream(TU_HERE, u"the document does not hold a mesh");
     }
     auto tree = std::make_unique<TaDataManager>();
-    if (version == 0) {
-        DescribeMesh(*tree, record->GetMesh());
-    } else {
+    if (version != 0) {
         tree->Serialize(checked);
     }
     std::uint32_t checksum = 0;
@@ -82,7 +96,15 @@ void Document::Load(TuStreamReadBinary& stream, Progress* progress)
     if (stream.ReadBuffer(&surplus, 1) != 0) {
         throw TuExceptionStream(TU_HERE, u"more bytes follow the end of the document");
     }
-    m_record.SetMesh(record->TakeMesh());
+    Mesh mesh = packed != nullptr ? packed->Unpack(progress) : plain->TakeMesh();
+    if (version == 0) {
+        DescribeMesh(*tree, mesh);
+    }
+    m_record.SetMesh(std::move(mesh));
+    m_packed.reset(packed);
+    if (packed != nullptr) {
+        static_cast<void>(object.release());
+    }
     m_tree = std::move(tree);
 }
 

@@ -4,6 +4,7 @@
 #include "platform/platformterminal.h"
 #include "tabase/tafilesystem.h"
 #include "tamesh/commands.h"
+#include "tamesh/coordinateform.h"
 #include "tamesh/optionscommands.h"
 #include "tamesh/settings.h"
 #include "tamesh/tameshstatistics.h"
@@ -96,7 +97,28 @@ public:
         pack->add_option("-o,--output", m_output, "document to write")
             ->required()
             ->check(endingWith(".tadoc"));
-        pack->callback([this, &console, &code] { code = PackMesh(console, m_input, m_output); });
+        CLI::Option* bits = pack->add_option("--bits", m_bits,
+            "packs it, with coordinates rounded to N bits over the longest side of the box");
+        bits->type_name("N")->check(CLI::Range(1U, CoordinateForm::kMostBits));
+        pack->add_flag("--lossless", m_isLossless, "packs it, with coordinates bit for bit")
+            ->excludes(bits);
+        pack->callback([=, this, &console, &code] {
+            SPackOptions options;
+            if (bits->count() != 0) {
+                options = { SPackOptions::eF_Quantized, m_bits };
+            } else if (m_isLossless) {
+                options.form = SPackOptions::eF_Lossless;
+            }
+            code = PackMesh(console, m_input, m_output, options);
+        });
+
+        CLI::App* unpack = app.add_subcommand("unpack", "Saves the mesh in a document");
+        unpack->add_option("DOC", m_input, "document (.tadoc)")->required();
+        unpack->add_option("-o,--output", m_output, "mesh to write")
+            ->required()
+            ->check(endingWith(".off"));
+        unpack->callback(
+            [this, &console, &code] { code = UnpackDocument(console, m_input, m_output); });
 
         CLI::App* make = app.add_subcommand("make", "Makes a mesh");
         make->add_option("SHAPE", m_shape, "what to make")
@@ -124,6 +146,8 @@ private:
     std::string m_output;
     std::string m_shape;
     std::uint32_t m_resolution = 0;
+    unsigned int m_bits = 0;
+    bool m_isLossless = false;
 };
 
 /// `tamesh options …`.

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <span>
+#include <utility>
 
 namespace tamesh {
 
@@ -40,6 +41,8 @@ public:
     {
         AddFace(std::span(corners.begin(), corners.size()));
     }
+
+    void SetVertices(TuArray<SPoint> vertices) { m_vertices = std::move(vertices); }
 
     std::uint32_t GetVertexCount() const { return m_vertices.GetSize(); }
     std::uint32_t GetFaceCount() const { return m_faceEnds.GetSize(); }

@@ -47,7 +47,7 @@ Progress::~Progress()
 
 void Progress::Advance(std::uint64_t done)
 {
-    CheckInterrupt(m_console);
+    CheckInterrupt();
     show(static_cast<double>(std::min(done, m_total)) / static_cast<double>(m_total));
 }
 

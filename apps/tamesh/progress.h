@@ -41,6 +41,8 @@ public:
 
     /// `done` of the total. Cheap enough for every few thousand steps.
     void Advance(std::uint64_t done);
+    /// Throws Interrupted when the console is; shows nothing.
+    void CheckInterrupt() const { tamesh::CheckInterrupt(m_console); }
     /// Of an algorithm that has no steps to count; the total does not matter.
     void onProgress(double fraction, const CString& text) override;
 

@@ -132,6 +132,13 @@ void TaMeshRecord::Write(TuStreamWriteBinary& stream, const Mesh& mesh)
         stream, mesh.GetCornerCount(), [&mesh](std::uint64_t i) { return mesh.GetCorners()[i]; });
 }
 
+std::uint64_t TaMeshRecord::GetStoredSize(const Mesh& mesh)
+{
+    return sizeof kVersion + 2 * sizeof(std::uint32_t)
+        + std::uint64_t{ mesh.GetVertexCount() } * sizeof(SPoint)
+        + (std::uint64_t{ mesh.GetFaceCount() } + mesh.GetCornerCount()) * sizeof(std::uint32_t);
+}
+
 IObject* TaMeshRecord::CreateByFactory() { return new TaMeshRecord; }
 
 } // namespace tamesh

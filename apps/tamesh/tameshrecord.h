@@ -31,6 +31,9 @@ public:
     /// What Serialize writes, for a mesh that lies elsewhere.
     static void Write(TuStreamWriteBinary& stream, const Mesh& mesh);
 
+    /// What Write writes, in bytes.
+    static std::uint64_t GetStoredSize(const Mesh& mesh);
+
     const Mesh& GetMesh() const { return m_mesh; }
     void SetMesh(Mesh mesh) { m_mesh = std::move(mesh); }
     /// Leaves the record empty.

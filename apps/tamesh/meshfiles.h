@@ -1,0 +1,23 @@
+#pragma once
+
+#include "tamesh/mesh.h"
+
+#include <string>
+
+namespace tamesh {
+
+class Document;
+class IConsole;
+
+// Whole files that the user named, with a progress bar. Failures are those of InputFile,
+// OutputFile, and what reads or writes their contents.
+
+/// By the format that the name tells.
+Mesh ReadMeshFile(IConsole& console, const std::string& name);
+/// As OFF.
+void WriteMeshFile(IConsole& console, const std::string& name, const Mesh& mesh);
+
+void ReadDocumentFile(IConsole& console, const std::string& name, Document& document);
+void WriteDocumentFile(IConsole& console, const std::string& name, const Document& document);
+
+} // namespace tamesh
