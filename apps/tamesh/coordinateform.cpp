@@ -238,7 +238,7 @@ double CoordinateForm::toCode(double coordinate, double lower) const
 double CoordinateForm::fromCode(double code, double lower) const
 {
     constexpr double kLargest = std::numeric_limits<double>::max();
-    const float distance = m_quantization.Unmap(static_cast<std::uint32_t>(code));
+    const double distance = m_quantization.Unmap(static_cast<std::uint32_t>(code));
     // Half a step beyond the box may be beyond the last number.
     return std::clamp(lower + std::ldexp(distance, m_exponent), -kLargest, kLargest);
 }

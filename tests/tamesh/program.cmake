@@ -47,6 +47,15 @@ expect(0 "^good.tadoc \\(document\\)\n  vertices +3\n.*-- Source file \\(TaDataN
 expect(1 "" "^good.off: TuExceptionWrongFileVersion at apps/tamesh/document\\([0-9]+\\): "
   show good.off)
 
+expect(0 "^small.tadoc \\(packed\\)\n  raw +100 bytes, 100 %\n.*largest error +none" ""
+  pack good.off -o small.tadoc --lossless)
+expect(0 "" "" unpack small.tadoc -o back.off)
+expect(0 "quantized, 3 bits .*largest error " "" pack good.off -o small.tadoc --bits 3)
+execute_process(COMMAND ${CMAKE_COMMAND} -E compare_files --ignore-eol good.off back.off
+  WORKING_DIRECTORY ${FOLDER} COMMAND_ERROR_IS_FATAL ANY)
+expect(1 "" "^nothing.tadoc: cannot open: " unpack nothing.tadoc -o nothing.off)
+file(REMOVE ${FOLDER}/small.tadoc ${FOLDER}/back.off)
+
 foreach(shape terrain torus sphere)
   expect(0 "" "" make ${shape} 8 -o ${shape}.off)
   expect(0 "\n  components +1\n" "" info ${shape}.off)
@@ -99,6 +108,9 @@ expect(2 "" "^tamesh: there is no subcommand or option fly\n.*${usage}" fly)
 expect(2 "" "${usage} info" info)
 expect(2 "" "${usage} pack" pack good.off)
 expect(2 "" "${usage} pack" pack good.off -o good.off)
+expect(2 "" "${usage} pack" pack good.off -o good.tadoc --bits 25)
+expect(2 "" "${usage} pack" pack good.off -o good.tadoc --bits 8 --lossless)
+expect(2 "" "${usage} unpack" unpack good.tadoc -o good.tadoc)
 expect(2 "" "${usage} make" make cube 5 -o cube.off)
 expect(2 "" "${usage} make" make torus 2 -o torus2.off)
 expect(0 "${usage}|Usage: tamesh" "" --help)
