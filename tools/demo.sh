@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds tamesh and runs it on real scanned meshes: shows their figures,
-# packs them as documents and shows those; then makes meshes of its own. A second run does only what
-# is new. Nothing is written outside build/.
+# packs them as documents, whole and small, and shows those; makes meshes of its own, too. A second
+# run does only what is new. Nothing is written outside build/.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -95,6 +95,22 @@ pack_and_show() { # a mesh
         "$(stat -c %s "$1")" "$(stat -c %s "$document")"
 }
 
+pack_small() { # a mesh
+    local name packed
+    name=$(basename "$1" .off)
+    packed=$results/$name.packed
+    "$tamesh" pack "$1" -o "$packed.tadoc" --lossless >"$packed.txt"
+    "$tamesh" unpack "$packed.tadoc" -o "$packed.off"
+    check "what the losslessly packed $name shows" \
+        "$("$tamesh" info "$packed.off" | tail -n +2)" "$("$tamesh" info "$1" | tail -n +2)"
+    check "the largest error of the losslessly packed $name" \
+        "$(figure 'largest error' cat "$packed.txt")" 'none: all bits are the same'
+    "$tamesh" pack "$1" -o "$packed.tadoc" --bits 14 | tee "$packed.txt"
+    "$tamesh" unpack "$packed.tadoc" -o "$packed.off"
+    check "the faces of the packed $name" \
+        "$(figure faces "$tamesh" info "$packed.off")" "$(figure faces "$tamesh" info "$1")"
+}
+
 step 'What it needs, and building it'
 tools/setup.sh
 quietly cmake --preset release
@@ -134,6 +150,11 @@ echo "in $results: terrain.off, torus.off, sphere.off"
 step 'Packed, read back, and the same as before'
 for mesh in "${inputs[@]}"; do
     pack_and_show "$mesh"
+done
+
+step 'Packed to a fraction: lossless, then with 14 bits for each coordinate'
+for mesh in "${inputs[@]}"; do
+    pack_small "$mesh"
 done
 
 step 'A mesh with a fault'
