@@ -105,8 +105,7 @@ void TaCompressRangeCoder::flush()
     provideRoom(TaRangeEncoder::kItemRoom);
     m_encoder.storeLow();
     m_encoder.next += 4;
-    m_encoder.range = 0;
-    m_bufferEnd = m_encoder.next; // no room for more
+    close();
     m_stream.WriteVersion(kVersion);
     const auto count = static_cast<unsigned int>(m_encoder.next - m_buffer.GetData());
     m_stream << count;

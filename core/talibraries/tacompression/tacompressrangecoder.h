@@ -124,8 +124,13 @@ private:
 
     void flush();
     void reset();
-    /// What is coded is never written.
-    void discard() { m_encoder.range = 0; }
+    /// Nothing is coded any more: there is no room for it. What is coded and not yet written never
+    /// is.
+    void close()
+    {
+        m_encoder.range = 0;
+        m_bufferEnd = m_encoder.next;
+    }
 
     void provideRoom(std::uint32_t bytes)
     {

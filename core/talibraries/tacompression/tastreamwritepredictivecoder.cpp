@@ -93,7 +93,7 @@ void TaStreamWritePredictiveCoder::Finish()
     try {
         m_stream.WriteVersion(m_version);
     } catch (...) {
-        m_coder->discard();
+        m_coder->close();
         throw;
     }
     m_coder->Finish();
