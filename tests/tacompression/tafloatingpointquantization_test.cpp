@@ -1,0 +1,172 @@
+#include "tacompression/tafloatingpointquantizationuniformwithinvalid.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+
+namespace {
+
+using Uniform = TaFloatingPointQuantizationUniform;
+using WithInvalid = TaFloatingPointQuantizationUniformWithInvalid;
+
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+constexpr std::int32_t kLeast = std::numeric_limits<std::int32_t>::min();
+constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
+
+TEST(TaFloatingPointQuantizationTest, TheRangeSetsTheCodesAndTheirWidth)
+{
+    const struct
+    {
+        float minimum, maximum, scale;
+        std::int32_t minValue;
+        std::uint32_t maxValue, bitCount;
+        std::uint32_t bitCountWithInvalid, invalidCode; // for a value that is not in the range
+    } kCases[] = {
+        { 0, 1, 255, 0, 255, 8, 9, 511 },
+        { 0, 1, 100, 0, 100, 7, 7, 127 },
+        { -1, 1, 2, -2, 4, 3, 3, 7 },
+        { -2.5f, 2.5f, 1, -2, 5, 3, 3, 7 }, // halves go up
+        { 3, 3, 1, 3, 0, 1, 1, 1 },
+        { 0, 1, 1, 0, 1, 1, 2, 3 },
+        { 0, 1, 0, 0, 0, 1, 1, 1 },
+        { -1, 1, kNan, kLeast, 0, 1, 1, 1 },
+        { 10, 5, 1, 10, 0xFFFFFFFB, 32, 32, 0xFFFFFFFF }, // reversed
+        { 0, 2147483520.0f, 1, 0, 2147483520, 31, 31, 0x7FFFFFFF },
+        { -2e9f, 2e9f, 1, -2000000000, 4000000000, 32, 32, 0xFFFFFFFF },
+        { 1e30f, kInfinity, 1, kMost, 0, 1, 1, 1 },
+        // No code is free: it shares one with a real value.
+        { 0, -1, 1, 0, 0xFFFFFFFF, 32, 32, 0 },
+        { -1e30f, 1e30f, 1, kLeast, 0xFFFFFFFF, 32, 32, 0 },
+    };
+    for (const auto& expected : kCases) {
+        SCOPED_TRACE(testing::Message()
+            << expected.minimum << " to " << expected.maximum << " by " << expected.scale);
+        const Uniform uniform(expected.minimum, expected.maximum, expected.scale);
+        EXPECT_EQ(uniform.GetMinValue(), expected.minValue);
+        EXPECT_EQ(uniform.GetMaxValue(), expected.maxValue);
+        EXPECT_EQ(uniform.GetBitCount(), expected.bitCount);
+        const WithInvalid invalid(expected.minimum, expected.maximum, expected.scale, -77);
+        EXPECT_EQ(invalid.GetBitCount(), expected.bitCountWithInvalid);
+        EXPECT_EQ(invalid.Map(-77), expected.invalidCode);
+        EXPECT_EQ(invalid.Unmap(expected.invalidCode), -77);
+    }
+}
+
+TEST(TaFloatingPointQuantizationTest, ValuesAreRoundedWithHalvesUpwardsAndClamped)
+{
+    const Uniform ones(-10, 10, 1);
+    const Uniform halves(-1, 1, 2);
+    const Uniform wide(-8388608, 8388608, 1);
+    const Uniform low(-2e9f, 0, 1);
+    const Uniform high(0, 2147483520.0f, 1);
+    const Uniform none(0, 1, 0);
+    const Uniform signedTooWide(-2e9f, 2e9f, 1); // codes compare as signed: all map to 0
+    const struct
+    {
+        const Uniform& quantization;
+        float value;
+        std::uint32_t code;
+    } kCases[] = {
+        { halves, 0.25f, 3 },
+        { halves, -0.25f, 2 },
+        { ones, 2.5f, 13 },
+        { ones, -2.5f, 8 },
+        { ones, -0.5f, 10 },
+        { ones, -0.50000006f, 9 },
+        { ones, 0.49999997f, 11 }, // the sum with 0.5 is rounded to 1
+        { ones, 0.49999994f, 10 },
+        { ones, -std::numeric_limits<float>::denorm_min(), 10 },
+        { ones, 10.4f, 20 },
+        { ones, 11, 20 },
+        { ones, -11, 0 },
+        { ones, kInfinity, 20 },
+        { ones, -kInfinity, 0 },
+        { ones, kNan, 0 },
+        { ones, 3e38f, 20 },
+        { ones, -3e38f, 0 },
+        { wide, 8388607.5f, 16777216 },
+        { wide, -8388607.5f, 1 },
+        { low, 2e9f, 2000000000 }, // the difference has 32 bits
+        { low, -3e9f, 0 },
+        { high, 2147483648.0f, 2147483520 },
+        { high, 2147483392.0f, 2147483392 },
+        { high, -2147483648.0f, 0 },
+        { none, 1, 0 },
+        { none, kInfinity, 0 },
+        { signedTooWide, -2e9f, 0 },
+        { signedTooWide, 1, 0 },
+        { signedTooWide, 2e9f, 0 },
+    };
+    for (const auto& expected : kCases) {
+        EXPECT_EQ(expected.quantization.Map(expected.value), expected.code)
+            << expected.value << " from " << expected.quantization.GetMinValue();
+    }
+}
+
+TEST(TaFloatingPointQuantizationTest, EveryCodeHasAFloat)
+{
+    const Uniform bytes(0, 1, 255);
+    EXPECT_EQ(bytes.Unmap(255), 1.0f);
+    EXPECT_EQ(bytes.Unmap(256), 256.0f / 255.0f);
+    EXPECT_EQ(bytes.Unmap(0xFFFFFFFF), -1.0f / 255.0f);
+    const Uniform low(-2e9f, 0, 0.5f);
+    EXPECT_EQ(low.Unmap(0), -2e9f);
+    EXPECT_EQ(low.Unmap(2000000000), 2e9f);
+    EXPECT_EQ(Uniform(2e9f, 2e9f, 1).Unmap(2000000000), -294967296.0f); // wraps around
+    const Uniform none(0, 1, 0);
+    EXPECT_TRUE(std::isnan(none.Unmap(0)));
+    EXPECT_EQ(none.Unmap(1), kInfinity);
+    EXPECT_EQ(none.Unmap(0x80000000), -kInfinity);
+}
+
+TEST(TaFloatingPointQuantizationTest, TheInvalidValueIsRecognisedByComparison)
+{
+    const WithInvalid zero(-1, 1, 2, 0); // 0 lies in the range
+    EXPECT_EQ(zero.Map(0), 7u);
+    EXPECT_EQ(zero.Map(-0.0f), 7u);
+    EXPECT_EQ(zero.Map(0.01f), 2u);
+    EXPECT_EQ(zero.Unmap(7), 0.0f);
+    EXPECT_EQ(zero.Unmap(2), 0.0f);
+    const WithInvalid nan(-1, 1, 2, kNan);
+    EXPECT_EQ(nan.Map(kNan), 0u);
+    EXPECT_TRUE(std::isnan(nan.Unmap(7)));
+    const WithInvalid infinity(-1, 1, 2, kInfinity);
+    EXPECT_EQ(infinity.Unmap(infinity.Map(kInfinity)), kInfinity);
+    EXPECT_EQ(infinity.Unmap(infinity.Map(-kInfinity)), -1.0f);
+    const WithInvalid shared(0, -1, 1, 5);
+    EXPECT_EQ(shared.Unmap(shared.Map(3)), 5.0f); // as every value that has the shared code
+}
+
+TEST(TaFloatingPointQuantizationTest, RestoredValuesAreHalfAStepAwayAtMostAndMapToTheirCodes)
+{
+    std::mt19937 random(1); // the standard fixes its numbers
+    const auto number = [&](float magnitude) {
+        return (static_cast<float>(random()) * 0x1p-31f - 1) * magnitude;
+    };
+    for (int round = 0; round < 200; ++round) {
+        const float center = number(1000);
+        const float radius = std::abs(number(100)) + 0.01f;
+        const float scale = std::abs(number(900)) + 0.1f;
+        const Uniform quantization(center - radius, center + radius, scale);
+        for (int i = 0; i < 100; ++i) {
+            const float value = center + number(radius) * 0.999f;
+            const std::uint32_t code = quantization.Map(value);
+            const float restored = quantization.Unmap(code);
+            const double scaled = std::abs(double{ value } * double{ scale });
+            const double rounding = (scaled + 1) * 3 * 0x1p-24;
+            ASSERT_LE(
+                std::abs(double{ restored } - double{ value }) * double{ scale }, 0.5 + rounding)
+                << value << " in " << center << " +- " << radius << " by " << scale;
+        }
+        const std::uint32_t step = quantization.GetMaxValue() / 500 + 1;
+        for (std::uint32_t code = 0; code <= quantization.GetMaxValue(); code += step) {
+            ASSERT_EQ(quantization.Map(quantization.Unmap(code)), code)
+                << center << " by " << scale;
+        }
+    }
+}
+
+} // namespace

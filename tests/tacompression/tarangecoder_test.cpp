@@ -1,0 +1,450 @@
+#include "groundwork/tuloglistenermanager.h"
+#include "support/allocationlimit.h"
+#include "support/expectfailure.h"
+#include "support/memorystreams.h"
+#include "tacompression/fullsink.h"
+#include "tacompression/tacompressrangecoder.h"
+#include "tacompression/tadecompressrangecoder.h"
+#include "tacompression/tastreamreadpredictivecoder.h"
+#include "tacompression/tastreamwritepredictivecoder.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <vector>
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+using Model = TaProbabilityModelQuasiStatic;
+
+constexpr const char16_t* kReaderFile = u"core/talibraries/tacompression/tadecompressrangecoder";
+
+/// Version 0, the count, the bytes.
+Bytes blockOf(std::initializer_list<unsigned char> coded)
+{
+    Bytes block{ 0, 0, 0, 0, static_cast<unsigned char>(coded.size()), 0, 0, 0 };
+    block.insert(block.end(), coded);
+    return block;
+}
+
+/// The block that `action` codes with a model of so many symbols.
+template <class Action> Bytes code(std::uint32_t symbolCount, Action&& action)
+{
+    return WriteToBytes([&](TuStreamWriteBinary& target) {
+        TaCompressRangeCoder coder(target, symbolCount, 0);
+        action(coder);
+    });
+}
+
+/// Whether `action` finds in the block what it asks for, and takes no byte behind it.
+template <class Action> bool decode(const Bytes& block, std::uint32_t symbolCount, Action&& action)
+{
+    return ReadFromBytes(block, [&](TuStreamReadBinary& source) {
+        TaDecompressRangeCoder coder(source, symbolCount);
+        action(coder);
+    });
+}
+
+struct SRawBits
+{
+    std::uint32_t value, width;
+};
+
+void expectRawBits(TaDecompressRangeCoder& coder, std::initializer_list<SRawBits> expected)
+{
+    for (const auto& [value, width] : expected) {
+        EXPECT_EQ(coder.ReadRawBits(width), value);
+    }
+}
+
+void expectSymbols(TaDecompressRangeCoder& coder, const std::vector<std::uint32_t>& expected)
+{
+    std::vector<std::uint32_t> symbols(expected.size());
+    coder.ReadSymbols(symbols);
+    EXPECT_EQ(symbols, expected);
+}
+
+// The bytes of these blocks were worked out by hand.
+TEST(TaRangeCoderTest, BlocksHaveTheBytesOfTheStoredForm)
+{
+    struct SBlock
+    {
+        std::uint32_t symbolCount;
+        std::function<void(TaCompressRangeCoder&)> write;
+        std::function<void(TaDecompressRangeCoder&)> read;
+        Bytes bytes;
+    };
+    const auto makeModels = [] {
+        return std::vector{ TuMake<Model>(2u, 3u, 1u), TuMake<Model>(1000u, 16u, 1024u),
+            TuMake<Model>(16u, 10u, 2047u) };
+    };
+    const auto symbolsOf = [](std::uint32_t i) {
+        return std::vector<std::uint32_t>{ i % 3 == 0 ? 1u : 0u, i * i * 83 % 1000, i % 5 };
+    };
+    const SBlock kBlocks[] = {
+        { 2, [](auto&) {}, [](auto&) {}, blockOf({ 0, 0, 0, 0 }) },
+        { 2, [](auto& coder) { coder << 1; }, [](auto& coder) { expectSymbols(coder, { 1 }); },
+            blockOf({ 0x7F, 0xFF, 0x80, 0 }) },
+        // 0x100 * 0xFFFF lies below a change of the top byte, and the range of 0xFFFF across it:
+        // two bytes go out at once.
+        { 2, [](auto& coder) { coder.WriteRawBits(0x100, 16); },
+            [](auto& coder) {
+                expectRawBits(coder, { { 0x100, 16 } });
+            },
+            blockOf({ 0, 0xFF, 0xFF, 0, 0, 0 }) },
+        { 5,
+            [](auto& coder) {
+                coder << 0u;
+                coder.WriteRawBits(0xFFFFFF15, 5); // the bits beyond the width do not count
+                coder << 4u;
+                coder.WriteRawBits(123, 0);
+                coder << 2u;
+                coder.WriteRawBits(0xABCD, 16);
+                coder.WriteRawBits(0x1ABCD, 17);
+                coder.WriteRawBits(0xFFFFFFFF, 32);
+                coder << 4u;
+                coder.WriteRawBits(0x80000001, 32);
+                coder << 4u << 0u;
+            },
+            [](auto& coder) {
+                expectSymbols(coder, { 0 });
+                expectRawBits(coder, { { 0x15, 5 } });
+                expectSymbols(coder, { 4 });
+                expectRawBits(coder, { { 0, 0 } });
+                expectSymbols(coder, { 2 });
+                expectRawBits(coder, { { 0xABCD, 16 }, { 0x1ABCD, 17 }, { 0xFFFFFFFF, 32 } });
+                expectSymbols(coder, { 4 });
+                expectRawBits(coder, { { 0x80000001, 32 } });
+                expectSymbols(coder, { 4, 0 });
+            },
+            blockOf({ 0x23, 0x0C, 0x77, 0x91, 0x5F, 0xB7, 0x1D, 0xFF, 0xE6, 0xFE, 0xE6, 0x68, 0x00,
+                0x01, 0xA6, 0x66, 0x00, 0x00 }) },
+        { 2, // several models
+            [&](auto& coder) {
+                const auto models = makeModels();
+                for (std::uint32_t i = 0; i < 12; ++i) {
+                    for (std::size_t model = 0; model < models.size(); ++model) {
+                        coder.WriteSymbol(symbolsOf(i)[model], *models[model]);
+                    }
+                }
+            },
+            [&](auto& coder) {
+                const auto models = makeModels();
+                for (std::uint32_t i = 0; i < 12; ++i) {
+                    for (std::size_t model = 0; model < models.size(); ++model) {
+                        ASSERT_EQ(coder.ReadSymbol(*models[model]), symbolsOf(i)[model]) << i;
+                    }
+                }
+            },
+            blockOf({ 0x7F, 0xFF, 0xFF, 0xFC, 0x55, 0xAB, 0xF3, 0x2D, 0xC8, 0x7F, 0x2C, 0x11, 0x08,
+                0xA7, 0xF8, 0x9E, 0x69, 0x01, 0x80, 0xB1, 0xB0, 0x77, 0x4A, 0xCC, 0xA2, 0xE6,
+                0x40 }) },
+        { 2, // what is no symbol of the coder's own model is bytes, as in any stream
+            [](auto& coder) { coder << "a\xE9z" << true << -1.5f << short{ -2 } << u"\u00e4"; },
+            [](auto& coder) {
+                CStringA narrow;
+                CString wide;
+                bool flag = false;
+                float number = 0;
+                short small = 0;
+                coder >> narrow >> flag >> number >> small >> wide;
+                EXPECT_TRUE(narrow == CStringA("a\xE9z") && flag && number == -1.5f && small == -2
+                    && wide == CString(u"\u00e4"));
+            },
+            blockOf({ 0x02, 0xFF, 0xFF, 0xFD, 0x00, 0x01, 0x25, 0xBC, 0x6E, 0x03, 0x00, 0x02, 0x42,
+                0x3F, 0xFC, 0xFD, 0x03, 0x00, 0x00, 0x02, 0xAC, 0x00, 0x00, 0x00, 0x00 }) },
+    };
+    for (const SBlock& block : kBlocks) {
+        SCOPED_TRACE(&block - kBlocks);
+        EXPECT_EQ(code(block.symbolCount, block.write), block.bytes);
+        EXPECT_TRUE(decode(block.bytes, block.symbolCount, block.read));
+    }
+}
+
+TEST(TaRangeCoderTest, NumbersOfEightTypesAreSymbolsAndAllElseIsBytes)
+{
+    const std::uint64_t eightBytes = 0x0123456789ABCDEF;
+    const Bytes byOperators = code(201, [&](TaCompressRangeCoder& coder) {
+        coder << 'a' << static_cast<unsigned char>(200) << static_cast<unsigned short>(3) << 4 << 5u
+              << 6l << 7ul << 8ll + (1ll << 32); // symbols have 32 bits
+        coder << static_cast<signed char>(-1) << static_cast<unsigned long long>(eightBytes) << 0.1
+              << CString(u"b") << CStringA("c") << L"d";
+    });
+    const Bytes plainBytes = WriteToBytes([&](TuStreamWriteBinary& stream) {
+        stream << static_cast<signed char>(-1) << static_cast<unsigned long long>(eightBytes) << 0.1
+               << CString(u"b") << CStringA("c") << L"d";
+    });
+    EXPECT_EQ(byOperators, code(201, [&](TaCompressRangeCoder& coder) {
+        coder.WriteSymbols(std::vector<std::uint32_t>{ 'a', 200, 3, 4, 5, 6, 7, 8 });
+        coder.WriteRaw(plainBytes.data(), plainBytes.size());
+    }));
+    EXPECT_TRUE(decode(byOperators, 201, [&](TaDecompressRangeCoder& coder) {
+        char letter = 0;
+        unsigned char byte = 0;
+        unsigned short small = 0;
+        int number = -1;
+        unsigned int natural = 0;
+        long longer = -1;
+        unsigned long longerNatural = 0;
+        long long longest = -1;
+        coder >> letter >> byte >> small >> number >> natural >> longer >> longerNatural >> longest;
+        EXPECT_TRUE(letter == 'a' && byte == 200 && small == 3 && number == 4 && natural == 5
+            && longer == 6 && longerNatural == 7 && longest == 8);
+        signed char negative = 0;
+        unsigned long long eight = 0;
+        double real = 0;
+        CString texts[2];
+        CStringA narrow;
+        coder >> negative >> eight >> real >> texts[0] >> narrow >> texts[1];
+        EXPECT_TRUE(negative == -1 && eight == eightBytes && real == 0.1);
+        EXPECT_EQ(texts[0].ToUtf8() + narrow.GetString() + texts[1].ToUtf8(), "bcd");
+    }));
+}
+
+TEST(TaRangeCoderTest, AModelHasBoundsForItsArguments)
+{
+    const struct
+    {
+        std::uint32_t symbolCount, totalBits, targetRescale;
+    } kRefused[] = { { 0, 16, 1024 }, { 1, 16, 1024 }, { 16385, 16, 1024 }, { 3, 3, 1 },
+        { 1U << 30, 16, 1024 }, { 0x40000001, 16, 1024 }, { 0xFFFFFFFF, 16, 1024 }, { 2, 2, 1 },
+        { 2, 0, 1 }, { 2, 17, 1024 }, { 2, 32, 1024 }, { 2, 0xFFFFFFFF, 1024 }, { 2, 16, 0 },
+        { 2, 16, 1U << 17 }, { 2, 16, 0xFFFFFFFF }, { 2, 3, 16 } };
+    for (const auto& refused : kRefused) {
+        SCOPED_TRACE(testing::Message()
+            << refused.symbolCount << ' ' << refused.totalBits << ' ' << refused.targetRescale);
+        ExpectFailure<TuExceptionPreconditionViolation>(
+            [&] { Model(refused.symbolCount, refused.totalBits, refused.targetRescale); },
+            u"core/talibraries/tacompression/taprobabilitymodelquasistatic", 55);
+    }
+    EXPECT_NO_THROW(Model(16384, 16, (1U << 17) - 1));
+    EXPECT_NO_THROW(Model(2, 3, 15));
+}
+
+TEST(TaRangeCoderTest, ABlockThatIsCutOffOrNewerIsRefusedInLittleMemory)
+{
+    const auto open = [](const Bytes& block) { decode(block, 2, [](auto&) {}); };
+    for (unsigned char count = 0; count < 4; ++count) {
+        Bytes block{ 0, 0, 0, 0, count, 0, 0, 0 };
+        block.resize(block.size() + count, 0xFF);
+        ExpectFailure<TuExceptionStream>([&] { open(block); }, kReaderFile, 93);
+    }
+    ExpectFailure<TuExceptionWrongFileVersion>([&] {
+        open({ 1, 0, 0, 0, 4, 0, 0, 0, 0, 0, 0, 0 });
+    });
+    const Bytes whole = code(2, [](auto& coder) { coder.WriteRaw("bytes", 5); });
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
+        ExpectFailure<TuExceptionStream>([&] { open(cut); });
+    }
+    Bytes hostile{ 0, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF };
+    hostile.resize(100'000);
+    const AllocationLimit memory(1000);
+    ExpectFailure<TuExceptionStream>([&] { open(hostile); });
+    EXPECT_LE(memory.GetLargest(), 3 * hostile.size());
+}
+
+TEST(TaRangeCoderTest, ReadingBeyondTheCodedBytesFailsForEver)
+{
+    const auto expectEnd = [](TaDecompressRangeCoder& coder, unsigned int line) {
+        unsigned char byte = 0;
+        std::vector<std::uint32_t> symbols(3);
+        for (int i = 0; i < 2; ++i) {
+            ExpectFailure<TuExceptionStream>([&] { coder.ReadRawBits(0); }, kReaderFile, line);
+            ExpectFailure<TuExceptionStream>([&] { coder >> byte; }, kReaderFile, line);
+            ExpectFailure<TuExceptionStream>([&] { coder.ReadRaw(&byte, 1); }, kReaderFile, line);
+            ExpectFailure<TuExceptionStream>(
+                [&] { coder.ReadSymbols(symbols); }, kReaderFile, line);
+        }
+    };
+    decode(blockOf({ 0, 0, 0, 0 }), 2, [&](auto& coder) {
+        expectRawBits(coder, { { 0, 16 } });
+        expectEnd(coder, 141);
+    });
+    decode(blockOf({ 0, 0xFF, 0xFF, 0, 0 }), 2, [&](auto& coder) {
+        expectRawBits(coder, { { 0x100, 16 } });
+        expectEnd(coder, 160); // one byte is left, but two are due
+    });
+}
+
+TEST(TaRangeCoderTest, WhatIsRefusedIsNotCoded)
+{
+    const auto model = Model::CreateUsual(1000);
+    const std::vector<std::uint32_t> symbols{ 0, 2, 1, 3, 0 }; // the fourth is none
+    const Bytes withRefusals = code(3, [&](TaCompressRangeCoder& coder) {
+        const std::function<void()> kRefused[]
+            = { [&] { coder << 3u; }, [&] { coder << 0xFFFFFFFFu; }, [&] { coder << -1; },
+                  [&] { coder << -1ll; }, [&] { coder << static_cast<char>(-1); },
+                  [&] { coder << '\x80'; }, [&] { coder.WriteSymbol(1000, *model); },
+                  [&] { coder.WriteRawBits(0, 33); }, [&] { coder.WriteRawBits(0, 0xFFFFFFFF); } };
+        for (const auto& refused : kRefused) {
+            coder << 1u;
+            ExpectFailure<TuExceptionPreconditionViolation>(refused);
+        }
+        // Of several, those before it are.
+        ExpectFailure<TuExceptionPreconditionViolation>([&] { coder.WriteSymbols(symbols); });
+        coder.WriteSymbol(999, *model);
+    });
+    model->Reset();
+    EXPECT_EQ(withRefusals, code(3, [&](TaCompressRangeCoder& coder) {
+        coder.WriteSymbols(std::vector<std::uint32_t>{ 1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 2, 1 });
+        coder.WriteSymbol(999, *model);
+    }));
+    decode(withRefusals, 3, [](TaDecompressRangeCoder& coder) {
+        ExpectFailure<TuExceptionPreconditionViolation>([&] { coder.ReadRawBits(33); });
+        expectSymbols(coder, { 1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 2, 1 });
+    });
+    PlainStreamWrite target;
+    ExpectFailure<TuExceptionPreconditionViolation>(
+        [&] { TaCompressRangeCoder(target, TuSmartPointer<Model>(), 0); });
+    EXPECT_TRUE(target.bytes.empty());
+}
+
+TEST(TaRangeCoderTest, TheBlockIsWrittenOnceAtTheEnd)
+{
+    PlainStreamWrite target;
+    Bytes written;
+    {
+        TaCompressRangeCoder coder(target, 2, 100);
+        coder.WriteSymbols(std::vector<std::uint32_t>(100'000, 1));
+        EXPECT_TRUE(target.bytes.empty());
+        coder.Finish();
+        EXPECT_FALSE(target.bytes.empty());
+        written = target.bytes;
+        const std::function<void()> kRefused[] = { [&] { coder << 1u; },
+            [&] { coder.WriteRawBits(0, 0); }, [&] { coder.WriteRaw("x", 1); },
+            [&] { coder << true; }, [&] { coder.WriteSymbols(std::vector<std::uint32_t>(1)); } };
+        for (const auto& refused : kRefused) {
+            ExpectFailure<TuExceptionPreconditionViolation>(refused);
+        }
+        coder.Finish();
+    }
+    EXPECT_EQ(target.bytes, written);
+}
+
+TEST(TaRangeCoderTest, AFailingTargetIsReportedByFinishOrLoggedByTheDestructor)
+{
+    struct Listener : TuLogListener
+    {
+        void onLog(const SLogLine& line) override { text += line.text.ToUtf8() + '\n'; }
+        std::string text;
+    };
+    auto& log = TuLogListenerManager::GetInstance();
+    const auto listener = TuMake<Listener>();
+    log.AddListener(listener);
+    for (const unsigned long long room : { 0u, 4u, 8u, 11u }) { // of 12 bytes
+        FullSink target(room);
+        {
+            TaCompressRangeCoder coder(target, 2, 0);
+            ExpectFailure<TuExceptionStream>([&] { coder.Finish(); });
+            EXPECT_NO_THROW(coder.Finish());
+            ExpectFailure<TuExceptionPreconditionViolation>([&] { coder << 1u; });
+        }
+        EXPECT_EQ(target.GetFailureCount(), 1);
+        EXPECT_EQ(listener->text, "");
+        EXPECT_NO_THROW(TaCompressRangeCoder(target, 2, 0));
+        EXPECT_EQ(target.GetFailureCount(), 2);
+        EXPECT_NE(listener->text.find("a coded block is lost: "), std::string::npos);
+        EXPECT_EQ(std::count(listener->text.begin(), listener->text.end(), '\n'), 1);
+        listener->text.clear();
+    }
+    log.RemoveListener(*listener);
+}
+
+TEST(TaRangeCoderTest, CodersThatShareAModelAdaptItTogether)
+{
+    const auto model = TuMake<Model>(4u, 8u, 32u);
+    std::uint32_t low = 0;
+    std::uint32_t frequency = 0;
+    model->GetFrequencies(3, low, frequency);
+    PlainStreamWrite targets[2];
+    {
+        TaCompressRangeCoder first(targets[0], model, 0);
+        TaCompressRangeCoder second(targets[1], model, 0); // the model starts anew
+        for (unsigned int i = 0; i < 100; ++i) {
+            (i % 3 == 0 ? first : second) << (i % 7 == 0 ? 2u : 1u);
+        }
+    }
+    model->GetFrequencies(1, low, frequency);
+    EXPECT_GT(frequency, 150u); // of 256
+    EXPECT_LT(targets[0].bytes.size() + targets[1].bytes.size(), 16u + 8u + 100 / 8);
+
+    model->Reset(); // the readers do not
+    PlainStreamRead sources[]
+        = { PlainStreamRead(targets[0].bytes), PlainStreamRead(targets[1].bytes) };
+    TaDecompressRangeCoder first(sources[0], model);
+    TaDecompressRangeCoder second(sources[1], model);
+    for (unsigned int i = 0; i < 100; ++i) {
+        ASSERT_EQ((i % 3 == 0 ? first : second).ReadSymbol(*model), i % 7 == 0 ? 2u : 1u);
+    }
+}
+
+TEST(TaRangeCoderTest, ACopyOfAModelSharesItsFrequenciesAndUseInTurnsIsNoticed)
+{
+    std::uint32_t low = 0;
+    std::uint32_t frequency = 0;
+    auto original = TuMake<Model>(3u, 5u, 63u);
+    Model copy(*original);
+    original = TuMake<Model>(*original); // the first one is gone, and its arrays are not
+    for (int i = 0; i < 40; ++i) {
+        original->GetFrequencies(2, low, frequency);
+    }
+    EXPECT_GT(frequency, 20u); // of 32
+    copy.Reset();
+    const std::uint32_t adapted = frequency;
+    Model(*original).GetFrequencies(2, low, frequency);
+    EXPECT_LT(frequency, adapted);
+
+    const auto useInTurns = [&] {
+        for (unsigned int i = 0; i < 100'000; ++i) {
+            std::uint32_t value = i * 7 % 40; // also beyond the total
+            (i % 3 == 0 ? copy : *original).GetFrequencies(i % 2, low, frequency);
+            ASSERT_LT((i % 5 == 0 ? copy : *original).GetSymbol(value, frequency), 3u);
+        }
+    };
+    ExpectFailure<TuExceptionPreconditionViolation>(useInTurns);
+    ExpectFailure<TuExceptionPreconditionViolation>(useInTurns);
+    copy.Reset();
+    copy.GetFrequencies(1, low, frequency);
+    EXPECT_EQ(low, 11u);
+    EXPECT_EQ(frequency, 11u);
+}
+
+TEST(TaRangeCoderTest, BlocksFollowOneAnotherAndNest)
+{
+    Bytes bytes = WriteToBytes([](TuStreamWriteBinary& target) {
+        target << u"head";
+        {
+            TaStreamWritePredictiveCoder outer(target, 8, 0);
+            outer.WriteValue(7, 5);
+            TaCompressRangeCoder(outer, 2, 0) << 1u << 0u;
+            TaStreamWritePredictiveCoder(outer, 4, 0).WriteValue(3, 9);
+            outer.WriteValue(5, 7);
+        }
+        TaCompressRangeCoder(target, 5, 0) << 4u;
+        target << 42;
+        TaCompressRangeCoder(target, 5, 0) << 3u;
+    });
+    PlainStreamRead source(bytes);
+    CString head;
+    source >> head;
+    {
+        TaStreamReadPredictiveCoder outer(source, 8);
+        EXPECT_EQ(outer.ReadValue(5), 7u);
+        TaDecompressRangeCoder inner(outer, 2);
+        expectSymbols(inner, { 1, 0 });
+        EXPECT_EQ(TaStreamReadPredictiveCoder(outer, 4).ReadValue(9), 3u);
+        EXPECT_EQ(outer.ReadValue(7), 5u);
+    }
+    TaDecompressRangeCoder first(source, 5);
+    int number = 0;
+    source >> number;
+    TaDecompressRangeCoder second(source, 5);
+    expectSymbols(first, { 4 });
+    expectSymbols(second, { 3 });
+    EXPECT_EQ(head.ToUtf8() + std::to_string(number), "head42");
+    EXPECT_TRUE(source.IsAtEnd());
+}
+
+} // namespace
