@@ -56,7 +56,14 @@ public:
     /// Writes the block to the target. Nothing can be coded afterwards.
     void Finish() { flush(); }
 
-    void WriteSymbol(std::uint32_t symbol, TaProbabilityModelQuasiStatic& model);
+    void WriteSymbol(std::uint32_t symbol, TaProbabilityModelQuasiStatic& model)
+    {
+        provideRoom(TaRangeEncoder::kItemRoom);
+        std::uint32_t cumulative = 0;
+        std::uint32_t frequency = 0;
+        model.GetFrequencies(symbol, cumulative, frequency);
+        m_encoder.Encode(cumulative, frequency, model.GetTotalBits());
+    }
     /// The same as one by one, and faster.
     void WriteSymbols(std::span<const std::uint32_t> symbols) { WriteSymbols(symbols, *m_model); }
     void WriteSymbols(std::span<const std::uint32_t> symbols, TaProbabilityModelQuasiStatic& model);
@@ -146,13 +153,3 @@ private:
     const unsigned char* m_bufferEnd = nullptr;
     TuStreamWriteBinary& m_stream;
 };
-
-inline void TaCompressRangeCoder::WriteSymbol(
-    std::uint32_t symbol, TaProbabilityModelQuasiStatic& model)
-{
-    provideRoom(TaRangeEncoder::kItemRoom);
-    std::uint32_t cumulative = 0;
-    std::uint32_t frequency = 0;
-    model.GetFrequencies(symbol, cumulative, frequency);
-    m_encoder.Encode(cumulative, frequency, model.GetTotalBits());
-}

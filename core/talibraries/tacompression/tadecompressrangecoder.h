@@ -37,7 +37,14 @@ public:
     TaDecompressRangeCoder(const TaDecompressRangeCoder&) = delete;
     TaDecompressRangeCoder& operator=(const TaDecompressRangeCoder&) = delete;
 
-    std::uint32_t ReadSymbol(TaProbabilityModelQuasiStatic& model);
+    std::uint32_t ReadSymbol(TaProbabilityModelQuasiStatic& model)
+    {
+        std::uint32_t value = m_decoder.Find(model.GetTotalBits());
+        std::uint32_t frequency = 0;
+        const std::uint32_t symbol = model.GetSymbol(value, frequency);
+        m_decoder.Take(value, frequency);
+        return symbol;
+    }
     /// The same as one by one, and faster.
     void ReadSymbols(std::span<std::uint32_t> symbols) { ReadSymbols(symbols, *m_model); }
     void ReadSymbols(std::span<std::uint32_t> symbols, TaProbabilityModelQuasiStatic& model);
@@ -92,12 +99,3 @@ private:
     TuSmartPointer<TaProbabilityModelQuasiStatic> m_model;
     TuArray<unsigned char, TuArrayPolicyConstructUninitialised> m_buffer; // the block
 };
-
-inline std::uint32_t TaDecompressRangeCoder::ReadSymbol(TaProbabilityModelQuasiStatic& model)
-{
-    std::uint32_t value = m_decoder.Find(model.GetTotalBits());
-    std::uint32_t frequency = 0;
-    const std::uint32_t symbol = model.GetSymbol(value, frequency);
-    m_decoder.Take(value, frequency);
-    return symbol;
-}

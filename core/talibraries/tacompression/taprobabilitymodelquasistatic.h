@@ -98,8 +98,29 @@ private:
     }
     void continueSchedule();
     void updateFrequencies();
-    std::uint32_t findSymbol(std::uint32_t value);
     void makeIndex();
+    /// The index leaves the search few symbols, mostly one; the result is that of a search in all.
+    std::uint32_t findSymbol(std::uint32_t value)
+    {
+        SFrequencies& frequencies = *m_frequencies;
+        if (!frequencies.isIndexed) [[unlikely]] {
+            makeIndex();
+        }
+        const std::uint32_t lastStretch = (1U << (m_totalBits - frequencies.indexShift)) - 1;
+        const std::uint32_t symbols
+            = frequencies.index[std::min(value >> frequencies.indexShift, lastStretch)];
+        std::uint32_t low = symbols & 0xFFFF;
+        std::uint32_t high = (symbols >> 16) + 1;
+        while (low + 1 < high) {
+            const std::uint32_t middle = (low + high) >> 1;
+            if (m_cumFreq[middle] > value) {
+                high = middle;
+            } else {
+                low = middle;
+            }
+        }
+        return low;
+    }
 
     std::uint32_t m_symbolCount;
     std::uint32_t m_totalBits;
@@ -112,26 +133,3 @@ private:
     std::uint32_t m_nextLeft = 0; // updates with increment + 1 that follow them
     TuSmartPointer<SFrequencies> m_frequencies; // owns both arrays
 };
-
-// The index leaves the search few symbols, mostly one; the result is that of a search in all.
-inline std::uint32_t TaProbabilityModelQuasiStatic::findSymbol(std::uint32_t value)
-{
-    SFrequencies& frequencies = *m_frequencies;
-    if (!frequencies.isIndexed) [[unlikely]] {
-        makeIndex();
-    }
-    const std::uint32_t lastStretch = (1U << (m_totalBits - frequencies.indexShift)) - 1;
-    const std::uint32_t symbols
-        = frequencies.index[std::min(value >> frequencies.indexShift, lastStretch)];
-    std::uint32_t low = symbols & 0xFFFF;
-    std::uint32_t high = (symbols >> 16) + 1;
-    while (low + 1 < high) {
-        const std::uint32_t middle = (low + high) >> 1;
-        if (m_cumFreq[middle] > value) {
-            high = middle;
-        } else {
-            low = middle;
-        }
-    }
-    return low;
-}
