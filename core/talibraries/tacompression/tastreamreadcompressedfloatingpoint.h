@@ -6,7 +6,7 @@
 /// Reads what TaStreamWriteCompressedFloatingPoint has written, with an equal quantization and the
 /// same predictions. What comes back is restored by the quantization.
 ///
-/// Ownership: refers to the quantization, which must outlive it, and to the source while it is made.
+/// Ownership: refers to the quantization, which must outlive it; to the source while it is made.
 /// Threads:   one thread at a time.
 /// Failure:   as TaStreamReadPredictiveCoder.
 class TACOMPRESSION_API TaStreamReadCompressedFloatingPoint : public TaStreamReadPredictiveCoder
