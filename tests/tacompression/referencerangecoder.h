@@ -5,7 +5,7 @@
 #include <vector>
 
 /// The range coder and its model once more, in plain loops one byte and one symbol at a time, for
-/// tests to compare with. It shares nothing with the library.
+/// tests to compare with: it shares nothing with the library but the names.
 class ReferenceModel
 {
 public:
@@ -86,7 +86,7 @@ private:
 class ReferenceEncoder
 {
 public:
-    void Symbol(std::uint32_t symbol, ReferenceModel& model)
+    void WriteSymbol(std::uint32_t symbol, ReferenceModel& model)
     {
         const std::uint32_t unit = m_range >> model.GetTotalBits();
         m_low += unit * model.GetLow(symbol);
@@ -94,7 +94,7 @@ public:
         model.Update(symbol);
         normalize();
     }
-    void RawBits(std::uint32_t value, std::uint32_t width)
+    void WriteRawBits(std::uint32_t value, std::uint32_t width)
     {
         if (width != 32) {
             value &= (1U << width) - 1;
@@ -110,11 +110,13 @@ public:
         m_low += value * m_range;
         normalize();
     }
-    void Byte(unsigned char byte)
+    void WriteRaw(const unsigned char* byte, std::size_t size)
     {
-        m_range >>= 8;
-        m_low += byte * m_range;
-        normalize();
+        for (; size > 0; --size) {
+            m_range >>= 8;
+            m_low += *byte++ * m_range;
+            normalize();
+        }
     }
     /// Version 0, the count, the bytes.
     std::vector<unsigned char> Finish()
@@ -173,7 +175,7 @@ public:
         }
     }
 
-    std::uint32_t Symbol(ReferenceModel& model)
+    std::uint32_t ReadSymbol(ReferenceModel& model)
     {
         const std::uint32_t symbol = model.Find(find(model.GetTotalBits()));
         m_low += model.GetLow(symbol) * m_range;
@@ -181,7 +183,7 @@ public:
         model.Update(symbol);
         return symbol;
     }
-    std::uint32_t RawBits(std::uint32_t width)
+    std::uint32_t ReadRawBits(std::uint32_t width)
     {
         std::uint32_t result = 0;
         if (width >= 17) {
@@ -194,11 +196,13 @@ public:
         m_low += (value & 0xFFFF) * m_range;
         return result + value;
     }
-    unsigned char Byte()
+    void ReadRaw(unsigned char* byte, std::size_t size)
     {
-        const std::uint32_t value = find(8);
-        m_low += (value & 0xFF) * m_range;
-        return static_cast<unsigned char>(value);
+        for (; size > 0; --size) {
+            const std::uint32_t value = find(8);
+            m_low += (value & 0xFF) * m_range;
+            *byte++ = static_cast<unsigned char>(value);
+        }
     }
 
 private:

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
+#include <memory>
 #include <optional>
 #include <random>
 #include <vector>
@@ -14,7 +15,8 @@
 namespace {
 
 using Bytes = std::vector<unsigned char>;
-using Models = std::vector<TuSmartPointer<TaProbabilityModelQuasiStatic>>;
+using Model = TaProbabilityModelQuasiStatic;
+template <class AnyModel> using Models = std::vector<std::unique_ptr<AnyModel>>;
 
 struct SArguments
 {
@@ -84,68 +86,35 @@ std::vector<SRun> makeRuns(const std::vector<SArguments>& models)
     return runs;
 }
 
-Models makeModels(const std::vector<SArguments>& arguments)
+template <class AnyModel> Models<AnyModel> makeModels(const std::vector<SArguments>& arguments)
 {
-    Models models;
+    Models<AnyModel> models;
     for (const SArguments& model : arguments) {
-        models.push_back(TuMake<TaProbabilityModelQuasiStatic>(
-            model.symbolCount, model.totalBits, model.targetRescale));
+        models.push_back(
+            std::make_unique<AnyModel>(model.symbolCount, model.totalBits, model.targetRescale));
     }
     return models;
 }
 
-std::vector<ReferenceModel> makeReferenceModels(const std::vector<SArguments>& arguments)
+/// With either coder, and its models.
+template <class Coder, class AnyModel>
+void writeItem(Coder& coder, const SRun& run, std::uint32_t value, const Models<AnyModel>& models)
 {
-    std::vector<ReferenceModel> models;
-    for (const SArguments& model : arguments) {
-        models.emplace_back(model.symbolCount, model.totalBits, model.targetRescale);
-    }
-    return models;
-}
-
-void write(TaCompressRangeCoder& coder, const SRun& run, const Models& models)
-{
-    if (run.kind == SRun::eK_Symbols && run.isBulk) {
-        coder.WriteSymbols(run.values, *models[run.model]);
-        return;
-    }
-    const Bytes bytes(run.values.begin(), run.values.end());
-    if (run.kind == SRun::eK_Bytes && run.isBulk) {
-        coder.WriteRaw(bytes.data(), bytes.size());
-        return;
-    }
-    for (std::size_t i = 0; i < run.values.size(); ++i) {
-        switch (run.kind) {
-        case SRun::eK_Symbols:
-            coder.WriteSymbol(run.values[i], *models[run.model]);
-            break;
-        case SRun::eK_RawBits:
-            coder.WriteRawBits(run.values[i], run.width);
-            break;
-        case SRun::eK_Bytes:
-            coder.WriteBuffer(&bytes[i], 1);
-        }
+    const auto byte = static_cast<unsigned char>(value);
+    switch (run.kind) {
+    case SRun::eK_Symbols:
+        coder.WriteSymbol(value, *models[run.model]);
+        break;
+    case SRun::eK_RawBits:
+        coder.WriteRawBits(value, run.width);
+        break;
+    case SRun::eK_Bytes:
+        coder.WriteRaw(&byte, 1);
     }
 }
 
-void write(ReferenceEncoder& coder, const SRun& run, std::vector<ReferenceModel>& models)
-{
-    for (const std::uint32_t value : run.values) {
-        switch (run.kind) {
-        case SRun::eK_Symbols:
-            coder.Symbol(value, models[run.model]);
-            break;
-        case SRun::eK_RawBits:
-            coder.RawBits(value, run.width);
-            break;
-        case SRun::eK_Bytes:
-            coder.Byte(static_cast<unsigned char>(value));
-        }
-    }
-}
-
-/// One item, whose number in the run is `i`.
-std::uint32_t readItem(TaDecompressRangeCoder& coder, const SRun& run, const Models& models)
+template <class Coder, class AnyModel>
+std::uint32_t readItem(Coder& coder, const SRun& run, const Models<AnyModel>& models)
 {
     unsigned char byte = 0;
     switch (run.kind) {
@@ -159,22 +128,28 @@ std::uint32_t readItem(TaDecompressRangeCoder& coder, const SRun& run, const Mod
     return byte;
 }
 
-std::uint32_t readItem(
-    ReferenceDecoder& coder, const SRun& run, std::vector<ReferenceModel>& models)
+void write(TaCompressRangeCoder& coder, const SRun& run, const Models<Model>& models)
 {
-    return run.kind == SRun::eK_Symbols ? coder.Symbol(models[run.model])
-        : run.kind == SRun::eK_RawBits  ? coder.RawBits(run.width)
-                                        : coder.Byte();
+    if (run.kind == SRun::eK_Symbols && run.isBulk) {
+        coder.WriteSymbols(run.values, *models[run.model]);
+    } else if (run.kind == SRun::eK_Bytes && run.isBulk) {
+        const Bytes bytes(run.values.begin(), run.values.end());
+        coder.WriteRaw(bytes.data(), bytes.size());
+    } else {
+        for (const std::uint32_t value : run.values) {
+            writeItem(coder, run, value, models);
+        }
+    }
 }
 
 std::vector<std::uint32_t> read(
-    TaDecompressRangeCoder& coder, const SRun& run, const Models& models)
+    TaDecompressRangeCoder& coder, const SRun& run, const Models<Model>& models)
 {
     std::vector<std::uint32_t> values(run.values.size());
-    Bytes bytes(values.size());
     if (run.kind == SRun::eK_Symbols && run.isBulk) {
         coder.ReadSymbols(values, *models[run.model]);
     } else if (run.kind == SRun::eK_Bytes && run.isBulk) {
+        Bytes bytes(values.size());
         coder.ReadExactly(bytes.data(), bytes.size());
         values.assign(bytes.begin(), bytes.end());
     } else {
@@ -187,10 +162,12 @@ std::vector<std::uint32_t> read(
 
 Bytes makeReferenceBlock(const std::vector<SArguments>& arguments, const std::vector<SRun>& runs)
 {
-    auto models = makeReferenceModels(arguments);
+    const auto models = makeModels<ReferenceModel>(arguments);
     ReferenceEncoder coder;
     for (const SRun& run : runs) {
-        write(coder, run, models);
+        for (const std::uint32_t value : run.values) {
+            writeItem(coder, run, value, models);
+        }
     }
     return coder.Finish();
 }
@@ -199,9 +176,9 @@ RC_GTEST_PROP(TaRangeCoderProperties, AnyItemsHaveTheBytesOfThePlainCoderAndCome
 {
     const auto arguments = makeArguments();
     auto runs = makeRuns(arguments);
-    const auto models = makeModels(arguments);
+    const auto models = makeModels<Model>(arguments);
     Bytes bytes = WriteToBytes([&](TuStreamWriteBinary& target) {
-        TaCompressRangeCoder coder(target, models[0], *rc::gen::inRange(0u, 100'000u));
+        TaCompressRangeCoder coder(target, 2, *rc::gen::inRange(0u, 100'000u));
         for (const SRun& run : runs) {
             write(coder, run, models);
         }
@@ -210,8 +187,8 @@ RC_GTEST_PROP(TaRangeCoderProperties, AnyItemsHaveTheBytesOfThePlainCoderAndCome
 
     bytes.insert(bytes.end(), 8, 0xFF); // which belong to somebody else
     PlainStreamRead source(bytes);
-    const auto fresh = makeModels(arguments);
-    TaDecompressRangeCoder coder(source, fresh[0]);
+    const auto fresh = makeModels<Model>(arguments);
+    TaDecompressRangeCoder coder(source, 2);
     for (SRun& run : runs) {
         run.isBulk = *rc::gen::arbitrary<bool>(); // however it was written
         RC_ASSERT(read(coder, run, fresh) == run.values);
@@ -235,11 +212,11 @@ RC_GTEST_PROP(TaRangeCoderProperties, DamagedBytesAreReadAsByThePlainCoderUpToTh
     }
 
     ReferenceDecoder expected(Bytes(block.begin() + kHeader, block.end()));
-    auto expectedModels = makeReferenceModels(arguments);
-    const auto models = makeModels(arguments);
+    const auto expectedModels = makeModels<ReferenceModel>(arguments);
+    const auto models = makeModels<Model>(arguments);
     std::optional<unsigned int> end;
     ReadFromBytes(block, [&](TuStreamReadBinary& source) {
-        TaDecompressRangeCoder coder(source, models[0]);
+        TaDecompressRangeCoder coder(source, 2);
         for (const SRun& run : runs) {
             for (std::size_t i = 0; i < run.values.size() && !end; ++i) {
                 std::uint32_t value = 0;

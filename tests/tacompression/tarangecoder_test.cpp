@@ -2,9 +2,8 @@
 #include "support/allocationlimit.h"
 #include "support/expectfailure.h"
 #include "support/memorystreams.h"
+#include "tacompression/codedscript.h"
 #include "tacompression/fullsink.h"
-#include "tacompression/tacompressrangecoder.h"
-#include "tacompression/tadecompressrangecoder.h"
 #include "tacompression/tastreamreadpredictivecoder.h"
 #include "tacompression/tastreamwritepredictivecoder.h"
 
@@ -46,18 +45,6 @@ template <class Action> bool decode(const Bytes& block, std::uint32_t symbolCoun
     });
 }
 
-struct SRawBits
-{
-    std::uint32_t value, width;
-};
-
-void expectRawBits(TaDecompressRangeCoder& coder, std::initializer_list<SRawBits> expected)
-{
-    for (const auto& [value, width] : expected) {
-        EXPECT_EQ(coder.ReadRawBits(width), value);
-    }
-}
-
 void expectSymbols(TaDecompressRangeCoder& coder, const std::vector<std::uint32_t>& expected)
 {
     std::vector<std::uint32_t> symbols(expected.size());
@@ -65,140 +52,87 @@ void expectSymbols(TaDecompressRangeCoder& coder, const std::vector<std::uint32_
     EXPECT_EQ(symbols, expected);
 }
 
+/// Several models at once.
+void playModels(CodedScript& script)
+{
+    Model models[] = { Model(2, 3, 1), Model(1000, 16, 1024), Model(16, 10, 2047) };
+    for (std::uint32_t i = 0; i < 12; ++i) {
+        script.Symbol(i % 3 == 0 ? 1 : 0, models[0]);
+        script.Symbol(i * i * 83 % 1000, models[1]).Symbol(i % 5, models[2]);
+    }
+}
+
 // The bytes of these blocks were worked out by hand.
 TEST(TaRangeCoderTest, BlocksHaveTheBytesOfTheStoredForm)
 {
-    struct SBlock
+    const struct
     {
         std::uint32_t symbolCount;
-        std::function<void(TaCompressRangeCoder&)> write;
-        std::function<void(TaDecompressRangeCoder&)> read;
+        std::function<void(CodedScript&)> play;
         Bytes bytes;
-    };
-    const auto makeModels = [] {
-        return std::vector{ TuMake<Model>(2u, 3u, 1u), TuMake<Model>(1000u, 16u, 1024u),
-            TuMake<Model>(16u, 10u, 2047u) };
-    };
-    const auto symbolsOf = [](std::uint32_t i) {
-        return std::vector<std::uint32_t>{ i % 3 == 0 ? 1u : 0u, i * i * 83 % 1000, i % 5 };
-    };
-    const SBlock kBlocks[] = {
-        { 2, [](auto&) {}, [](auto&) {}, blockOf({ 0, 0, 0, 0 }) },
-        { 2, [](auto& coder) { coder << 1; }, [](auto& coder) { expectSymbols(coder, { 1 }); },
-            blockOf({ 0x7F, 0xFF, 0x80, 0 }) },
+    } kBlocks[] = {
+        { 2, [](auto&) {}, blockOf({ 0, 0, 0, 0 }) },
+        { 2, [](auto& script) { script << 1; }, blockOf({ 0x7F, 0xFF, 0x80, 0 }) },
         // 0x100 * 0xFFFF lies below a change of the top byte, and the range of 0xFFFF across it:
         // two bytes go out at once.
-        { 2, [](auto& coder) { coder.WriteRawBits(0x100, 16); },
-            [](auto& coder) {
-                expectRawBits(coder, { { 0x100, 16 } });
-            },
-            blockOf({ 0, 0xFF, 0xFF, 0, 0, 0 }) },
+        { 2, [](auto& script) { script.RawBits(0x100, 16); }, blockOf({ 0, 0xFF, 0xFF, 0, 0, 0 }) },
         { 5,
-            [](auto& coder) {
-                coder << 0u;
-                coder.WriteRawBits(0xFFFFFF15, 5); // the bits beyond the width do not count
-                coder << 4u;
-                coder.WriteRawBits(123, 0);
-                coder << 2u;
-                coder.WriteRawBits(0xABCD, 16);
-                coder.WriteRawBits(0x1ABCD, 17);
-                coder.WriteRawBits(0xFFFFFFFF, 32);
-                coder << 4u;
-                coder.WriteRawBits(0x80000001, 32);
-                coder << 4u << 0u;
-            },
-            [](auto& coder) {
-                expectSymbols(coder, { 0 });
-                expectRawBits(coder, { { 0x15, 5 } });
-                expectSymbols(coder, { 4 });
-                expectRawBits(coder, { { 0, 0 } });
-                expectSymbols(coder, { 2 });
-                expectRawBits(coder, { { 0xABCD, 16 }, { 0x1ABCD, 17 }, { 0xFFFFFFFF, 32 } });
-                expectSymbols(coder, { 4 });
-                expectRawBits(coder, { { 0x80000001, 32 } });
-                expectSymbols(coder, { 4, 0 });
+            [](auto& script) {
+                (script << 0u).RawBits(0xFFFFFF15, 5) << 4u;
+                script.RawBits(123, 0) << 2u;
+                script.RawBits(0xABCD, 16).RawBits(0x1ABCD, 17).RawBits(0xFFFFFFFF, 32) << 4u;
+                script.RawBits(0x80000001, 32) << 4u << 0u;
             },
             blockOf({ 0x23, 0x0C, 0x77, 0x91, 0x5F, 0xB7, 0x1D, 0xFF, 0xE6, 0xFE, 0xE6, 0x68, 0x00,
                 0x01, 0xA6, 0x66, 0x00, 0x00 }) },
-        { 2, // several models
-            [&](auto& coder) {
-                const auto models = makeModels();
-                for (std::uint32_t i = 0; i < 12; ++i) {
-                    for (std::size_t model = 0; model < models.size(); ++model) {
-                        coder.WriteSymbol(symbolsOf(i)[model], *models[model]);
-                    }
-                }
-            },
-            [&](auto& coder) {
-                const auto models = makeModels();
-                for (std::uint32_t i = 0; i < 12; ++i) {
-                    for (std::size_t model = 0; model < models.size(); ++model) {
-                        ASSERT_EQ(coder.ReadSymbol(*models[model]), symbolsOf(i)[model]) << i;
-                    }
-                }
-            },
+        { 2, playModels,
             blockOf({ 0x7F, 0xFF, 0xFF, 0xFC, 0x55, 0xAB, 0xF3, 0x2D, 0xC8, 0x7F, 0x2C, 0x11, 0x08,
                 0xA7, 0xF8, 0x9E, 0x69, 0x01, 0x80, 0xB1, 0xB0, 0x77, 0x4A, 0xCC, 0xA2, 0xE6,
                 0x40 }) },
-        { 2, // what is no symbol of the coder's own model is bytes, as in any stream
-            [](auto& coder) { coder << "a\xE9z" << true << -1.5f << short{ -2 } << u"\u00e4"; },
-            [](auto& coder) {
-                CStringA narrow;
-                CString wide;
-                bool flag = false;
-                float number = 0;
-                short small = 0;
-                coder >> narrow >> flag >> number >> small >> wide;
-                EXPECT_TRUE(narrow == CStringA("a\xE9z") && flag && number == -1.5f && small == -2
-                    && wide == CString(u"\u00e4"));
+        // What is no symbol of the coder's own model is bytes, as in any stream.
+        { 2,
+            [](auto& script) {
+                script << "a\xE9z" << true << -1.5f << static_cast<short>(-2) << u"\u00e4";
             },
             blockOf({ 0x02, 0xFF, 0xFF, 0xFD, 0x00, 0x01, 0x25, 0xBC, 0x6E, 0x03, 0x00, 0x02, 0x42,
                 0x3F, 0xFC, 0xFD, 0x03, 0x00, 0x00, 0x02, 0xAC, 0x00, 0x00, 0x00, 0x00 }) },
     };
-    for (const SBlock& block : kBlocks) {
+    for (const auto& block : kBlocks) {
         SCOPED_TRACE(&block - kBlocks);
-        EXPECT_EQ(code(block.symbolCount, block.write), block.bytes);
-        EXPECT_TRUE(decode(block.bytes, block.symbolCount, block.read));
+        const auto play = [&](auto& coder) {
+            CodedScript script(coder);
+            block.play(script);
+        };
+        EXPECT_EQ(code(block.symbolCount, play), block.bytes);
+        EXPECT_TRUE(decode(block.bytes, block.symbolCount, play));
     }
 }
 
 TEST(TaRangeCoderTest, NumbersOfEightTypesAreSymbolsAndAllElseIsBytes)
 {
-    const std::uint64_t eightBytes = 0x0123456789ABCDEF;
-    const Bytes byOperators = code(201, [&](TaCompressRangeCoder& coder) {
-        coder << 'a' << static_cast<unsigned char>(200) << static_cast<unsigned short>(3) << 4 << 5u
-              << 6l << 7ul << 8ll + (1ll << 32); // symbols have 32 bits
-        coder << static_cast<signed char>(-1) << static_cast<unsigned long long>(eightBytes) << 0.1
-              << CString(u"b") << CStringA("c") << L"d";
+    const auto playSymbols = [](auto&& script) {
+        script << 'a' << static_cast<unsigned char>(200) << static_cast<unsigned short>(3) << 4
+               << 5u << 6l << 7ul << 8ll;
+    };
+    const auto playBytes = [](auto&& script) {
+        script << static_cast<signed char>(-1) << 0x8123456789ABCDEFull << 0.1 << CString(u"b")
+               << CStringA("c") << u"d";
+    };
+    const Bytes block = code(201, [&](auto& coder) {
+        playSymbols(CodedScript(coder));
+        playBytes(CodedScript(coder));
+        coder << 9ll + (1ll << 32) << L"e"; // symbols have 32 bits
     });
-    const Bytes plainBytes = WriteToBytes([&](TuStreamWriteBinary& stream) {
-        stream << static_cast<signed char>(-1) << static_cast<unsigned long long>(eightBytes) << 0.1
-               << CString(u"b") << CStringA("c") << L"d";
-    });
-    EXPECT_EQ(byOperators, code(201, [&](TaCompressRangeCoder& coder) {
+    EXPECT_EQ(block, code(201, [&](auto& coder) {
         coder.WriteSymbols(std::vector<std::uint32_t>{ 'a', 200, 3, 4, 5, 6, 7, 8 });
-        coder.WriteRaw(plainBytes.data(), plainBytes.size());
+        const Bytes bytes = WriteToBytes(playBytes);
+        coder.WriteRaw(bytes.data(), bytes.size());
+        coder << 9 << u"e";
     }));
-    EXPECT_TRUE(decode(byOperators, 201, [&](TaDecompressRangeCoder& coder) {
-        char letter = 0;
-        unsigned char byte = 0;
-        unsigned short small = 0;
-        int number = -1;
-        unsigned int natural = 0;
-        long longer = -1;
-        unsigned long longerNatural = 0;
-        long long longest = -1;
-        coder >> letter >> byte >> small >> number >> natural >> longer >> longerNatural >> longest;
-        EXPECT_TRUE(letter == 'a' && byte == 200 && small == 3 && number == 4 && natural == 5
-            && longer == 6 && longerNatural == 7 && longest == 8);
-        signed char negative = 0;
-        unsigned long long eight = 0;
-        double real = 0;
-        CString texts[2];
-        CStringA narrow;
-        coder >> negative >> eight >> real >> texts[0] >> narrow >> texts[1];
-        EXPECT_TRUE(negative == -1 && eight == eightBytes && real == 0.1);
-        EXPECT_EQ(texts[0].ToUtf8() + narrow.GetString() + texts[1].ToUtf8(), "bcd");
+    EXPECT_TRUE(decode(block, 201, [&](auto& coder) {
+        playSymbols(CodedScript(coder));
+        playBytes(CodedScript(coder));
+        CodedScript(coder) << 9ll << u"e";
     }));
 }
 
@@ -259,11 +193,11 @@ TEST(TaRangeCoderTest, ReadingBeyondTheCodedBytesFailsForEver)
         }
     };
     decode(blockOf({ 0, 0, 0, 0 }), 2, [&](auto& coder) {
-        expectRawBits(coder, { { 0, 16 } });
+        CodedScript(coder).RawBits(0, 16);
         expectEnd(coder, 141);
     });
     decode(blockOf({ 0, 0xFF, 0xFF, 0, 0 }), 2, [&](auto& coder) {
-        expectRawBits(coder, { { 0x100, 16 } });
+        CodedScript(coder).RawBits(0x100, 16);
         expectEnd(coder, 160); // one byte is left, but two are due
     });
 }

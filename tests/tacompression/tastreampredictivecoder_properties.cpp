@@ -40,9 +40,9 @@ RC_GTEST_PROP(
         while (bits < 32 && (difference >> bits) != 0) {
             ++bits;
         }
-        reference.Symbol(value > prediction ? maxBits + bits : maxBits - bits, model);
+        reference.WriteSymbol(value > prediction ? maxBits + bits : maxBits - bits, model);
         if (bits != 0) {
-            reference.RawBits(difference - (1U << (bits - 1)), bits - 1);
+            reference.WriteRawBits(difference - (1U << (bits - 1)), bits - 1);
         }
     }
     std::vector<unsigned char> expected = reference.Finish();

@@ -53,8 +53,6 @@ TEST(TaStreamPredictiveCoderTest, BlocksHaveTheBytesOfTheStoredForm)
             { 0, 0, 0, 0, 0, 0, 0, 0, 27, 0, 0, 0, 0xFF, 0xFE, 0x83, 0xEF, 0xF8, 0x3C, 0x96, 0xFF,
                 0xD1, 0xFF, 0x27, 0x70, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x0D, 0x54, 0xFF, 0xCF,
                 0xFF, 0x2E, 0x06, 0x00, 0x00 } },
-        // Wide models have symbols that nothing needs.
-        { 8191, { { kMost, 0 }, { 0, kMost } }, codePairs(8191, { { kMost, 0 }, { 0, kMost } }) },
     };
     for (const auto& block : kBlocks) {
         SCOPED_TRACE(block.maxBits);
@@ -68,19 +66,9 @@ TEST(TaStreamPredictiveCoderTest, BlocksHaveTheBytesOfTheStoredForm)
     }
 }
 
-TEST(TaStreamPredictiveCoderTest, OtherPredictionsWrapAround)
-{
-    const Bytes bytes = codePairs(8, { { 5, 0 }, { 0, 5 } });
-    ReadFromBytes(bytes, [](TuStreamReadBinary& source) {
-        TaStreamReadPredictiveCoder coder(source, 8);
-        EXPECT_EQ(coder.ReadValue(kMost), 4u);
-        EXPECT_EQ(coder.ReadValue(2), kMost - 2);
-    });
-}
-
 TEST(TaStreamPredictiveCoderTest, BitsForWhichThereIsNoModelAreRefused)
 {
-    const Bytes bytes = codePairs(1, {});
+    const Bytes bytes = codePairs(8191, { { kMost, 0 } }); // the most
     for (const std::uint32_t maxBits :
         { 0u, 8192u, 0x7FFFFFFFu, 0x80000000u, 0x80000001u, kMost }) {
         SCOPED_TRACE(maxBits);
