@@ -22,9 +22,10 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent
 
 # What is compared: objects of subject, workload, ours, peers, kind and, where there is one, goal.
-# Of several peers the best counts. The ratio is ours to the peer: of times for "time", where it is
-# to be at most the goal, of throughputs for "rate", where it is to be at least the goal. Without
-# peers stand "bytes", a size that is to be at most the goal, and "speed", in bytes per second.
+# Of several peers the best counts. The ratio is ours to the peer: of times for "time" and of sizes
+# for "size" (the counter "bytes"), where it is to be at most the goal, of throughputs for "rate",
+# where it is to be at least the goal. Without peers stand "bytes", a size that is to be at most the
+# goal, and "speed", in bytes per second.
 PAIRS = json.loads((ROOT / "benchmarks/pairs.json").read_text())
 
 
@@ -71,22 +72,23 @@ def measure_all(programs, results, wanted):
         if not wanted or name in wanted:
             print(f"measuring {name}", flush=True)
             present = cases(program)
-            for pair in PAIRS:
-                if pair["ours"] in present:
-                    names = [pair["ours"], *pair["peers"]]
-                    measure(program, [name for name in names if name in present],
-                            result_path(results, *names))
+            # Rows that differ only in what they compare of the same cases share a run.
+            runs = [tuple([pair["ours"], *pair["peers"]]) for pair in PAIRS
+                    if pair["ours"] in present]
+            for names in dict.fromkeys(runs):
+                measure(program, [name for name in names if name in present],
+                        result_path(results, *names))
             for stem in growth_stems():
                 if names := sizes_of(stem, present):
                     measure(program, names, result_path(results, "growth", stem))
 
 
 def medians(path, kind="time"):
-    """What the kind counts, by benchmark name (nanoseconds per iteration, where it has peers), and
-    the context."""
+    """What the kind counts, by benchmark name (nanoseconds per iteration, where it compares times),
+    and the context."""
     data = json.loads(path.read_text())
     unit = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
-    counters = {"bytes": "bytes", "speed": "bytes_per_second"}
+    counters = {"bytes": "bytes", "size": "bytes", "speed": "bytes_per_second"}
     values = {run["run_name"]: run[counters[kind]] if kind in counters
               else run["real_time"] * unit[run["time_unit"]]
               for run in data["benchmarks"] if run.get("aggregate_name") == "median"}
@@ -124,6 +126,7 @@ def row(pair, times):
     peers = {name: times[name] for name in pair["peers"] if name in times}
     peer, best = min(peers.items(), key=lambda item: item[1])
     rate = pair["kind"] == "rate"
+    size = pair["kind"] == "size"
     ratio = best / ours if rate else ours / best
     goal = pair.get("goal")
     if goal is None:
@@ -133,8 +136,9 @@ def row(pair, times):
         reached = ratio >= goal if rate else ratio <= goal
         verdict = f"{word} {goal}" + ("" if reached else " — missed")
     shown = peer.removeprefix("BM_").split("/")[0].split("_")[0]
-    cells = [pair["subject"], pair["workload"], readable(ours), readable(best), shown,
-             f"{ratio:.2f}", verdict]
+    cells = [pair["subject"], pair["workload"],
+             *(f"{value:.3f} bytes" if size else readable(value) for value in [ours, best]), shown,
+             f"{ratio:.4f}" if size else f"{ratio:.2f}", verdict]
     return "| " + " | ".join(cells) + " |"
 
 
@@ -167,8 +171,8 @@ def write_table(results, output):
         "Ours beside the library that a user would take instead, on the same data: each row is a "
         "run of its own, in which ours and the peers alternate; medians over repetitions. Written "
         "by `tools/bench.sh`; only the ratios mean anything on another machine. A time ratio is "
-        "ours to the peer's (smaller is better); a rate ratio is our throughput to the peer's "
-        "(larger is better). Where several peers were measured, the best one counts.",
+        "ours to the peer's (smaller is better), and so is one of sizes, which are per number; a rate "
+        "ratio is our throughput to the peer's (larger is better). Where several peers were measured, the best one counts.",
         "",
         f"Measured {context['date'][:10]} on {context['num_cpus']} cores of: {processor()}; "
         f"{compiler.stdout.splitlines()[0]}, `-O2`.",
