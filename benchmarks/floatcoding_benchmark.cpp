@@ -64,10 +64,13 @@ bool isRight(const typename Codec::Input& input, const std::vector<float>& decod
     return true;
 }
 
-std::size_t getSize(const TaStreamWriteBinaryBuffer& encoded) { return encoded.GetSize(); }
-std::size_t getSize(const EncodedBytes& encoded) { return encoded.GetSize(); }
+[[maybe_unused]] std::size_t getSize(const TaStreamWriteBinaryBuffer& encoded)
+{
+    return encoded.GetSize();
+}
+[[maybe_unused]] std::size_t getSize(const EncodedBytes& encoded) { return encoded.GetSize(); }
 #if defined(TA_PEER_DRACO)
-std::size_t getSize(const draco::EncoderBuffer& encoded) { return encoded.size(); }
+[[maybe_unused]] std::size_t getSize(const draco::EncoderBuffer& encoded) { return encoded.size(); }
 #endif
 
 template <class Input>
