@@ -54,7 +54,8 @@ struct Exact
     {
         return std::make_unique<Reader>(stream, kFloatBits);
     }
-    float Restore(float value) const { return value; }
+    /// `restored` is a copy of the values.
+    void Restore(std::span<float> /*restored*/) const { }
     static void Write(
         Writer& writer, std::span<const float> values, std::span<const float> predictions)
     {
@@ -98,7 +99,12 @@ struct Quantized
     {
         return std::make_unique<Reader>(stream, m_quantization, 0);
     }
-    float Restore(float value) const { return m_quantization.Unmap(m_quantization.Map(value)); }
+    void Restore(std::span<float> restored) const
+    {
+        std::vector<std::uint32_t> codes(restored.size());
+        m_quantization.MapValues(restored, codes);
+        m_quantization.UnmapValues(codes, restored);
+    }
     static void Write(
         Writer& writer, std::span<const float> values, std::span<const float> predictions)
     {
@@ -130,9 +136,14 @@ template <class Coding> struct TaMesh
         const Axes<std::unique_ptr<typename Coding::Writer>> writers{ makeWriter(codings[0]),
             makeWriter(codings[1]), makeWriter(codings[2]) };
         std::vector<float> restored(mesh.values.size());
-        for (std::size_t i = 0; i < restored.size(); i += kAxes) {
-            for (std::size_t axis = 0; axis < kAxes; ++axis) {
-                restored[i + axis] = codings[axis].Restore(mesh.values[i + axis]);
+        std::vector<float> alongAxis(pointCount);
+        for (std::size_t axis = 0; axis < kAxes; ++axis) {
+            for (std::size_t i = 0; i < pointCount; ++i) {
+                alongAxis[i] = mesh.values[kAxes * i + axis];
+            }
+            codings[axis].Restore(alongAxis);
+            for (std::size_t i = 0; i < pointCount; ++i) {
+                restored[kAxes * i + axis] = alongAxis[i];
             }
         }
         Axes<std::array<float, kRun>> values;
@@ -248,9 +259,8 @@ template <class Coding> struct TaField
         encoded.Clear();
         const Coding coding(field.lower[0], field.upper[0], field.scale);
         const auto writer = coding.MakeWriter(encoded, field.values.size());
-        std::vector<float> restored(field.values.size());
-        std::transform(field.values.begin(), field.values.end(), restored.begin(),
-            [&](float value) { return coding.Restore(value); });
+        std::vector<float> restored = field.values;
+        coding.Restore(restored);
         visitRows(std::span(restored), field.rowLength,
             [&](std::span<float> row, std::span<float> changes) {
                 for (std::size_t x = 1; x < row.size(); ++x) {

@@ -3,6 +3,7 @@
 #include "groundwork/tuarray.h"
 #include "groundwork/tusmartpointer.h"
 #include "groundwork/tustreamwritebinary.h"
+#include "tacompression/talocalcopy.h"
 #include "tacompression/taprobabilitymodelquasistatic.h"
 #include "tacompression/tarangeencoder.h"
 
@@ -62,7 +63,8 @@ public:
         std::uint32_t cumulative = 0;
         std::uint32_t frequency = 0;
         model.GetFrequencies(symbol, cumulative, frequency);
-        m_encoder.Encode(cumulative, frequency, model.GetTotalBits());
+        TaLocalCopy encoder(m_encoder);
+        encoder->Encode(cumulative, frequency, model.GetTotalBits());
     }
     /// The same as one by one, and faster.
     void WriteSymbols(std::span<const std::uint32_t> symbols) { WriteSymbols(symbols, *m_model); }

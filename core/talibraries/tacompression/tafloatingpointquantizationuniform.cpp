@@ -12,17 +12,22 @@ constexpr float kBeyondInt32 = 2147483648.0f; // 2^31
 
 /// Rounds to the nearest whole number, halves upwards: a number that is not whole becomes the floor
 /// of itself plus 0.5, and the sum is rounded to single precision, as stored codes depend on it
-/// (0.49999997 becomes 1). The result is clamped to 32 bits.
+/// (0.49999997 becomes 1).
+///
+/// `value` is less than 2^23 either way. Of a whole number, which stays as it is, the sum is exact
+/// then, so that nothing needs to tell it from others.
+std::int32_t roundSmall(float value)
+{
+    const float shifted = value + 0.5f;
+    const auto integer = static_cast<std::int32_t>(shifted);
+    return integer - static_cast<std::int32_t>(static_cast<float>(integer) > shifted);
+}
+
+/// The same for every value. The result is clamped to 32 bits.
 std::int32_t roundToInteger(float value)
 {
     if (value > -kWhole && value < kWhole) {
-        const auto truncated = static_cast<std::int32_t>(value);
-        if (static_cast<float>(truncated) == value) {
-            return truncated;
-        }
-        const float shifted = value + 0.5f;
-        const auto integer = static_cast<std::int32_t>(shifted);
-        return static_cast<float>(integer) > shifted ? integer - 1 : integer;
+        return roundSmall(value);
     }
     if (value >= kBeyondInt32) {
         return std::numeric_limits<std::int32_t>::max();
@@ -50,6 +55,40 @@ std::uint32_t TaFloatingPointQuantizationUniform::Map(float value) const
     const auto largest = static_cast<std::int32_t>(m_maxValue);
     return static_cast<std::uint32_t>(
         std::max<std::int64_t>(std::min<std::int64_t>(code, largest), 0));
+}
+
+/// Where all codes are small, a scaled value may be clamped before it is rounded, and what makes
+/// Map slow, large and other unusual values, needs no branch.
+void TaFloatingPointQuantizationUniform::mapAll(
+    std::span<const float> values, std::span<std::uint32_t> codes) const
+{
+    constexpr std::int32_t kSmall = 1 << 22; // such numbers and their neighbours are exact floats
+    const auto largest = static_cast<std::int32_t>(m_maxValue);
+    if (m_minValue <= -kSmall || m_minValue >= kSmall || largest < 0 || largest >= kSmall) {
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            codes[i] = TaFloatingPointQuantizationUniform::Map(values[i]);
+        }
+        return;
+    }
+    const float scale = m_scale;
+    const auto least = static_cast<float>(m_minValue);
+    const auto greatest = static_cast<float>(m_minValue + largest);
+    const std::int32_t minValue = m_minValue;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        float scaled = values[i] * scale;
+        scaled = scaled > least ? scaled : least; // also where it is no number
+        scaled = scaled < greatest ? scaled : greatest;
+        codes[i] = static_cast<std::uint32_t>(roundSmall(scaled) - minValue);
+    }
+}
+
+void TaFloatingPointQuantizationUniform::unmapAll(
+    std::span<const std::uint32_t> codes, std::span<float> values) const
+{
+    const TaFloatingPointQuantizationUniform uniform = *this; // not what `values` could reach
+    for (std::size_t i = 0; i < codes.size(); ++i) {
+        values[i] = uniform.TaFloatingPointQuantizationUniform::Unmap(codes[i]);
+    }
 }
 
 float TaFloatingPointQuantizationUniform::Unmap(std::uint32_t code) const

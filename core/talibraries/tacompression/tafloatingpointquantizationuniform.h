@@ -31,6 +31,11 @@ public:
     std::uint32_t GetMaxValue() const { return m_maxValue; }
 
 private:
+    friend class TaFloatingPointQuantization; // bulk operations
+
+    void mapAll(std::span<const float> values, std::span<std::uint32_t> codes) const;
+    void unmapAll(std::span<const std::uint32_t> codes, std::span<float> values) const;
+
     float m_scale;
     std::int32_t m_minValue;
     std::uint32_t m_maxValue;

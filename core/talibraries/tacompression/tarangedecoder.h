@@ -47,9 +47,9 @@ struct TACOMPRESSION_API TaRangeDecoder
 
     unsigned char DecodeByte()
     {
-        const auto byte = static_cast<unsigned char>(Find(8));
-        Take(byte, 1);
-        return byte;
+        const auto value = static_cast<unsigned char>(Find(8));
+        Take(value, 1);
+        return value;
     }
 
     void Normalize()

@@ -46,10 +46,10 @@ struct TaRangeEncoder
         Normalize();
     }
 
-    void EncodeByte(unsigned char byte)
+    void EncodeByte(unsigned char value)
     {
         range >>= 8;
-        low += byte * range;
+        low += value * range;
         Normalize();
     }
 

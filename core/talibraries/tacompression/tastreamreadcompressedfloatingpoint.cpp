@@ -33,13 +33,9 @@ void TaStreamReadCompressedFloatingPoint::ReadValues(
     std::array<std::uint32_t, kRun> codes;
     for (std::size_t done = 0; done < values.size();) {
         const auto run = std::span(codes).first(std::min(values.size() - done, kRun));
-        for (std::size_t i = 0; i < run.size(); ++i) {
-            run[i] = m_quantization.Map(predictions[done + i]);
-        }
+        m_quantization.MapValues(predictions.subspan(done, run.size()), run);
         TaStreamReadPredictiveCoder::ReadValues(run, run);
-        for (std::size_t i = 0; i < run.size(); ++i) {
-            values[done + i] = m_quantization.Unmap(run[i]);
-        }
+        m_quantization.UnmapValues(run, values.subspan(done, run.size()));
         done += run.size();
     }
 }

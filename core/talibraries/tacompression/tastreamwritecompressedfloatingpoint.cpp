@@ -18,7 +18,7 @@ TaStreamWriteCompressedFloatingPoint::TaStreamWriteCompressedFloatingPoint(
 
 TaStreamWriteCompressedFloatingPoint::~TaStreamWriteCompressedFloatingPoint() = default;
 
-// The prediction is mapped first, here and below: a quantization may learn from what it maps.
+// The prediction is mapped first, whatever order a compiler has for arguments.
 void TaStreamWriteCompressedFloatingPoint::WriteValue(float value, float prediction)
 {
     const std::uint32_t predictedCode = m_quantization.Map(prediction);
@@ -36,12 +36,11 @@ void TaStreamWriteCompressedFloatingPoint::WriteValues(
     std::array<std::uint32_t, kRun> predictedCodes;
     for (std::size_t done = 0; done < values.size();) {
         const std::size_t count = std::min(values.size() - done, kRun);
-        for (std::size_t i = 0; i < count; ++i) {
-            predictedCodes[i] = m_quantization.Map(predictions[done + i]);
-            codes[i] = m_quantization.Map(values[done + i]);
-        }
-        TaStreamWritePredictiveCoder::WriteValues(
-            std::span(codes).first(count), std::span(predictedCodes).first(count));
+        const auto run = std::span(codes).first(count);
+        const auto predictedRun = std::span(predictedCodes).first(count);
+        m_quantization.MapValues(predictions.subspan(done, count), predictedRun);
+        m_quantization.MapValues(values.subspan(done, count), run);
+        TaStreamWritePredictiveCoder::WriteValues(run, predictedRun);
         done += count;
     }
 }

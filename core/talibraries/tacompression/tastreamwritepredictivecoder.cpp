@@ -15,8 +15,9 @@ namespace {
 
 /// A difference is a symbol for its sign and its highest bit, and the bits below that.
 template <class Encoder>
-void encodeValue(Encoder& encoder, TaProbabilityModelQuasiStatic& model, std::uint32_t maxBits,
-    std::uint32_t value, std::uint32_t prediction)
+[[gnu::always_inline]] inline void encodeValue(Encoder& encoder,
+    TaProbabilityModelQuasiStatic& model, std::uint32_t maxBits, std::uint32_t value,
+    std::uint32_t prediction)
 {
     const bool isGreater = value > prediction;
     const std::uint32_t difference = isGreater ? value - prediction : prediction - value;
@@ -63,7 +64,8 @@ TaStreamWritePredictiveCoder::~TaStreamWritePredictiveCoder()
 void TaStreamWritePredictiveCoder::WriteValue(std::uint32_t value, std::uint32_t prediction)
 {
     m_coder->provideRoom(TaCompressRangeCoder::kValueRoom);
-    encodeValue(m_coder->m_encoder, *m_coder->m_model, m_maxBits, value, prediction);
+    TaLocalCopy encoder(m_coder->m_encoder);
+    encodeValue(*encoder, *m_coder->m_model, m_maxBits, value, prediction);
 }
 
 void TaStreamWritePredictiveCoder::WriteValues(
