@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <vector>
 
@@ -22,8 +23,9 @@ constexpr const char16_t* kReaderFile = u"core/talibraries/tacompression/tadecom
 /// Version 0, the count, the bytes.
 Bytes blockOf(std::initializer_list<unsigned char> coded)
 {
-    Bytes block{ 0, 0, 0, 0, static_cast<unsigned char>(coded.size()), 0, 0, 0 };
-    block.insert(block.end(), coded);
+    Bytes block(8 + coded.size());
+    block[4] = static_cast<unsigned char>(coded.size());
+    std::copy(coded.begin(), coded.end(), block.begin() + 8);
     return block;
 }
 

@@ -86,10 +86,10 @@ TEST(TaStreamPredictiveCoderTest, ADifferenceOfMoreBitsIsRefusedAndNotCoded)
 {
     const Bytes bytes = WriteToBytes([](TuStreamWriteBinary& target) {
         TaStreamWritePredictiveCoder coder(target, 3, 0);
-        for (const auto& [value, prediction] :
+        for (const SPair& far :
             { SPair{ 8, 0 }, { 0, 8 }, { 15, 0 }, { kMost, 0 }, { 0, kMost }, { 0x80000000, 0 } }) {
             ExpectFailure<TuExceptionPreconditionViolation>(
-                [&] { coder.WriteValue(value, prediction); });
+                [&] { coder.WriteValue(far.value, far.prediction); });
             coder.WriteValue(7, 0);
         }
         const std::vector<std::uint32_t> values{ 0, 7, 8, 9 };
