@@ -12,7 +12,7 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-constexpr std::size_t kMostItems = 20'000;
+constexpr std::size_t kMostItems = 3000;
 constexpr std::uint32_t kOwnSymbolCount = 100;
 
 void require(bool holds)
