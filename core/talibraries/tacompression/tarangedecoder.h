@@ -10,8 +10,8 @@
 /// TaRangeEncoder, for TaDecompressRangeCoder.
 ///
 /// An item is read in two steps: Find tells the number in whose share it lies, and Take removes the
-/// share. Whatever the bytes are, the range is never 0 between two items, and an item takes four
-/// bytes at most.
+/// share. Whatever the bytes are, the range is never 0 between two items, and each of the one
+/// or two rounds of an item takes three bytes at most.
 ///
 /// Failure: TuExceptionStream when the bytes run out; the registers are then as they were.
 struct TACOMPRESSION_API TaRangeDecoder
