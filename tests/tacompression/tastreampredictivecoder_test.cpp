@@ -97,8 +97,8 @@ TEST(TaStreamPredictiveCoderTest, ADifferenceOfMoreBitsIsRefusedAndNotCoded)
         ExpectFailure<TuExceptionPreconditionViolation>(
             [&] { coder.WriteValues(values, predictions); });
     });
-    std::vector<SPair> pairs(6, { 7, 0 });
-    pairs.insert(pairs.end(), { { 0, 7 }, { 7, 0 } });
+    std::vector<SPair> pairs(8, { 7, 0 });
+    pairs[6] = { 0, 7 };
     EXPECT_EQ(bytes, codePairs(3, pairs));
 }
 
