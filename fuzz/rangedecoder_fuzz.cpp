@@ -30,7 +30,7 @@ struct SModels
               TuMake<TaProbabilityModelQuasiStatic>(3u, 16u, 131071u),
               TuMake<TaProbabilityModelQuasiStatic>(64u, 8u, 31u),
               TuMake<TaProbabilityModelQuasiStatic>(1000u, 12u, 1024u),
-              TuMake<TaProbabilityModelQuasiStatic>(16384u, 16u, 1024u) };
+              TuMake<TaProbabilityModelQuasiStatic>(2000u, 16u, 1024u) };
 };
 
 /// The lowest three bits of an operation say what it is, the others how wide or large.
