@@ -16,8 +16,9 @@
 struct TaRangeEncoder
 {
     /// Room that an item needs behind `next`, at least, to be coded and for the four bytes of
-    /// `low`: it has two rounds at most, and a round puts out five bytes at most.
-    static constexpr std::uint32_t kItemRoom = 2 * 5 + 4;
+    /// `low`. It has two rounds at most. A round puts out three bytes at most: two at once only
+    /// where the range is still less than 2^16, so after one other byte at most.
+    static constexpr std::uint32_t kItemRoom = 2 * 3 + 4;
 
     /// An item whose share begins at `cumulative` of 2^totalBits and is `frequency`, not 0, wide.
     void Encode(std::uint32_t cumulative, std::uint32_t frequency, std::uint32_t totalBits)
