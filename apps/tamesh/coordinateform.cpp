@@ -151,8 +151,9 @@ CoordinateForm::CoordinateForm(TuStreamReadBinary& stream)
         stream >> m_lower.x >> m_lower.y >> m_lower.z >> m_exponent >> m_maximum >> m_scale;
         m_quantization = TaFloatingPointQuantizationUniform(0.0f, m_maximum, m_scale);
         const bool isSound = std::isfinite(m_lower.x) && std::isfinite(m_lower.y)
-            && std::isfinite(m_lower.z) && std::abs(m_exponent) <= kLargestExponent
-            && m_maximum >= 0.0f && m_maximum <= 1.0f && m_scale > 0.0f && std::isfinite(m_scale)
+            && std::isfinite(m_lower.z) && m_exponent >= -kLargestExponent
+            && m_exponent <= kLargestExponent && m_maximum >= 0.0f && m_maximum <= 1.0f
+            && m_scale > 0.0f && std::isfinite(m_scale)
             && m_quantization.GetBitCount() <= kMostBits;
         if (!isSound) {
             throw TuExceptionStream(TU_HERE, u"coordinates are quantized in an impossible way");
