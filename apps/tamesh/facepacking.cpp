@@ -77,7 +77,7 @@ namespace {
 
     /// Appends the face's corners.
     void unpackFace(SReaders& readers, SBefore& before, std::uint32_t vertexCount,
-        TuArray<std::uint32_t>& corners)
+        TuArray<std::uint32_t>& corners, const Progress* progress)
     {
         const std::uint32_t count = before.cornerCount
             = readers.counts.ReadValue(before.cornerCount);
@@ -95,6 +95,9 @@ namespace {
         corner = add(readers.seconds.ReadValue(corner));
         for (std::uint32_t i = 2; i < count; ++i) {
             corner = add(readers.others.ReadValue(corner));
+            if (i % kPackedBlock == 0 && progress != nullptr) { // one face may have billions
+                progress->CheckInterrupt();
+            }
         }
     }
 
@@ -125,7 +128,7 @@ Mesh UnpackFaces(TuStreamReadBinary& stream, std::uint32_t faceCount, std::uint3
         const std::uint32_t end = face + std::min(kPackedBlock, faceCount - face);
         SReaders readers(stream);
         for (; face < end; ++face) {
-            unpackFace(readers, before, vertexCount, corners);
+            unpackFace(readers, before, vertexCount, corners, progress);
             ends.Add(corners.GetSize());
         }
         if (progress != nullptr) {
