@@ -42,8 +42,16 @@ TaCompressRangeCoder::~TaCompressRangeCoder()
     try {
         flush();
     } catch (const std::exception& failure) {
+        logLoss(failure);
+    }
+}
+
+void TaCompressRangeCoder::logLoss(const std::exception& failure) noexcept
+{
+    try {
         TuLogListenerManager::GetInstance().NotifyListeners(
             eLL_Error, TU_HERE, u"a coded block is lost: " + CString::FromUtf8(failure.what()));
+    } catch (...) { // out of memory: there is no way left to report
     }
 }
 
@@ -102,7 +110,7 @@ void TaCompressRangeCoder::flush()
     if (m_encoder.range == 0) {
         return;
     }
-    provideRoom(TaRangeEncoder::kItemRoom);
+    provideRoom(4); // which every item has left over
     m_encoder.storeLow();
     m_encoder.next += 4;
     close();

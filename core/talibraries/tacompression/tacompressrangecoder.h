@@ -8,6 +8,7 @@
 #include "tacompression/tarangeencoder.h"
 
 #include <cstdint>
+#include <exception>
 #include <span>
 
 /// Writes symbols of adaptive models, raw bits and bytes as one compact block of another stream.
@@ -110,7 +111,7 @@ protected:
     void write(const void* data, unsigned long long size) override;
 
 private:
-    friend class TaStreamWritePredictiveCoder; // codes runs of items as WriteSymbols does
+    friend class TaStreamWritePredictiveCoder; // codes runs as WriteSymbols does, and ends likewise
 
     using Buffer = TuArray<unsigned char, TuArrayPolicyConstructUninitialised>;
 
@@ -130,6 +131,9 @@ private:
         TuStreamWriteBinary::operator<<(value);
         return *this;
     }
+
+    /// For a destructor, which must not fail.
+    static void logLoss(const std::exception& failure) noexcept;
 
     void flush();
     void reset();

@@ -1,7 +1,6 @@
 #include "tacompression/tastreamwritepredictivecoder.h"
 
 #include "groundwork/tuexceptions.h"
-#include "groundwork/tuloglistenermanager.h"
 #include "tacompression/predictivesymbols.h"
 #include "tacompression/talocalcopy.h"
 
@@ -56,8 +55,7 @@ TaStreamWritePredictiveCoder::~TaStreamWritePredictiveCoder()
     try {
         Finish();
     } catch (const std::exception& failure) {
-        TuLogListenerManager::GetInstance().NotifyListeners(
-            eLL_Error, TU_HERE, u"a coded block is lost: " + CString::FromUtf8(failure.what()));
+        TaCompressRangeCoder::logLoss(failure);
     }
 }
 
