@@ -32,7 +32,7 @@ public:
     void Serialize(TuStreamReadBinary& stream) override;
 
     /// Throws TuExceptionStream for what holds no sound mesh, and TuExceptionOutOfMemory. It takes
-    /// no more than about 30,000 times the memory of the packed form. `progress` is only asked
+    /// no more than about 35,000 times the memory of the packed form. `progress` is only asked
     /// whether the user wants the program to stop.
     Mesh Unpack(const Progress* progress) const;
 

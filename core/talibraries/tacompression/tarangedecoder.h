@@ -13,7 +13,7 @@
 /// share. Whatever the bytes are, the range is never 0 between two items, and each of the one
 /// or two rounds of an item takes three bytes at most.
 ///
-/// Failure: TuExceptionStream when the bytes run out; the registers are then as they were.
+/// Failure: TuExceptionStream when the bytes run out, and again at every later attempt.
 struct TACOMPRESSION_API TaRangeDecoder
 {
     /// A number less than 2^totalBits; it may be greater where the bytes were not coded like this.
