@@ -30,16 +30,6 @@ public:
     {
         return m_cumFreq[symbol + 1] - m_cumFreq[symbol];
     }
-    std::uint32_t Find(std::uint32_t value) const
-    {
-        std::uint32_t low = 0;
-        auto high = static_cast<std::uint32_t>(m_newFreq.size());
-        do {
-            const std::uint32_t middle = (low + high) >> 1;
-            (m_cumFreq[middle] > value ? high : low) = middle;
-        } while (low + 1 != high);
-        return low;
-    }
     void Update(std::uint32_t symbol)
     {
         m_newFreq[symbol] += m_increment;
@@ -155,84 +145,4 @@ private:
     std::uint32_t m_low = 0;
     std::uint32_t m_range = 0xFFFFFFFF;
     std::vector<unsigned char> m_bytes;
-};
-
-/// Reads the bytes behind a block's count, of which there are four or more.
-class ReferenceDecoder
-{
-public:
-    /// Where the bytes run out; `line` is the one that the failure names.
-    struct SExhausted
-    {
-        unsigned int line;
-    };
-
-    explicit ReferenceDecoder(std::vector<unsigned char> bytes)
-        : m_bytes(std::move(bytes))
-    {
-        for (; m_position < 4; ++m_position) {
-            m_code = (m_code << 8) + m_bytes[m_position];
-        }
-    }
-
-    std::uint32_t ReadSymbol(ReferenceModel& model)
-    {
-        const std::uint32_t symbol = model.Find(find(model.GetTotalBits()));
-        m_low += model.GetLow(symbol) * m_range;
-        m_range *= model.GetFrequency(symbol);
-        model.Update(symbol);
-        return symbol;
-    }
-    std::uint32_t ReadRawBits(std::uint32_t width)
-    {
-        std::uint32_t result = 0;
-        if (width >= 17) {
-            const std::uint32_t high = find(width - 16);
-            m_low += high * m_range;
-            result = high << 16;
-            width = 16;
-        }
-        const std::uint32_t value = find(width);
-        m_low += (value & 0xFFFF) * m_range;
-        return result + value;
-    }
-    void ReadRaw(unsigned char* byte, std::size_t size)
-    {
-        for (; size > 0; --size) {
-            const std::uint32_t value = find(8);
-            m_low += (value & 0xFF) * m_range;
-            *byte++ = static_cast<unsigned char>(value);
-        }
-    }
-
-private:
-    std::uint32_t find(std::uint32_t bits)
-    {
-        while (((m_low + m_range) ^ m_low) < (1U << 24)) {
-            if (m_position >= m_bytes.size()) {
-                throw SExhausted{ 141 };
-            }
-            m_low <<= 8;
-            m_range <<= 8;
-            m_code = (m_code << 8) + m_bytes[m_position++];
-        }
-        if (m_range < (1U << 16)) {
-            if (m_position >= m_bytes.size() - 1) {
-                throw SExhausted{ 160 };
-            }
-            m_code = (m_code << 16) + (std::uint32_t{ m_bytes[m_position] } << 8)
-                + m_bytes[m_position + 1];
-            m_position += 2;
-            m_low <<= 16;
-            m_range = 0 - m_low;
-        }
-        m_range >>= bits;
-        return (m_code - m_low) / m_range;
-    }
-
-    std::vector<unsigned char> m_bytes;
-    std::size_t m_position = 0;
-    std::uint32_t m_code = 0;
-    std::uint32_t m_low = 0;
-    std::uint32_t m_range = 0xFFFFFFFF;
 };

@@ -56,15 +56,6 @@ template <class Coder> int decode(Coder& coder, const std::string& block)
     return coder.Decompress(DataOf(block), LengthOf(block));
 }
 
-TEST(TaCompressLZMATest, ConstructorsTellWhatIsMissing)
-{
-    const TemporaryFolder folder;
-    expectFailures(folder.GetPath("."), 54);
-    folder.WriteAll("VelCompress.dll", "no library");
-    expectFailures(folder.GetPath("."), 54);
-    expectFailures(TA_EMPTY_FOLDER, 61);
-}
-
 TEST(TaCompressLZMATest, TheLibraryComesFromTheCurrentFolderAlone)
 {
     const TemporaryFolder folder;
@@ -77,27 +68,23 @@ TEST(TaCompressLZMATest, TheLibraryComesFromTheCurrentFolderAlone)
     const auto coder = makeCoder<TaCompressLZMA>(TA_STORING_FOLDER);
     expectFailures(folder.GetPath("."), 54);
     expectFailures(TA_EMPTY_FOLDER, 61);
+    folder.WriteAll("VelCompress.dll", "no library");
+    expectFailures(folder.GetPath("."), 54);
 }
 
 TEST(TaCompressLZMATest, TheLibraryIsCalledAsItExpects)
 {
     auto coder = makeCoder<TaCompressLZMA>(TA_STORING_FOLDER);
-    for (const auto& [length, capacity] : { std::pair(0u, 65536u), std::pair(19u, 65536u),
-             std::pair(20u, 65557u), std::pair(100039u, 170557u) }) {
+    for (const auto& [length, capacity] :
+        { std::pair(0u, "\0\0\1\0"), std::pair(19u, "\0\0\1\0"), std::pair(20u, "\25\0\1\0") }) {
         const std::string data = MakeNoise(length);
         ASSERT_EQ(coder.Compress(DataOf(data), length, 77), 1);
         const std::string block = OutputOf(coder);
-        ASSERT_EQ(block.size(), length + 6);
-        EXPECT_EQ(block.substr(0, 2), std::string("S\0", 2)) << "the fifth argument is 0";
-        std::uint32_t room = 0;
-        for (unsigned int i = 0; i < 4; ++i) {
-            room |= std::uint32_t{ DataOf(block)[2 + i] } << (8 * i);
-        }
-        EXPECT_EQ(room, capacity);
-
+        // The reserved argument and the room for the output, little-endian.
+        EXPECT_EQ(block.substr(0, 6), std::string("S\0", 2) + std::string(capacity, 4));
         auto decoder = makeCoder<TaDecompressLZMA>(TA_STORING_FOLDER);
         ASSERT_EQ(decode(decoder, block), 1);
-        EXPECT_TRUE(OutputOf(decoder) == data) << length << " bytes";
+        EXPECT_EQ(OutputOf(decoder), data);
     }
 }
 
@@ -116,11 +103,8 @@ TEST(TaCompressLZMATest, AFailedCompressionLeavesNothing)
     // The room for the output, or the source itself, takes more than 32 bits can count.
     EXPECT_EQ(compress("", 4200000000u), 0);
     EXPECT_EQ(compress("", std::numeric_limits<unsigned long>::max()), 0);
-    const std::string large(100000, 'a'); // for which the buffer has to grow
-    EXPECT_EQ(coder.Compress(DataOf("held"), 4, 0), 1);
     const AllocationLimit limit(0);
-    EXPECT_EQ(coder.Compress(DataOf(large), LengthOf(large), 0), 0);
-    EXPECT_EQ(coder.GetOutputBuffer(), nullptr);
+    EXPECT_EQ(coder.Compress(DataOf("none"), 4, 0), 0);
 }
 
 TEST(TaCompressLZMATest, AFailedDecompressionKeepsWhatItHasNotBegunToReplace)
@@ -130,9 +114,6 @@ TEST(TaCompressLZMATest, AFailedDecompressionKeepsWhatItHasNotBegunToReplace)
     const unsigned char* const held = coder.GetOutputBuffer();
     EXPECT_EQ(decode(coder, "N.....second"), 0) << "0 is no answer to the question for the size";
     EXPECT_EQ(decode(coder, "S"), 0);
-    if (sizeof(unsigned long) > sizeof(unsigned int)) {
-        EXPECT_EQ(coder.Decompress(held, std::numeric_limits<unsigned long>::max()), 0);
-    }
     EXPECT_EQ(coder.GetOutputBuffer(), held);
     EXPECT_EQ(OutputOf(coder), "first");
 
@@ -157,7 +138,6 @@ TEST(TaCompressLZMATest, NoMemoryForTheDataIsABareText)
     } catch (const char* text) {
         EXPECT_STREQ(text, "Can not allocate memory");
     }
-    EXPECT_EQ(limit.GetLargest(), 0xFFFFFFFFu);
     EXPECT_EQ(coder.GetOutputSize(), 0u);
     EXPECT_EQ(coder.GetOutputBuffer(), nullptr);
 }
@@ -168,16 +148,13 @@ TEST(TaCompressLZMATest, CopiesHaveTheirOwnOutputAndKeepTheLibrary)
     {
         auto coder = makeCoder<TaDecompressLZMA>(TA_STORING_FOLDER);
         ASSERT_EQ(decode(coder, "S.....first"), 1);
-        const TaDecompressLZMA constructed = coder;
+        copy = coder;
         ASSERT_EQ(decode(coder, "S.....other"), 1);
-        EXPECT_EQ(OutputOf(constructed), "first");
-        copy = constructed;
     }
     EXPECT_EQ(OutputOf(copy), "first");
-    TaDecompressLZMA moved = std::move(copy);
+    const TaDecompressLZMA moved = std::move(copy);
     EXPECT_EQ(OutputOf(moved), "first");
     ASSERT_EQ(decode(copy, "S.....again"), 1); // NOLINT(bugprone-use-after-move): usable
-    EXPECT_EQ(OutputOf(copy), "again");
 }
 
 #if defined(TA_VELCOMPRESS_FOLDER)
@@ -224,12 +201,12 @@ TEST(VelCompressTest, CompressesAndReadsAnyBlock)
 {
     auto decoder = makeCoder<TaDecompressLZMA>(TA_VELCOMPRESS_FOLDER);
     for (const std::string& data :
-        { std::string(), std::string("a"), std::string(1000000, 'b'), MakeNoise(200000) }) {
-        ASSERT_EQ(decode(decoder, pack(data)), 1);
+        { std::string(), std::string(1000000, 'b'), MakeNoise(200000) }) {
+        const std::string block = pack(data);
+        EXPECT_LT(block.size(), data[0] == 'b' ? 1000u : 200200u);
+        ASSERT_EQ(decode(decoder, block), 1);
         EXPECT_TRUE(OutputOf(decoder) == data) << data.size() << " bytes";
     }
-    EXPECT_LT(pack(std::string(1000000, 'b')).size(), 1000u);
-    EXPECT_LT(pack(MakeNoise(200000)).size(), 200200u);
 }
 
 /// What the program `xz` writes for "abc".
@@ -239,22 +216,16 @@ const std::string kStream("\xfd\x37\x7a\x58\x5a\x00\x00\x01\x69\x22\xde\x36\x02\
                           "\x59\x5a",
     56);
 
-TEST(VelCompressTest, ReadsAStreamFromElsewhere)
+TEST(VelCompressTest, ReadsAStreamFromElsewhereUnlessItIsDamaged)
 {
     auto decoder = makeCoder<TaDecompressLZMA>(TA_VELCOMPRESS_FOLDER);
     ASSERT_EQ(decode(decoder, kStream), 1);
     EXPECT_EQ(OutputOf(decoder), "abc");
     EXPECT_EQ(decode(decoder, kStream + kStream), 0) << "one stream is a block";
     EXPECT_EQ(decode(decoder, kStream + std::string(4, '\0')), 0);
-}
-
-TEST(VelCompressTest, DamageIsFound)
-{
-    const std::string block = pack("some text, some more text");
-    auto decoder = makeCoder<TaDecompressLZMA>(TA_VELCOMPRESS_FOLDER);
-    for (std::size_t i = 0; i < block.size(); ++i) {
-        EXPECT_EQ(decode(decoder, block.substr(0, i)), 0) << "of the first " << i;
-        std::string wrong = block;
+    for (std::size_t i = 0; i < kStream.size(); ++i) {
+        EXPECT_EQ(decode(decoder, kStream.substr(0, i)), 0) << "of the first " << i;
+        std::string wrong = kStream;
         wrong[i] = static_cast<char>(wrong[i] ^ 0x10);
         EXPECT_EQ(decode(decoder, wrong), 0) << "at " << i;
     }

@@ -25,10 +25,9 @@ int unzip(TaDecompressZIP& coder, const std::string& stream, unsigned long expec
     return coder.Decompress(DataOf(stream), LengthOf(stream), expectedSize);
 }
 
-TEST(TaCompressZIPTest, WritesWhatZlibReads)
+TEST(TaCompressZIPTest, WritesWhatZlibReadsAndReadsIt)
 {
-    for (const std::string& data :
-        { std::string(), std::string("a"), std::string(100000, 'b'), MakeNoise(100000) }) {
+    for (const std::string& data : { std::string(), std::string(100000, 'b'), MakeNoise(100000) }) {
         const std::string stream = zip(data);
         std::string back(data.size() + 1, '?');
         auto length = static_cast<uLongf>(back.size());
@@ -45,42 +44,22 @@ TEST(TaCompressZIPTest, WritesWhatZlibReads)
     EXPECT_EQ(zip("").size(), 8u);
 }
 
-TEST(TaCompressZIPTest, ReadsAStreamOfAnyZlib)
-{
-    const std::string stream("\x78\x9c\x4b\x04\x00\x00\x62\x00\x62", 9);
-    TaDecompressZIP coder;
-    ASSERT_EQ(unzip(coder, stream, 1), 1);
-    EXPECT_EQ(OutputOf(coder), "a");
-}
-
-TEST(TaCompressZIPTest, TheExpectedSizeBoundsTheData)
+TEST(TaCompressZIPTest, TheExpectedSizeBoundsTheDataAndDamageLeavesNothing)
 {
     const std::string stream = zip("compressed");
-    TaDecompressZIP coder;
-    ASSERT_EQ(unzip(coder, stream, 1000), 1);
-    EXPECT_EQ(OutputOf(coder), "compressed") << "the data are as long as they are";
-    EXPECT_EQ(unzip(coder, stream, 0), 0);
-    EXPECT_EQ(OutputOf(coder), "compressed") << "without an expectation nothing is touched";
-    EXPECT_EQ(unzip(coder, stream, 9), 0);
-    EXPECT_EQ(coder.GetOutputSize(), 0u);
-    EXPECT_EQ(unzip(coder, stream, 10), 1);
-    EXPECT_EQ(OutputOf(coder), "compressed");
-}
-
-TEST(TaCompressZIPTest, DamagedDataLeaveNothing)
-{
-    const std::string data = MakeNoise(100);
-    const std::string stream = zip(data);
-    TaDecompressZIP coder;
-    for (std::size_t length = 0; length < stream.size(); ++length) {
-        ASSERT_EQ(unzip(coder, stream, 100), 1);
-        EXPECT_EQ(unzip(coder, stream.substr(0, length), 100), 0) << "of the first " << length;
-        EXPECT_EQ(coder.GetOutputSize(), 0u);
-    }
     std::string wrong = stream;
     wrong.back() = static_cast<char>(wrong.back() ^ 1); // of the checksum
-    EXPECT_EQ(unzip(coder, wrong, 100), 0);
-    EXPECT_EQ(coder.GetOutputSize(), 0u);
+    TaDecompressZIP coder;
+    ASSERT_EQ(unzip(coder, stream, 1000), 1);
+    EXPECT_EQ(unzip(coder, stream, 0), 0);
+    EXPECT_EQ(OutputOf(coder), "compressed") << "without an expectation nothing is touched";
+    for (const auto& [damaged, size] : { std::pair(stream, 9u), std::pair(wrong, 10u),
+             std::pair(stream.substr(0, stream.size() - 1), 10u), std::pair(std::string(), 10u) }) {
+        ASSERT_EQ(unzip(coder, stream, 10), 1);
+        EXPECT_EQ(unzip(coder, damaged, size), 0);
+        EXPECT_EQ(coder.GetOutputSize(), 0u);
+        EXPECT_EQ(coder.GetOutputBuffer(), nullptr);
+    }
 }
 
 TEST(TaCompressZIPTest, WhatCannotBeHeldIsRefused)
@@ -89,45 +68,35 @@ TEST(TaCompressZIPTest, WhatCannotBeHeldIsRefused)
     const std::string stream = zip(data);
     TaCompressZIP zipper;
     TaDecompressZIP unzipper;
-    const auto hold = [&] {
-        ASSERT_EQ(zipper.Compress(DataOf(data), 10), 1);
-        ASSERT_EQ(unzip(unzipper, stream, 1000), 1);
-    };
-    hold();
     // The room for the output would take more than 32 bits can count; the source is not looked at.
-    EXPECT_EQ(zipper.Compress(DataOf(data), 4000000000u), 0);
-    EXPECT_EQ(zipper.GetOutputSize(), 0u);
     constexpr unsigned long kMost = std::numeric_limits<unsigned long>::max();
-    EXPECT_EQ(zipper.Compress(DataOf(data), kMost), 0);
+    for (const unsigned long length : { 4000000000ul, kMost }) {
+        ASSERT_EQ(zipper.Compress(DataOf(data), 10), 1);
+        EXPECT_EQ(zipper.Compress(DataOf(data), length), 0);
+        EXPECT_EQ(zipper.GetOutputSize(), 0u);
+    }
+    ASSERT_EQ(zipper.Compress(DataOf(data), 10), 1);
+    ASSERT_EQ(unzip(unzipper, stream, 1000), 1);
     if (sizeof(kMost) > sizeof(unsigned int)) {
         EXPECT_EQ(unzip(unzipper, stream, kMost), 0);
         EXPECT_EQ(unzipper.GetOutputSize(), 0u);
     }
-
-    hold();
     const AllocationLimit limit(0);
     EXPECT_EQ(zipper.Compress(DataOf(data), 1000), 0);
     EXPECT_EQ(limit.GetLargest(), 1112u) << "a tenth more, and 12";
     EXPECT_EQ(zipper.GetOutputSize(), 0u);
     EXPECT_EQ(unzip(unzipper, stream, 5000), 0);
     EXPECT_EQ(limit.GetLargest(), 5000u);
-    EXPECT_EQ(unzipper.GetOutputSize(), 0u);
 }
 
 TEST(TaCompressZIPTest, CopiesHaveTheirOwnOutput)
 {
-    const std::string stream = zip("the first");
     TaDecompressZIP coder;
-    ASSERT_EQ(unzip(coder, stream, 9), 1);
-    TaDecompressZIP copy = coder;
-    TaDecompressZIP moved = std::move(coder);
-    EXPECT_EQ(unzip(moved, zip("another"), 7), 1);
+    ASSERT_EQ(unzip(coder, zip("the first"), 9), 1);
+    const TaDecompressZIP copy = coder;
+    EXPECT_EQ(unzip(coder, zip("another"), 7), 1);
     EXPECT_EQ(OutputOf(copy), "the first");
-    EXPECT_EQ(OutputOf(moved), "another");
-    EXPECT_EQ(coder.GetOutputSize(), 0u); // NOLINT(bugprone-use-after-move): empty after a move
-    copy = moved;
-    EXPECT_EQ(unzip(moved, stream, 1), 0);
-    EXPECT_EQ(OutputOf(copy), "another");
+    EXPECT_EQ(OutputOf(coder), "another");
 }
 
 } // namespace

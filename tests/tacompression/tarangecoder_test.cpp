@@ -1,4 +1,3 @@
-#include "groundwork/tuloglistenermanager.h"
 #include "support/allocationlimit.h"
 #include "support/expectfailure.h"
 #include "support/memorystreams.h"
@@ -10,7 +9,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <functional>
+#include <optional>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -54,6 +56,13 @@ void expectSymbols(TaDecompressRangeCoder& coder, const std::vector<std::uint32_
     EXPECT_EQ(symbols, expected);
 }
 
+void expectAllRefused(const std::vector<std::function<void()>>& actions)
+{
+    for (const auto& action : actions) {
+        ExpectFailure<TuExceptionPreconditionViolation>(action);
+    }
+}
+
 /// Several models at once.
 void playModels(CodedScript& script)
 {
@@ -78,6 +87,20 @@ TEST(TaRangeCoderTest, BlocksHaveTheBytesOfTheStoredForm)
         // 0x100 * 0xFFFF lies below a change of the top byte, and the range of 0xFFFF across it:
         // two bytes go out at once.
         { 2, [](auto& script) { script.RawBits(0x100, 16); }, blockOf({ 0, 0xFF, 0xFF, 0, 0, 0 }) },
+        // Here the top byte of both ends is 0 after the two bytes, and goes out with the next item:
+        // also when that has no bits, and not before.
+        { 2,
+            [](auto& script) {
+                script.RawBits(3024, 15).RawBits(14, 4).RawBits(8144, 13).RawBits(0, 0);
+                script.RawBits(0xABCD, 16).RawBits(0x1234, 16);
+            },
+            blockOf({ 0x17, 0xA1, 0xD3, 0xFF, 0x00, 0xBB, 0x96, 0x9E, 0xCA, 0x40, 0, 0 }) },
+        { 2,
+            [](auto& script) {
+                script.RawBits(3024, 15).RawBits(14, 4).RawBits(8144, 13);
+                script.RawBits(0xABCD, 16).RawBits(0x1234, 16);
+            },
+            blockOf({ 0x17, 0xA1, 0xD3, 0xFF, 0xAB, 0xDC, 0xDB, 0xB1, 0xCC, 0, 0 }) },
         { 5,
             [](auto& script) {
                 (script << 0u).RawBits(0xFFFFFF15, 5) << 4u;
@@ -124,6 +147,7 @@ TEST(TaRangeCoderTest, NumbersOfEightTypesAreSymbolsAndAllElseIsBytes)
         playSymbols(CodedScript(coder));
         playBytes(CodedScript(coder));
         coder << 9ll + (1ll << 32) << L"e"; // symbols have 32 bits
+        ExpectFailure<TuExceptionPreconditionViolation>([&] { coder << '\x80'; }); // a negative one
     });
     EXPECT_EQ(block, code(201, [&](auto& coder) {
         coder.WriteSymbols(std::vector<std::uint32_t>{ 'a', 200, 3, 4, 5, 6, 7, 8 });
@@ -131,27 +155,21 @@ TEST(TaRangeCoderTest, NumbersOfEightTypesAreSymbolsAndAllElseIsBytes)
         coder.WriteRaw(bytes.data(), bytes.size());
         coder << 9 << u"e";
     }));
-    EXPECT_TRUE(decode(block, 201, [&](auto& coder) {
+    decode(block, 201, [&](auto& coder) {
         playSymbols(CodedScript(coder));
         playBytes(CodedScript(coder));
-        CodedScript(coder) << 9ll << u"e";
-    }));
+    });
 }
 
 TEST(TaRangeCoderTest, AModelHasBoundsForItsArguments)
 {
-    const struct
-    {
-        std::uint32_t symbolCount, totalBits, targetRescale;
-    } kRefused[] = { { 0, 16, 1024 }, { 1, 16, 1024 }, { 16385, 16, 1024 }, { 3, 3, 1 },
-        { 1U << 30, 16, 1024 }, { 0x40000001, 16, 1024 }, { 0xFFFFFFFF, 16, 1024 }, { 2, 2, 1 },
-        { 2, 0, 1 }, { 2, 17, 1024 }, { 2, 32, 1024 }, { 2, 0xFFFFFFFF, 1024 }, { 2, 16, 0 },
-        { 2, 16, 1U << 17 }, { 2, 16, 0xFFFFFFFF }, { 2, 3, 16 } };
-    for (const auto& refused : kRefused) {
-        SCOPED_TRACE(testing::Message()
-            << refused.symbolCount << ' ' << refused.totalBits << ' ' << refused.targetRescale);
+    const std::array<std::uint32_t, 3> kRefused[] = { { 1, 16, 1024 }, { 16385, 16, 1024 },
+        { 3, 3, 1 }, { 0x40000001, 16, 1024 }, { 2, 0, 1 }, { 2, 17, 1024 }, { 2, 32, 1024 },
+        { 2, 16, 0 }, { 2, 16, 1U << 17 }, { 2, 16, 0xFFFFFFFF } };
+    for (const auto& [symbolCount, totalBits, targetRescale] : kRefused) {
+        SCOPED_TRACE(testing::Message() << symbolCount << ' ' << totalBits << ' ' << targetRescale);
         ExpectFailure<TuExceptionPreconditionViolation>(
-            [&] { Model(refused.symbolCount, refused.totalBits, refused.targetRescale); },
+            [&, n = symbolCount, t = totalBits, b = targetRescale] { Model(n, t, b); },
             u"core/talibraries/tacompression/taprobabilitymodelquasistatic", 55);
     }
     EXPECT_NO_THROW(Model(16384, 16, (1U << 17) - 1));
@@ -186,12 +204,11 @@ TEST(TaRangeCoderTest, ReadingBeyondTheCodedBytesFailsForEver)
     const auto expectEnd = [](TaDecompressRangeCoder& coder, unsigned int line) {
         unsigned char byte = 0;
         std::vector<std::uint32_t> symbols(3);
-        for (int i = 0; i < 2; ++i) {
-            ExpectFailure<TuExceptionStream>([&] { coder.ReadRawBits(0); }, kReaderFile, line);
-            ExpectFailure<TuExceptionStream>([&] { coder >> byte; }, kReaderFile, line);
-            ExpectFailure<TuExceptionStream>([&] { coder.ReadRaw(&byte, 1); }, kReaderFile, line);
-            ExpectFailure<TuExceptionStream>(
-                [&] { coder.ReadSymbols(symbols); }, kReaderFile, line);
+        const std::function<void()> reads[]
+            = { [&] { coder.ReadRawBits(0); }, [&] { coder >> byte; },
+                  [&] { coder.ReadRaw(&byte, 1); }, [&] { coder.ReadSymbols(symbols); } };
+        for (const auto& read : reads) {
+            ExpectFailure<TuExceptionStream>(read, kReaderFile, line);
         }
     };
     decode(blockOf({ 0, 0, 0, 0 }), 2, [&](auto& coder) {
@@ -204,17 +221,36 @@ TEST(TaRangeCoderTest, ReadingBeyondTheCodedBytesFailsForEver)
     });
 }
 
+// No coder writes these bytes. What they give was worked out by hand, too.
+TEST(TaRangeCoderTest, DamagedBytesGiveTheSameEverywhere)
+{
+    const std::pair<std::uint32_t, std::vector<std::uint32_t>> kReads[]
+        = { { 16, { 0x10001, 0x1000001, 0xFFFF } }, { 3, { 8, 0, 0 } },
+              { 20, { 0x100000, 0xFFFFF, 0xFFFFF } } };
+    Bytes block = blockOf({ 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF });
+    for (const auto& [width, expected] : kReads) {
+        decode(block, 2, [&, width = width, &expected = expected](auto& coder) {
+            for (const std::uint32_t value : expected) {
+                EXPECT_EQ(coder.ReadRawBits(width), value) << width;
+            }
+        });
+    }
+    decode(block, 2, [](auto& coder) { expectSymbols(coder, { 1, 1, 1 }); });
+    decode(block, 2, [](auto& coder) {
+        Bytes bytes(3, 1);
+        coder.ReadRaw(bytes.data(), bytes.size());
+        EXPECT_EQ(bytes, Bytes(3));
+    });
+}
+
 TEST(TaRangeCoderTest, WhatIsRefusedIsNotCoded)
 {
     const auto model = Model::CreateUsual(1000);
     const std::vector<std::uint32_t> symbols{ 0, 2, 1, 3, 0 }; // the fourth is none
     const Bytes withRefusals = code(3, [&](TaCompressRangeCoder& coder) {
-        const std::function<void()> kRefused[]
-            = { [&] { coder << 3u; }, [&] { coder << 0xFFFFFFFFu; }, [&] { coder << -1; },
-                  [&] { coder << -1ll; }, [&] { coder << static_cast<char>(-1); },
-                  [&] { coder << '\x80'; }, [&] { coder.WriteSymbol(1000, *model); },
-                  [&] { coder.WriteRawBits(0, 33); }, [&] { coder.WriteRawBits(0, 0xFFFFFFFF); } };
-        for (const auto& refused : kRefused) {
+        for (const auto& refused :
+            std::vector<std::function<void()>>{ [&] { coder << 3u; }, [&] { coder << -1ll; },
+                [&] { coder.WriteSymbol(1000, *model); }, [&] { coder.WriteRawBits(0, 33); } }) {
             coder << 1u;
             ExpectFailure<TuExceptionPreconditionViolation>(refused);
         }
@@ -224,12 +260,12 @@ TEST(TaRangeCoderTest, WhatIsRefusedIsNotCoded)
     });
     model->Reset();
     EXPECT_EQ(withRefusals, code(3, [&](TaCompressRangeCoder& coder) {
-        coder.WriteSymbols(std::vector<std::uint32_t>{ 1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 2, 1 });
+        coder.WriteSymbols(std::vector<std::uint32_t>{ 1, 1, 1, 1, 0, 2, 1 });
         coder.WriteSymbol(999, *model);
     }));
     decode(withRefusals, 3, [](TaDecompressRangeCoder& coder) {
         ExpectFailure<TuExceptionPreconditionViolation>([&] { coder.ReadRawBits(33); });
-        expectSymbols(coder, { 1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 2, 1 });
+        expectSymbols(coder, { 1, 1, 1, 1, 0, 2, 1 });
     });
     PlainStreamWrite target;
     ExpectFailure<TuExceptionPreconditionViolation>(
@@ -243,49 +279,40 @@ TEST(TaRangeCoderTest, TheBlockIsWrittenOnceAtTheEnd)
     Bytes written;
     {
         TaCompressRangeCoder coder(target, 2, 100);
+        EXPECT_TRUE(coder.IsCompressing());
         coder.WriteSymbols(std::vector<std::uint32_t>(100'000, 1));
         EXPECT_TRUE(target.bytes.empty());
         coder.Finish();
-        EXPECT_FALSE(target.bytes.empty());
         written = target.bytes;
-        const std::function<void()> kRefused[] = { [&] { coder << 1u; },
-            [&] { coder.WriteRawBits(0, 0); }, [&] { coder.WriteRaw("x", 1); },
-            [&] { coder << true; }, [&] { coder.WriteSymbols(std::vector<std::uint32_t>(1)); } };
-        for (const auto& refused : kRefused) {
-            ExpectFailure<TuExceptionPreconditionViolation>(refused);
-        }
-        coder.Finish();
+        EXPECT_FALSE(written.empty());
+        expectAllRefused({ [&] { coder << 1u; }, [&] { coder.WriteRawBits(0, 0); },
+            [&] { coder.WriteRaw("x", 1); },
+            [&] { coder.WriteSymbols(std::vector<std::uint32_t>(1)); } });
     }
     EXPECT_EQ(target.bytes, written);
 }
 
 TEST(TaRangeCoderTest, AFailingTargetIsReportedByFinishOrLoggedByTheDestructor)
 {
-    struct Listener : TuLogListener
-    {
-        void onLog(const SLogLine& line) override { text += line.text.ToUtf8() + '\n'; }
-        std::string text;
-    };
-    auto& log = TuLogListenerManager::GetInstance();
-    const auto listener = TuMake<Listener>();
-    log.AddListener(listener);
+    const QuietLog log;
     for (const unsigned long long room : { 0u, 4u, 8u, 11u }) { // of 12 bytes
         FullSink target(room);
         {
             TaCompressRangeCoder coder(target, 2, 0);
             ExpectFailure<TuExceptionStream>([&] { coder.Finish(); });
             EXPECT_NO_THROW(coder.Finish());
-            ExpectFailure<TuExceptionPreconditionViolation>([&] { coder << 1u; });
+            expectAllRefused({ [&] { coder << 1u; } });
         }
         EXPECT_EQ(target.GetFailureCount(), 1);
-        EXPECT_EQ(listener->text, "");
+        EXPECT_EQ(log.TakeText(), "");
         EXPECT_NO_THROW(TaCompressRangeCoder(target, 2, 0));
         EXPECT_EQ(target.GetFailureCount(), 2);
-        EXPECT_NE(listener->text.find("a coded block is lost: "), std::string::npos);
-        EXPECT_EQ(std::count(listener->text.begin(), listener->text.end(), '\n'), 1);
-        listener->text.clear();
+        EXPECT_EQ(log.TakeText().find("a coded block is lost: "), 0u);
+        std::optional<TaCompressRangeCoder> coder;
+        coder.emplace(target, 2, 100);
+        const AllocationLimit memory(0); // not even for a line of the log
+        coder.reset();
     }
-    log.RemoveListener(*listener);
 }
 
 TEST(TaRangeCoderTest, CodersThatShareAModelAdaptItTogether)
@@ -302,16 +329,13 @@ TEST(TaRangeCoderTest, CodersThatShareAModelAdaptItTogether)
             (i % 3 == 0 ? first : second) << (i % 7 == 0 ? 2u : 1u);
         }
     }
-    model->GetFrequencies(1, low, frequency);
-    EXPECT_GT(frequency, 150u); // of 256
-    EXPECT_LT(targets[0].bytes.size() + targets[1].bytes.size(), 16u + 8u + 100 / 8);
-
-    model->Reset(); // the readers do not
+    model->Reset();
     PlainStreamRead sources[]
         = { PlainStreamRead(targets[0].bytes), PlainStreamRead(targets[1].bytes) };
     TaDecompressRangeCoder first(sources[0], model);
-    TaDecompressRangeCoder second(sources[1], model);
-    for (unsigned int i = 0; i < 100; ++i) {
+    first.ReadSymbol(*model);
+    TaDecompressRangeCoder second(sources[1], model); // which does not reset it
+    for (unsigned int i = 1; i < 100; ++i) {
         ASSERT_EQ((i % 3 == 0 ? first : second).ReadSymbol(*model), i % 7 == 0 ? 2u : 1u);
     }
 }
@@ -323,15 +347,6 @@ TEST(TaRangeCoderTest, ACopyOfAModelSharesItsFrequenciesAndUseInTurnsIsNoticed)
     auto original = TuMake<Model>(3u, 5u, 63u);
     Model copy(*original);
     original = TuMake<Model>(*original); // the first one is gone, and its arrays are not
-    for (int i = 0; i < 40; ++i) {
-        original->GetFrequencies(2, low, frequency);
-    }
-    EXPECT_GT(frequency, 20u); // of 32
-    copy.Reset();
-    const std::uint32_t adapted = frequency;
-    Model(*original).GetFrequencies(2, low, frequency);
-    EXPECT_LT(frequency, adapted);
-
     const auto useInTurns = [&] {
         for (unsigned int i = 0; i < 100'000; ++i) {
             std::uint32_t value = i * 7 % 40; // also beyond the total
@@ -339,8 +354,7 @@ TEST(TaRangeCoderTest, ACopyOfAModelSharesItsFrequenciesAndUseInTurnsIsNoticed)
             ASSERT_LT((i % 5 == 0 ? copy : *original).GetSymbol(value, frequency), 3u);
         }
     };
-    ExpectFailure<TuExceptionPreconditionViolation>(useInTurns);
-    ExpectFailure<TuExceptionPreconditionViolation>(useInTurns);
+    expectAllRefused({ useInTurns, useInTurns });
     copy.Reset();
     copy.GetFrequencies(1, low, frequency);
     EXPECT_EQ(low, 11u);
@@ -353,6 +367,7 @@ TEST(TaRangeCoderTest, BlocksFollowOneAnotherAndNest)
         target << u"head";
         {
             TaStreamWritePredictiveCoder outer(target, 8, 0);
+            EXPECT_TRUE(outer.IsCompressing());
             outer.WriteValue(7, 5);
             TaCompressRangeCoder(outer, 2, 0) << 1u << 0u;
             TaStreamWritePredictiveCoder(outer, 4, 0).WriteValue(3, 9);
