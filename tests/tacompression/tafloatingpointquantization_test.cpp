@@ -1,10 +1,13 @@
+#include "groundwork/tuexceptions.h"
 #include "tacompression/tafloatingpointquantizationuniformwithinvalid.h"
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
 #include <limits>
 #include <span>
+#include <vector>
 
 namespace {
 
@@ -136,6 +139,45 @@ TEST(TaFloatingPointQuantizationTest, TheInvalidValueIsRecognisedByComparison)
     EXPECT_EQ(infinity.Unmap(infinity.Map(-kInfinity)), -1.0f);
     const WithInvalid shared(0, -1, 1, 5);
     EXPECT_EQ(shared.Unmap(shared.Map(3)), 5.0f); // as every value that has the shared code
+}
+
+/// It is uniform, but not just that.
+class EvenCodes final : public Uniform
+{
+public:
+    using Uniform::Uniform;
+    std::uint32_t Map(float value) const override { return Uniform::Map(value) * 2; }
+    float Unmap(std::uint32_t code) const override { return Uniform::Unmap(code / 2); }
+};
+
+TEST(TaFloatingPointQuantizationTest, ManyAtOnceHaveTheCodesThatTheyHaveOneByOne)
+{
+    std::vector<float> values{ 0.0f, -0.0f, kNan, kInfinity, -kInfinity, 0.49999997f, 1e38f,
+        -3e9f };
+    for (int i = -500; i < 507; ++i) { // no whole number of runs
+        values.push_back(static_cast<float>(i) * 0.125f);
+    }
+    std::vector<std::uint32_t> codes(values.size());
+    std::vector<float> restored(values.size());
+    const auto expectSame = [&](const TaFloatingPointQuantization& quantization) {
+        quantization.MapValues(values, codes);
+        quantization.UnmapValues(codes, restored);
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            ASSERT_EQ(codes[i], quantization.Map(values[i])) << values[i];
+            ASSERT_EQ(std::bit_cast<std::uint32_t>(restored[i]),
+                std::bit_cast<std::uint32_t>(quantization.Unmap(codes[i])));
+        }
+    };
+    const float kRanges[][3] = { { -50, 50, 10 }, { -1, 1, 2 }, { -4e6f, 4e6f, 1 },
+        { 0, 4194304, 1 }, { 10, 5, 1 }, { -2e9f, 2e9f, 1 } };
+    for (const auto& [minimum, maximum, scale] : kRanges) {
+        SCOPED_TRACE(testing::Message() << minimum << " to " << maximum);
+        expectSame(Uniform(minimum, maximum, scale));
+        expectSame(WithInvalid(minimum, maximum, scale, 0.25f));
+        expectSame(EvenCodes(minimum, maximum, scale));
+    }
+    EXPECT_THROW(Uniform(0, 1, 1).MapValues(values, std::span(codes).first(1)),
+        TuExceptionPreconditionViolation);
 }
 
 } // namespace
