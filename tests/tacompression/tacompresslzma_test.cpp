@@ -124,12 +124,6 @@ TEST(TaCompressLZMATest, AFailedDecompressionKeepsWhatItHasNotBegunToReplace)
     }
     EXPECT_EQ(decode(coder, "L.....less"), 1);
     EXPECT_EQ(OutputOf(coder), "les");
-}
-
-TEST(TaCompressLZMATest, NoMemoryForTheDataIsABareText)
-{
-    auto coder = makeCoder<TaDecompressLZMA>(TA_STORING_FOLDER);
-    ASSERT_EQ(decode(coder, "S.....first"), 1);
     const AllocationLimit limit(0);
     try {
         decode(coder, "H.....second");

@@ -109,28 +109,19 @@ TEST(TaFloatingPointQuantizationTest, ValuesAreRoundedWithHalvesUpwardsAndClampe
 
 TEST(TaFloatingPointQuantizationTest, EveryCodeHasAFloat)
 {
-    const Uniform bytes(0, 1, 255);
-    EXPECT_EQ(bytes.Unmap(255), 1.0f);
-    EXPECT_EQ(bytes.Unmap(256), 256.0f / 255.0f);
-    EXPECT_EQ(bytes.Unmap(0xFFFFFFFF), -1.0f / 255.0f);
-    const Uniform low(-2e9f, 0, 0.5f);
-    EXPECT_EQ(low.Unmap(0), -2e9f);
-    EXPECT_EQ(low.Unmap(2000000000), 2e9f);
+    EXPECT_EQ(Uniform(0, 1, 255).Unmap(256), 256.0f / 255.0f);
+    EXPECT_EQ(Uniform(-2e9f, 0, 0.5f).Unmap(2000000000), 2e9f);
     EXPECT_EQ(Uniform(2e9f, 2e9f, 1).Unmap(2000000000), -294967296.0f); // wraps around
     const Uniform none(0, 1, 0);
     EXPECT_TRUE(std::isnan(none.Unmap(0)));
-    EXPECT_EQ(none.Unmap(1), kInfinity);
     EXPECT_EQ(none.Unmap(0x80000000), -kInfinity);
 }
 
 TEST(TaFloatingPointQuantizationTest, TheInvalidValueIsRecognisedByComparison)
 {
     const WithInvalid zero(-1, 1, 2, 0); // 0 lies in the range
-    EXPECT_EQ(zero.Map(0), 7u);
     EXPECT_EQ(zero.Map(-0.0f), 7u);
     EXPECT_EQ(zero.Map(0.01f), 2u);
-    EXPECT_EQ(zero.Unmap(7), 0.0f);
-    EXPECT_EQ(zero.Unmap(2), 0.0f);
     const WithInvalid nan(-1, 1, 2, kNan);
     EXPECT_EQ(nan.Map(kNan), 0u);
     EXPECT_TRUE(std::isnan(nan.Unmap(7)));
