@@ -106,6 +106,7 @@ namespace {
         }
     }
 
+    /// And as many vertices.
     bool hasSameFaces(const Mesh& a, const Mesh& b)
     {
         if (a.GetFaceCount() != b.GetFaceCount() || a.GetVertexCount() != b.GetVertexCount()
@@ -144,10 +145,11 @@ namespace {
     {
         Document restored;
         ReadDocumentFile(console, name, restored);
-        const std::optional<double> error = findLargestError(original, restored.GetMesh());
-        const double bound
-            = original.GetVertexCount() != 0 ? form.GetLargestError(FindBounds(original)) : 0.0;
-        if (!hasSameFaces(original, restored.GetMesh()) || error.value_or(0.0) > bound) {
+        const bool isWhole = hasSameFaces(original, restored.GetMesh());
+        const auto error = isWhole ? findLargestError(original, restored.GetMesh()) : std::nullopt;
+        const double bound = error ? form.GetLargestError(FindBounds(original)) : 0.0;
+        const bool mayMove = form.GetKind() == CoordinateForm::eK_Quantized;
+        if (!isWhole || (error && (!mayMove || *error > bound))) {
             throw MeshFailure(TU_HERE, name, 0, "does not restore the mesh as it should");
         }
         if (error) {

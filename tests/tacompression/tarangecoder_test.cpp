@@ -68,7 +68,7 @@ CodedScript& playNarrow(CodedScript& script)
     return script.RawBits(3024, 15).RawBits(14, 4).RawBits(8144, 13);
 }
 
-// The bytes of these blocks were worked out by hand.
+// The bytes of these blocks were worked out from the rules of docs/format.md, not by the coder.
 TEST(TaRangeCoderTest, BlocksHaveTheBytesOfTheStoredForm)
 {
     const struct
@@ -197,7 +197,7 @@ TEST(TaRangeCoderTest, ReadingBeyondTheCodedBytesFailsForEver)
     });
 }
 
-// No coder writes these bytes. What they give was worked out by hand, too.
+// No coder writes these bytes. What they give was worked out from the same rules.
 TEST(TaRangeCoderTest, DamagedBytesGiveTheSameEverywhere)
 {
     const Bytes block = blockOf({ 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF });

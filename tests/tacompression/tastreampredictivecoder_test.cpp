@@ -35,7 +35,7 @@ Bytes codePairs(std::uint32_t maxBits, const std::vector<SPair>& pairs)
     });
 }
 
-// The bytes of these blocks were worked out by hand.
+// The bytes of these blocks were worked out from the rules of docs/format.md, not by the coder.
 TEST(TaStreamPredictiveCoderTest, BlocksHaveTheBytesOfTheStoredForm)
 {
     const struct

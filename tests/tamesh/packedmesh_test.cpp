@@ -1,6 +1,5 @@
 #include "groundwork/tulittleendian.h"
 #include "support/bufferbytes.h"
-#include "support/expectfailure.h"
 #include "support/temporaryfolder.h"
 #include "support/testrandom.h"
 #include "tabase/tastreamreadbinarybuffer.h"
