@@ -30,6 +30,9 @@ public:
     /// document itself keeps them. `progress` comes to the count of vertices and faces.
     void Pack(const CoordinateForm& form, Progress* progress = nullptr);
 
+    /// Null where the mesh is saved plainly.
+    const TaPackedMeshRecord* GetPacked() const { return m_packed.get(); }
+
     const Mesh& GetMesh() const { return m_record.GetMesh(); }
     TaDataManager& GetTree() { return *m_tree; }
 

@@ -84,23 +84,31 @@ namespace {
         return TaPackedMeshRecord(document.GetMesh(), form, &progress).GetStoredSize();
     }
 
-    /// The mesh alone, in each form; what a document has beside it does not depend on them.
+    /// The mesh alone, in each form; what a document has beside it does not depend on them. The
+    /// document has been packed already, in one of them.
     void addSizes(FigureLines& lines, IConsole& console, const Document& document,
-        unsigned int bits, const std::string& name)
+        const SPackOptions& options, const std::string& name)
     {
         const Mesh& mesh = document.GetMesh();
         const std::uint64_t raw = TaMeshRecord::GetStoredSize(mesh);
+        const std::uint64_t packed = document.GetPacked()->GetStoredSize();
         const auto add = [&](std::string_view form, std::uint64_t size) {
             const double percent = 100.0 * static_cast<double>(size) / static_cast<double>(raw);
             lines.Add(form, size, "bytes,", FormatNumber(percent, 3), "%");
         };
         add("raw", raw);
         add("zlib", measureZip(console, document, name));
-        add("lossless", measurePacked(console, document, CoordinateForm::MakeLossless(mesh), name));
+        const std::string quantized = "quantized, " + std::to_string(options.bits) + " bits";
+        if (options.form == SPackOptions::eF_Quantized) {
+            const CoordinateForm lossless = CoordinateForm::MakeLossless(mesh);
+            add("lossless", measurePacked(console, document, lossless, name));
+            add(quantized, packed);
+            return;
+        }
+        add("lossless", packed);
         try {
-            const CoordinateForm form = CoordinateForm::MakeQuantized(mesh, bits);
-            add("quantized, " + std::to_string(bits) + " bits",
-                measurePacked(console, document, form, name));
+            const CoordinateForm form = CoordinateForm::MakeQuantized(mesh, options.bits);
+            add(quantized, measurePacked(console, document, form, name));
         } catch (const std::range_error& failure) {
             lines.Add("quantized", failure.what());
         }
@@ -185,7 +193,7 @@ EExitCode PackMesh(IConsole& console, const std::string& meshFile, const std::st
         WriteDocumentFile(console, documentFile, document);
         if (isPacked) {
             FigureLines lines;
-            addSizes(lines, console, document, options.bits, documentFile);
+            addSizes(lines, console, document, options, documentFile);
             addErrors(lines, console, document.GetMesh(), *form, documentFile);
             WriteResult(console, documentFile + " (packed)\n" + lines.GetText());
         }

@@ -12,9 +12,9 @@ TU_DEFINE_RTTI(TaStreamWritePredictiveCoder, TuStreamWriteBinary, nullptr, nullp
 
 namespace {
 
-/// A difference is a symbol for its sign and its highest bit, and the bits below that.
-template <class Encoder>
-[[gnu::always_inline]] inline void encodeValue(Encoder& encoder,
+/// A difference is a symbol for its sign and its highest bit, and the bits below that. Inlined
+/// always: called, it would keep the registers in memory.
+[[gnu::always_inline]] inline void encodeValue(TaRangeEncoder& encoder,
     TaProbabilityModelQuasiStatic& model, std::uint32_t maxBits, std::uint32_t value,
     std::uint32_t prediction)
 {
