@@ -110,7 +110,9 @@ protected:
     Node* getTailNode() const { return m_tail; }
     const TuSmartPointer<PlexManager>& getPlexManager() const { return m_plexManager; }
     /// Moves a node to the place before its predecessor.
-    void moveForward(Node* node);
+    void moveForward(Node* node) { moveBefore(node, node->previous); }
+    /// Moves a node to the place before another one, null for the end.
+    void moveBefore(Node* node, Node* next);
 
 private:
     template <class List, int IteratorFlags> friend class TuListIterator;
@@ -210,11 +212,10 @@ T TuListBase<T, F, S, L, C>::takeOut(Node* node)
 }
 
 template <class T, int F, class S, class L, class C>
-void TuListBase<T, F, S, L, C>::moveForward(Node* node)
+void TuListBase<T, F, S, L, C>::moveBefore(Node* node, Node* next)
 {
-    Node* const before = node->previous;
     L::Unlink(node, m_head, m_tail);
-    L::Link(node, before->previous, before, m_head, m_tail);
+    L::Link(node, next != nullptr ? next->previous : m_tail, next, m_head, m_tail);
 }
 
 template <class T, int F, class S, class L, class C>

@@ -1,0 +1,61 @@
+#include "tabase/tagraphconnection.h"
+
+#include "tabase/tagraphnode.h"
+
+TaGraphConnection::TaGraphConnection(TaGraphNode& source, TaGraphNode& target, float weight)
+    : m_source(&source)
+    , m_target(&target)
+    , m_weight(weight)
+{
+}
+
+TaGraphConnection::~TaGraphConnection() = default;
+
+TaGraphNode& TaGraphConnection::GetNode(ENodeType type) const
+{
+    if (!IsConnected()) {
+        throw TuExceptionPreconditionViolation(TU_HERE, u"the connection has not been removed");
+    }
+    return type == eNT_Source ? *m_source : *m_target;
+}
+
+void TaGraphConnection::SetWeight(float weight)
+{
+    if (weight == m_weight) {
+        return;
+    }
+    if (!IsConnected()) {
+        m_weight = weight;
+        return;
+    }
+    m_source->m_outgoing.beforeChange(m_placeAtSource);
+    m_target->m_incoming.beforeChange(m_placeAtTarget);
+    const float oldWeight = m_weight;
+    m_weight = weight;
+    m_source->m_outgoing.afterChange(m_placeAtSource, oldWeight);
+    m_target->m_incoming.afterChange(m_placeAtTarget, oldWeight);
+    m_source->onConnectionsChanged();
+}
+
+void TaGraphConnection::connect(const TuSmartPointer<TaGraphConnection>& connection)
+{
+    TaGraphConnectionList& outgoing = connection->m_source->m_outgoing;
+    connection->m_placeAtSource = outgoing.add(connection);
+    try {
+        connection->m_placeAtTarget = connection->m_target->m_incoming.add(connection);
+    } catch (...) {
+        outgoing.remove(connection->m_placeAtSource);
+        throw;
+    }
+    connection->m_source->onConnectionsChanged();
+}
+
+void TaGraphConnection::disconnect(TaGraphConnection& connection)
+{
+    const TuSmartPointer<TaGraphConnection> keep(&connection);
+    connection.m_source->m_outgoing.remove(connection.m_placeAtSource);
+    connection.m_target->m_incoming.remove(connection.m_placeAtTarget);
+    connection.m_source->onConnectionsChanged();
+    connection.m_source = nullptr;
+    connection.m_target = nullptr;
+}

@@ -1,0 +1,54 @@
+#include "tabase/tagraphweightindex.h"
+
+#include "tabase/tagraphconnection.h"
+
+#include <cmath>
+#include <iterator>
+
+std::unique_ptr<TaGraphWeightIndex> TaGraphWeightIndex::Make(Node* head)
+{
+    auto index = std::make_unique<TaGraphWeightIndex>();
+    for (Node* node = head; node != nullptr; node = node->next) {
+        const float weight = node->element->GetWeight();
+        if (std::isnan(weight)) {
+            return nullptr;
+        }
+        index->m_lasts.insert_or_assign(index->m_lasts.end(), weight, node);
+    }
+    return index;
+}
+
+TaGraphWeightIndex::Node* TaGraphWeightIndex::FindLastNotGreater(float weight) const
+{
+    const auto above = m_lasts.upper_bound(weight);
+    return above != m_lasts.begin() ? std::prev(above)->second : nullptr;
+}
+
+TaGraphWeightIndex::Node* TaGraphWeightIndex::FindLastSmaller(float weight) const
+{
+    const auto above = m_lasts.lower_bound(weight);
+    return above != m_lasts.begin() ? std::prev(above)->second : nullptr;
+}
+
+void TaGraphWeightIndex::Add(Node* node)
+{
+    const float weight = node->element->GetWeight();
+    const bool isLast = node->next == nullptr || node->next->element->GetWeight() != weight;
+    if (isLast) {
+        m_lasts[weight] = node;
+    }
+}
+
+void TaGraphWeightIndex::Remove(const Node* node)
+{
+    const float weight = node->element->GetWeight();
+    const auto last = m_lasts.find(weight);
+    if (last->second != node) {
+        return;
+    }
+    if (node->previous != nullptr && node->previous->element->GetWeight() == weight) {
+        last->second = node->previous;
+    } else {
+        m_lasts.erase(last);
+    }
+}
