@@ -113,6 +113,8 @@ protected:
     void moveForward(Node* node) { moveBefore(node, node->previous); }
     /// Moves a node to the place before another one, null for the end.
     void moveBefore(Node* node, Node* next);
+    /// All nodes of the list, chained by `next` in another order, become the list.
+    void relink(Node* chain);
 
 private:
     template <class List, int IteratorFlags> friend class TuListIterator;
@@ -216,6 +218,17 @@ void TuListBase<T, F, S, L, C>::moveBefore(Node* node, Node* next)
 {
     L::Unlink(node, m_head, m_tail);
     L::Link(node, next != nullptr ? next->previous : m_tail, next, m_head, m_tail);
+}
+
+template <class T, int F, class S, class L, class C>
+void TuListBase<T, F, S, L, C>::relink(Node* chain)
+{
+    m_head = nullptr;
+    m_tail = nullptr;
+    while (chain != nullptr) {
+        Node* const node = std::exchange(chain, chain->next);
+        L::Link(node, m_tail, static_cast<Node*>(nullptr), m_head, m_tail);
+    }
 }
 
 template <class T, int F, class S, class L, class C>

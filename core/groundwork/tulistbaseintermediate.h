@@ -2,6 +2,9 @@
 
 #include "groundwork/tulistbase.h"
 
+#include <array>
+#include <cstddef>
+#include <limits>
 #include <utility>
 
 /// What lists do with the values of their elements: look them up, compare, sort, store. The
@@ -53,6 +56,14 @@ protected:
     /// Swaps neighbours that are in the wrong order until a pass finds none. Elements stay in their
     /// nodes: iterators move with them. Equal elements keep their order.
     template <class Less> void bubbleSort(Less& less);
+    /// Sorts the nodes from `first` on into those before, which are in order: what inserting them
+    /// one by one would give, in n log n steps, without memory. Elements stay in their nodes.
+    template <class Less> void mergeSort(Node* first, Less& less);
+
+private:
+    // Chains of nodes, linked by `next`.
+    template <class Less> static Node* sortChain(Node* chain, Less& less);
+    template <class Less> static Node* mergeChains(Node* first, Node* second, Less& less);
 };
 
 template <class T, int F, class S, class L, class C, class P, class Z>
@@ -144,4 +155,57 @@ void TuListBaseIntermediate<T, F, S, L, C, P, Z>::bubbleSort(Less& less)
         }
         sorted = node;
     }
+}
+
+template <class T, int F, class S, class L, class C, class P, class Z>
+template <class Less>
+void TuListBaseIntermediate<T, F, S, L, C, P, Z>::mergeSort(Node* first, Less& less)
+{
+    Node* sorted = nullptr;
+    if (first->previous != nullptr) {
+        first->previous->next = nullptr;
+        sorted = Base::getHeadNode();
+    }
+    Base::relink(mergeChains(sorted, sortChain(first, less), less));
+}
+
+template <class T, int F, class S, class L, class C, class P, class Z>
+template <class Less>
+typename TuListBaseIntermediate<T, F, S, L, C, P, Z>::Node*
+TuListBaseIntermediate<T, F, S, L, C, P, Z>::sortChain(Node* chain, Less& less)
+{
+    // Sorted chains of 1, 2, 4, ... nodes, or null, the earlier nodes in the longer ones.
+    std::array<Node*, std::numeric_limits<S>::digits + 1> chains{};
+    while (chain != nullptr) {
+        Node* carried = std::exchange(chain, chain->next);
+        carried->next = nullptr;
+        std::size_t i = 0;
+        for (; chains[i] != nullptr; ++i) {
+            carried = mergeChains(std::exchange(chains[i], nullptr), carried, less);
+        }
+        chains[i] = carried;
+    }
+    Node* sorted = nullptr;
+    for (Node* shorter : chains) {
+        sorted = mergeChains(shorter, sorted, less);
+    }
+    return sorted;
+}
+
+/// Of equal elements those of `first` come first.
+template <class T, int F, class S, class L, class C, class P, class Z>
+template <class Less>
+typename TuListBaseIntermediate<T, F, S, L, C, P, Z>::Node*
+TuListBaseIntermediate<T, F, S, L, C, P, Z>::mergeChains(Node* first, Node* second, Less& less)
+{
+    Node* merged = nullptr;
+    Node** end = &merged;
+    while (first != nullptr && second != nullptr) {
+        Node*& next = less(second->element, first->element) ? second : first;
+        *end = next;
+        end = &next->next;
+        next = next->next;
+    }
+    *end = first != nullptr ? first : second;
+    return merged;
 }

@@ -3,7 +3,7 @@
 #include "groundwork/tucondition.h"
 #include "groundwork/tustreamwriteascii.h"
 #include "groundwork/tustreamwriteasciitrace.h"
-#include "tabase/tagraphrows.h"
+#include "tabase/tagraphsearch.h"
 
 #include <limits>
 
@@ -38,7 +38,7 @@ void TaGraph::InsertNode(TaGraphNode* node)
     node->m_graph = this;
     node->m_outgoing.useNodes(m_connectionNodes);
     node->m_incoming.useNodes(m_connectionNodes);
-    onConnectionsChanged();
+    onNodesChanged();
 }
 
 void TaGraph::RemoveNode(TaGraphNode& node)
@@ -51,7 +51,7 @@ void TaGraph::RemoveNode(TaGraphNode& node)
         releaseElement(node.m_element);
         node.m_element = nullptr;
     }
-    onConnectionsChanged();
+    onNodesChanged();
     deleteNode(&node);
 }
 
@@ -61,7 +61,7 @@ void TaGraph::RemoveAllNodes()
         TaGraphNode::setLink(node->m_next, nullptr);
         TaGraphNode::setLink(node->m_previous, nullptr);
     }
-    onConnectionsChanged();
+    onNodesChanged();
     while (!m_nodes.IsEmpty()) {
         deleteNode(m_nodes.RemoveHead());
     }
@@ -70,6 +70,28 @@ void TaGraph::RemoveAllNodes()
 }
 
 void TaGraph::deleteNode(TaGraphNode* node) { delete node; }
+
+void TaGraph::onNodesChanged() noexcept
+{
+    if (m_search != nullptr) {
+        m_search->OnNodesChanged();
+    }
+}
+
+void TaGraph::onConnectionsChanged(TaGraphNode& source) noexcept
+{
+    if (m_search != nullptr) {
+        m_search->OnConnectionsChanged(source);
+    }
+}
+
+TaGraphSearch& TaGraph::getSearch()
+{
+    if (m_search == nullptr) {
+        m_search = std::make_unique<TaGraphSearch>(*this);
+    }
+    return *m_search;
+}
 
 std::uint32_t TaGraph::CreateIndices()
 {

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <memory>
 
-class TaGraphRows;
+class TaGraphSearch;
 class TuStreamWriteASCII;
 
 /// A directed graph whose nodes and connections have weights, with room for attributes.
@@ -100,8 +100,10 @@ private:
 
     const Definition& getDefinition(ENodeAttribute attribute) const;
     std::uint32_t* branchOf(const TaGraphNode& node) const;
-    /// What searches remember of the connections no longer holds.
-    void onConnectionsChanged() { m_areRowsValid = false; }
+    // What searches remember of the graph no longer holds.
+    void onNodesChanged() noexcept;
+    void onConnectionsChanged(TaGraphNode& source) noexcept;
+    TaGraphSearch& getSearch();
     void clearLinksTo(const TaGraphNode& node);
 
     TuList<TaGraphNode*> m_nodes;
@@ -111,6 +113,5 @@ private:
     Definition m_branch;
 
     TuSmartPointer<TaGraphConnectionList::PlexManager> m_connectionNodes;
-    std::unique_ptr<TaGraphRows> m_rows; // made by the first search
-    bool m_areRowsValid = false;
+    std::unique_ptr<TaGraphSearch> m_search; // made by the first search
 };

@@ -2,6 +2,8 @@
 
 #include "tabase/tagraphnode.h"
 
+#include <utility>
+
 TaGraphConnection::TaGraphConnection(TaGraphNode& source, TaGraphNode& target, float weight)
     : m_source(&source)
     , m_target(&target)
@@ -28,26 +30,29 @@ void TaGraphConnection::SetWeight(float weight)
         m_weight = weight;
         return;
     }
-    m_source->m_outgoing.beforeChange(m_placeAtSource);
-    m_target->m_incoming.beforeChange(m_placeAtTarget);
+    m_source->m_outgoing.settle();
+    m_target->m_incoming.settle();
     const float oldWeight = m_weight;
     m_weight = weight;
-    m_source->m_outgoing.afterChange(m_placeAtSource, oldWeight);
-    m_target->m_incoming.afterChange(m_placeAtTarget, oldWeight);
+    m_source->m_outgoing.changeWeight(m_placeAtSource, oldWeight);
+    m_target->m_incoming.changeWeight(m_placeAtTarget, oldWeight);
     m_source->onConnectionsChanged();
 }
 
-void TaGraphConnection::connect(const TuSmartPointer<TaGraphConnection>& connection)
+TaGraphConnection& TaGraphConnection::connect(
+    TaGraphNode& source, TaGraphNode& target, float weight)
 {
-    TaGraphConnectionList& outgoing = connection->m_source->m_outgoing;
-    connection->m_placeAtSource = outgoing.add(connection);
+    TuSmartPointer<TaGraphConnection> owner(new TaGraphConnection(source, target, weight));
+    TaGraphConnection& connection = *owner;
+    connection.m_placeAtSource = source.m_outgoing.append(owner);
     try {
-        connection->m_placeAtTarget = connection->m_target->m_incoming.add(connection);
+        connection.m_placeAtTarget = target.m_incoming.append(std::move(owner));
     } catch (...) {
-        outgoing.remove(connection->m_placeAtSource);
+        source.m_outgoing.remove(connection.m_placeAtSource);
         throw;
     }
-    connection->m_source->onConnectionsChanged();
+    source.onConnectionsChanged();
+    return connection;
 }
 
 void TaGraphConnection::disconnect(TaGraphConnection& connection)

@@ -57,8 +57,8 @@ private:
 
     TaGraphConnection(TaGraphNode& source, TaGraphNode& target, float weight);
 
-    /// Enters both lists, or none where that fails.
-    static void connect(const TuSmartPointer<TaGraphConnection>& connection);
+    /// Makes one and enters it in both lists, or in none where that fails.
+    static TaGraphConnection& connect(TaGraphNode& source, TaGraphNode& target, float weight);
     /// Leaves both lists, which may be the end of it.
     static void disconnect(TaGraphConnection& connection);
 

@@ -1,17 +1,21 @@
 #include "tabase/tagraphconnectionlist.h"
 
+#include "groundwork/tucriticalsection.h"
 #include "tabase/tagraphconnection.h"
-#include "tabase/tagraphweightindex.h"
 
-#include <bit>
 #include <cmath>
-#include <new>
 
 namespace {
 
-/// From how many connections on a list has an index: a walk over fewer takes less time than the
-/// index, and most lists are short.
-constexpr unsigned int kLongList = 128;
+/// Up to so many connections that were added last are put in their places one by one.
+constexpr unsigned int kFew = 8;
+
+/// Held while a list is put in order for readers, of which there may be several.
+TuCriticalSection& settlingLock()
+{
+    static TuCriticalSection s_lock;
+    return s_lock;
+}
 
 } // namespace
 
@@ -56,105 +60,87 @@ void TaGraphConnectionList::useNodes(const TuSmartPointer<PlexManager>& manager)
     }
 }
 
-TaGraphConnectionList::Node* TaGraphConnectionList::add(
-    const TuSmartPointer<TaGraphConnection>& connection)
+TaGraphConnectionList::Node* TaGraphConnectionList::append(
+    TuSmartPointer<TaGraphConnection> connection)
 {
-    const float weight = connection->GetWeight();
-    Node* const next = m_index != nullptr && !std::isnan(weight)
-        ? behind(m_index->FindLastNotGreater(weight))
-        : findBehindNotGreater(getTailNode(), weight);
-    Node* const node = insertBefore(next, connection);
-    if (m_index != nullptr) {
-        addToIndex(node);
-    } else if (GetCount() >= kLongList && std::has_single_bit(GetCount())) {
-        makeIndex();
+    if (std::isnan(connection->GetWeight())) {
+        settle();
+        m_hasNaN = true;
+    }
+    Node* const node = insertBefore(nullptr, std::move(connection));
+    if (m_hasNaN) {
+        moveBack(node);
+    } else if (m_firstUnsettled.load(std::memory_order_relaxed) == nullptr) {
+        m_firstUnsettled.store(node, std::memory_order_relaxed);
     }
     return node;
 }
 
 void TaGraphConnectionList::remove(Node* node)
 {
-    beforeChange(node);
+    if (m_firstUnsettled.load(std::memory_order_relaxed) == node) {
+        m_firstUnsettled.store(node->next, std::memory_order_relaxed);
+    }
     removeNode(node);
+    m_hasNaN = m_hasNaN && !IsEmpty();
 }
 
-void TaGraphConnectionList::beforeChange(Node* node)
+/// What a bubble sort would do, which never swaps equal weights.
+void TaGraphConnectionList::changeWeight(Node* node, float oldWeight)
 {
-    if (m_index != nullptr) {
-        m_index->Remove(node);
+    m_hasNaN = m_hasNaN || std::isnan(node->element->GetWeight());
+    if (std::isnan(oldWeight)) {
+        List::Sort(); // what the NaN has kept apart may be out of order now
+    } else if (isSmaller(node, node->previous)) {
+        moveBack(node);
+    } else {
+        Node* next = node->next;
+        while (isSmaller(next, node)) {
+            next = next->next;
+        }
+        moveBefore(node, next);
     }
 }
 
-void TaGraphConnectionList::afterChange(Node* node, float oldWeight)
+/// Behind the first node before it that is not heavier.
+void TaGraphConnectionList::moveBack(Node* node)
 {
-    if (std::isnan(oldWeight)) {
-        List::Sort(); // what a NaN has kept apart may now be out of order
+    Node* next = node;
+    while (isSmaller(node, next->previous)) {
+        next = next->previous;
+    }
+    if (next != node) {
+        moveBefore(node, next);
+    }
+}
+
+/// Null is neither.
+bool TaGraphConnectionList::isSmaller(const Node* a, const Node* b)
+{
+    return a != nullptr && b != nullptr && a->element->GetWeight() < b->element->GetWeight();
+}
+
+/// Several readers may come here at once; the last store tells the others that all is done.
+void TaGraphConnectionList::settleUnsettled()
+{
+    const TuCriticalSectionAuto guard(settlingLock());
+    Node* const first = m_firstUnsettled.load(std::memory_order_relaxed);
+    if (first == nullptr) {
         return;
     }
-    const float weight = node->element->GetWeight();
-    const bool isTooFar
-        = node->previous != nullptr && weight < node->previous->element->GetWeight();
-    const bool isTooNear = node->next != nullptr && node->next->element->GetWeight() < weight;
-    // What a bubble sort would do, which never swaps equal weights: the connection moves until it
-    // is behind, or before, the first one that is not heavier, or not lighter.
-    if (isTooFar) {
-        moveBefore(node,
-            m_index != nullptr ? behind(m_index->FindLastNotGreater(weight))
-                               : findBehindNotGreater(node->previous, weight));
-    } else if (isTooNear) {
-        moveBefore(node,
-            m_index != nullptr ? behind(m_index->FindLastSmaller(weight))
-                               : findNotSmaller(node->next, weight));
+    unsigned int count = 0;
+    for (const Node* node = first; node != nullptr && count <= kFew; node = node->next) {
+        ++count;
     }
-    if (m_index != nullptr) {
-        addToIndex(node);
-    }
-}
-
-/// What comes behind `node`, null for the place before all.
-TaGraphConnectionList::Node* TaGraphConnectionList::behind(const Node* node) const
-{
-    return node != nullptr ? node->next : getHeadNode();
-}
-
-/// What comes behind the last node up to `last` that is not heavier.
-TaGraphConnectionList::Node* TaGraphConnectionList::findBehindNotGreater(
-    const Node* last, float weight) const
-{
-    while (last != nullptr && weight < last->element->GetWeight()) {
-        last = last->previous;
-    }
-    return behind(last);
-}
-
-/// The first node from `first` on that is not lighter.
-TaGraphConnectionList::Node* TaGraphConnectionList::findNotSmaller(Node* first, float weight)
-{
-    while (first != nullptr && first->element->GetWeight() < weight) {
-        first = first->next;
-    }
-    return first;
-}
-
-void TaGraphConnectionList::makeIndex() noexcept
-{
-    try {
-        m_index = TaGraphWeightIndex::Make(getHeadNode());
-    } catch (const std::bad_alloc&) {
-        m_index.reset(); // it is only slower without
-    }
-}
-
-/// A node that has been linked in its place.
-void TaGraphConnectionList::addToIndex(Node* node) noexcept
-{
-    try {
-        if (std::isnan(node->element->GetWeight())) {
-            m_index.reset();
-        } else {
-            m_index->Add(node);
+    if (count <= kFew) {
+        for (Node* node = first; node != nullptr;) {
+            Node* const next = node->next;
+            moveBack(node);
+            node = next;
         }
-    } catch (const std::bad_alloc&) {
-        m_index.reset();
+    } else {
+        TaGraphConnectionLess less;
+        mergeSort(first, less);
     }
+    m_firstUnsettled.store(nullptr, std::memory_order_release);
 }

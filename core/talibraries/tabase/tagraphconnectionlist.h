@@ -3,10 +3,9 @@
 #include "groundwork/tulistsorted.h"
 #include "tabase/tabaseapi.h"
 
-#include <memory>
+#include <atomic>
 
 class TaGraphConnection;
-class TaGraphWeightIndex;
 
 /// The order of connections: by ascending weight. A weight that is NaN has no order: it stays where
 /// it was put, and what comes later stays behind it.
@@ -20,13 +19,14 @@ struct TABASE_API TaGraphConnectionLess
 /// added.
 ///
 /// The lists of a node, which callers only read, are kept by the connections themselves: a change
-/// of weight moves the connection. Where such a list is long it has an index of its weights, so
-/// that this takes log n steps in whatever order weights come; a NaN does away with it. A list of
-/// one's own does not know of changes: Sort() restores its order.
+/// of weight moves the connection, past as many others as it takes. What is added to them is put in
+/// its place when somebody looks, all at once: lists can be filled in linear time, and in n log n
+/// steps in whatever order weights come. A list of one's own does not know of changes: Sort()
+/// restores its order.
 ///
 /// Ownership: shares its connections.
-/// Threads: many readers, or one writer; the lists of all nodes of a graph count as one.
-/// Failure: TuExceptionOutOfMemory; the list is then as it was.
+/// Threads:   many readers, or one writer; the lists of all nodes of a graph count as one.
+/// Failure:   TuExceptionOutOfMemory; the list is then as it was.
 class TABASE_API TaGraphConnectionList : private TuListSorted<TuSmartPointer<TaGraphConnection>,
                                              eI_Iterable, unsigned int, TaGraphConnectionLess>
 {
@@ -57,11 +57,12 @@ public:
 
     using List::GetBlockSize;
     using List::GetCount;
-    using List::GetHead;
-    using List::GetTail;
     using List::IsEmpty;
-    const_iterator begin() const { return List::begin(); }
-    const_iterator end() const { return List::end(); }
+    /// TuExceptionPreconditionViolation where the list is empty.
+    const_reference GetHead() const { return settled().GetHead(); }
+    const_reference GetTail() const { return settled().GetTail(); }
+    const_iterator begin() const { return settled().begin(); }
+    const_iterator end() const { return settled().end(); }
     unsigned int size() const { return GetCount(); }
     bool empty() const { return IsEmpty(); }
 
@@ -70,7 +71,6 @@ private:
     friend class TaGraphConnection;
     friend class TaGraphNode;
     friend class TaGraphRows;
-    friend class TaGraphWeightIndex;
 
     using typename List::Node;
     using typename List::PlexManager;
@@ -79,17 +79,27 @@ private:
     void useNodes(const TuSmartPointer<PlexManager>& manager);
 
     // What the connections do, which keep the lists of nodes.
-    Node* add(const TuSmartPointer<TaGraphConnection>& connection);
+    Node* append(TuSmartPointer<TaGraphConnection> connection);
     void remove(Node* node);
-    /// Before the weight of a connection changes, and after.
-    void beforeChange(Node* node);
-    void afterChange(Node* node, float oldWeight);
+    /// After settle() and the change.
+    void changeWeight(Node* node, float oldWeight);
 
-    Node* behind(const Node* node) const;
-    Node* findBehindNotGreater(const Node* last, float weight) const;
-    static Node* findNotSmaller(Node* first, float weight);
-    void makeIndex() noexcept;
-    void addToIndex(Node* node) noexcept;
+    void settle()
+    {
+        if (m_firstUnsettled.load(std::memory_order_acquire) != nullptr) {
+            settleUnsettled();
+        }
+    }
+    /// Putting the list in order is no change that a reader could see.
+    const List& settled() const
+    {
+        const_cast<TaGraphConnectionList*>(this)->settle();
+        return *this;
+    }
+    void settleUnsettled();
+    void moveBack(Node* node);
+    static bool isSmaller(const Node* a, const Node* b);
 
-    std::unique_ptr<TaGraphWeightIndex> m_index; // null while the list is short, or has a NaN
+    std::atomic<Node*> m_firstUnsettled{ nullptr }; // from here on in the order of adding
+    bool m_hasNaN = false; // there may be a weight without order; then nothing is unsettled
 };

@@ -21,10 +21,7 @@ float TaGraphNode::GetInitialWeight() { return std::numeric_limits<float>::max()
 
 TaGraphConnection& TaGraphNode::AddConnection(TaGraphNode& target, float weight)
 {
-    const TuSmartPointer<TaGraphConnection> connection(
-        new TaGraphConnection(*this, target, weight));
-    TaGraphConnection::connect(connection);
-    return *connection;
+    return TaGraphConnection::connect(*this, target, weight);
 }
 
 void TaGraphNode::RemoveConnection(const TaGraphNode& target)
@@ -40,14 +37,14 @@ void TaGraphNode::RemoveConnection(const TaGraphNode& target)
 void TaGraphNode::RemoveAllConnections()
 {
     while (!m_outgoing.IsEmpty()) {
-        TaGraphConnection::disconnect(*m_outgoing.GetHead());
+        TaGraphConnection::disconnect(*m_outgoing.getHeadNode()->element);
     }
 }
 
 void TaGraphNode::removeIncomingConnections()
 {
     while (!m_incoming.IsEmpty()) {
-        TaGraphConnection::disconnect(*m_incoming.GetHead());
+        TaGraphConnection::disconnect(*m_incoming.getHeadNode()->element);
     }
 }
 
@@ -93,6 +90,6 @@ void TaGraphNode::leavePaths()
 void TaGraphNode::onConnectionsChanged()
 {
     if (m_graph != nullptr) {
-        m_graph->onConnectionsChanged();
+        m_graph->onConnectionsChanged(*this);
     }
 }

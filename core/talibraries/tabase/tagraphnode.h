@@ -78,13 +78,14 @@ private:
 
     std::uint32_t m_attributes = 0;
     std::uint32_t m_index = 0;
+    float m_weight; // here, for a search that ends writes all three
+    std::uint32_t m_linkCount = 0; // of nodes whose links on a path lead here
     TuList<TaGraphNode*>::iterator m_position;
     TaGraphNode* m_next = nullptr;
     TaGraphNode* m_previous = nullptr;
     TaGraphConnectionList m_outgoing;
     TaGraphConnectionList m_incoming;
-    float m_weight;
-    std::uint32_t m_linkCount = 0; // of nodes whose links on a path lead here
     void* m_element = nullptr; // in the attribute memory of the graph
     TaGraph* m_graph = nullptr;
+    bool m_isRowChanged = false; // for TaGraphRows
 };

@@ -35,7 +35,6 @@ struct TaHeapPolicyOperatorSimple
 {
     template <class Node> void SetPosition(const Node&, std::size_t) { }
     template <class Node> void ClearPosition(const Node&) { }
-    void ClearPositions() { }
 };
 
 /// The number by which a node is known to an updatable heap: a number is its own, an object has
@@ -60,7 +59,6 @@ public:
     {
         m_positions[TaHeapIndexOf(node)] = kNoPosition;
     }
-    void ClearPositions() { m_positions.assign(m_positions.size(), kNoPosition); }
     /// kNoPosition for a node that is not in the heap.
     template <class Node> std::uint32_t GetPosition(const Node& node) const
     {
@@ -112,8 +110,10 @@ public:
     Element Pop();
     void RemoveAll()
     {
+        for (const Element& element : m_elements) {
+            m_operator.ClearPosition(element.node);
+        }
         m_elements.clear();
-        m_operator.ClearPositions();
     }
 
     /// For an updatable heap, once, before nodes with numbers below `count` are pushed.
@@ -192,9 +192,10 @@ inline void TaHeap<Element, Precedence, Operator>::sink(const Element& element)
         if (child >= count) {
             break;
         }
-        if (child + 1 < count
-            && Precedence::Precedes(m_elements[child + 1].key, m_elements[child].key)) {
-            ++child;
+        if (child + 1 < count) {
+            // A number and not a branch, which could not be foretold.
+            child += static_cast<std::size_t>(
+                Precedence::Precedes(m_elements[child + 1].key, m_elements[child].key));
         }
         if (!Precedence::Precedes(m_elements[child].key, element.key)) {
             break;

@@ -3,6 +3,8 @@
 #include "tabase/taalgorithmfamilies.h"
 #include "tabase/tagraphpathiterator.h"
 
+#include <vector>
+
 class TaGraph;
 class TaGraphNode;
 
@@ -27,8 +29,8 @@ class TaGraphNode;
 /// smaller than what was there before: of two equal ways the one found first stays, infinite
 /// weights and NaN are never gone, and an end at exactly the largest float is not reached.
 ///
-/// The first search in a graph that has been changed makes a compact picture of the connections (12
-/// bytes a connection, 16 a node) that the graph keeps for the next.
+/// The first search makes a compact picture of the graph, 8 bytes a connection and 28 a node, which
+/// the graph keeps for the next: those read again what has changed.
 ///
 /// Ownership: refers to the graph and to both nodes, which outlive the computation, and its output.
 /// Threads:   as TaAlgorithm. It writes into the nodes: one search at a time in a graph.
@@ -60,10 +62,9 @@ protected:
     bool checkPostConditions() const override { return !wasBroken(); }
 
 private:
-    class Search;
+    void publishWeights(bool isPolling);
+    static void linkPath(const std::vector<TaGraphNode*>& path);
 
-    void publishWeights(const Search& search, bool isPolling);
-    void linkPath(const Search& search);
     static IObject* CreateByFactory();
     static IObject* CloneByFactory(const IObject& object);
 
