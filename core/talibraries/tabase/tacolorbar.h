@@ -39,11 +39,13 @@ public:
     /// pixels after the last.
     void Draw(TaColor* pixels, std::size_t rowLength) const;
 
-    /// Values 1, 2 or 5 times a power of ten apart, rising, as many as `most` at most. None where
-    /// the range is empty, reversed or not finite.
+    /// Values 1, 2 or 5 times a power of ten apart, rising, `most` at most, and not more than the
+    /// bar has pixels. None where the range is empty, reversed or not finite.
     TuArray<STick> GetTicks(unsigned int most = 7) const;
 
 private:
+    std::uint32_t getLength() const { return m_orientation == eO_Vertical ? m_height : m_width; }
+
     const TaColorTable& m_table;
     std::uint32_t m_width;
     std::uint32_t m_height;

@@ -3,6 +3,7 @@
 #include "tabase/tacolorhsv.h"
 
 #include <cstddef>
+#include <type_traits>
 
 /// Turns values of a range into colours between two, interpolated in HSV: TaColorHSV::Interpolate
 /// says how.
@@ -17,6 +18,13 @@ class TABASE_API TaColorMap
 public:
     TaColorMap() = default;
     TaColorMap(float minimum, float maximum);
+    /// The same for other numbers: a literal 0 would also be a pointer to values.
+    template <class Minimum, class Maximum>
+    requires(std::is_arithmetic_v<Minimum>&& std::is_arithmetic_v<Maximum>)
+        TaColorMap(Minimum minimum, Maximum maximum)
+        : TaColorMap(static_cast<float>(minimum), static_cast<float>(maximum))
+    {
+    }
     /// From the smallest to the largest of the values that are numbers; 0 to 1 where none is.
     TaColorMap(const float* values, std::size_t count);
     virtual ~TaColorMap() = default;
