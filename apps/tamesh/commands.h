@@ -2,6 +2,7 @@
 
 #include "tamesh/console.h"
 #include "tamesh/exitcode.h"
+#include "tamesh/pictureoptions.h"
 
 #include <cstdint>
 #include <string>
@@ -69,5 +70,17 @@ constexpr std::uint32_t kHighestResolution = 4000; // a sphere of 64 million ver
 /// Makes a mesh and saves it as an OFF file.
 EExitCode MakeMesh(
     IConsole& console, EShape shape, std::uint32_t resolution, const std::string& meshFile);
+
+/// What the colours of a picture say.
+enum EColoring
+{
+    eC_Height,
+    eC_Curvature,
+    eC_Component,
+};
+
+/// Shows a mesh in a picture, which is saved as a PNG file.
+EExitCode PictureMesh(IConsole& console, const std::string& meshFile, EColoring coloring,
+    const std::string& pictureFile, const SPictureOptions& options = {});
 
 } // namespace tamesh

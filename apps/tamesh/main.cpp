@@ -33,6 +33,16 @@ CLI::Validator endingWith(const std::string& ending)
         "FILE" + ending);
 }
 
+/// Accepts what the function makes something of.
+template <class Parse> CLI::Validator parsedBy(Parse&& parse, const std::string& form)
+{
+    return CLI::Validator(
+        [parse, form](std::string& text) {
+            return parse(text) ? std::string() : "not within the limits of " + form + ": " + text;
+        },
+        form);
+}
+
 tamesh::EExitCode write(tamesh::IConsole& console, const std::string& text)
 {
     if (console.WriteOutput(text)) {
@@ -120,6 +130,28 @@ public:
         unpack->callback(
             [this, &console, &code] { code = UnpackDocument(console, m_input, m_output); });
 
+        CLI::App* picture = app.add_subcommand("picture", "Shows a mesh in a picture");
+        picture->add_option("FILE", m_input, "mesh (.off, .obj, .stl)")->required();
+        picture->add_option("--by", m_coloring, "what the colours say")
+            ->required()
+            ->check(CLI::IsMember(m_colorings));
+        picture->add_option("-o,--output", m_output, "picture to write")
+            ->required()
+            ->check(endingWith(".png"));
+        picture->add_option("--view", m_view, "direction from which the mesh is seen, X,Y,Z")
+            ->check(parsedBy(ParseDirection, "X,Y,Z"))
+            ->capture_default_str();
+        picture->add_option("--up", m_up, "axis that points upward, and along which heights go")
+            ->check(CLI::IsMember(m_axes))
+            ->capture_default_str();
+        picture->add_option("--size", m_size, "in pixels, 200x150 to 4000x4000")
+            ->check(parsedBy(ParseSize, "WxH"))
+            ->capture_default_str();
+        picture->callback([this, &console, &code] {
+            code = PictureMesh(console, m_input, m_colorings.at(m_coloring), m_output,
+                { *ParseSize(m_size), *ParseDirection(m_view), m_axes.at(m_up) });
+        });
+
         CLI::App* make = app.add_subcommand("make", "Makes a mesh");
         make->add_option("SHAPE", m_shape, "what to make")
             ->required()
@@ -140,6 +172,10 @@ public:
 private:
     const std::map<std::string, tamesh::EShape> m_shapes{ { "terrain", tamesh::eS_Terrain },
         { "torus", tamesh::eS_Torus }, { "sphere", tamesh::eS_Sphere } };
+    const std::map<std::string, tamesh::EColoring> m_colorings{ { "height", tamesh::eC_Height },
+        { "curvature", tamesh::eC_Curvature }, { "component", tamesh::eC_Component } };
+    const std::map<std::string, tamesh::EAxis> m_axes{ { "x", tamesh::eA_X }, { "y", tamesh::eA_Y },
+        { "z", tamesh::eA_Z } };
     std::vector<std::string> m_inputs;
     std::string m_recordFolder;
     std::string m_input;
@@ -148,6 +184,10 @@ private:
     std::uint32_t m_resolution = 0;
     unsigned int m_bits = 0;
     bool m_isLossless = false;
+    std::string m_coloring;
+    std::string m_view = "1,-2,1.5";
+    std::string m_up = "z";
+    std::string m_size = "1200x900";
 };
 
 /// `tamesh options …`.

@@ -66,6 +66,14 @@ private:
     TuArray<std::uint32_t> m_corners;
 };
 
+/// Calls take(a, b, c) for the triangles of a face, fanned out from its first corner.
+template <class Take> void ForEachTriangle(std::span<const std::uint32_t> face, Take&& take)
+{
+    for (std::size_t i = 2; i < face.size(); ++i) {
+        take(face[0], face[i - 1], face[i]);
+    }
+}
+
 /// A box along the axes.
 struct SBounds
 {

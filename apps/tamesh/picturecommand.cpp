@@ -1,0 +1,67 @@
+#include "tamesh/coloring.h"
+#include "tamesh/commands.h"
+#include "tamesh/displaytext.h"
+#include "tamesh/guard.h"
+#include "tamesh/meshfiles.h"
+#include "tamesh/meshpicture.h"
+#include "tamesh/pngwriter.h"
+#include "tamesh/progress.h"
+
+#include <filesystem>
+#include <optional>
+
+namespace tamesh {
+
+namespace {
+
+    SColoring makeColoring(EColoring kind, const Mesh& mesh, EAxis up, Progress& progress)
+    {
+        switch (kind) {
+        case eC_Height:
+            return ColorByHeight(mesh, up, &progress);
+        case eC_Curvature:
+            return ColorByCurvature(mesh, &progress);
+        case eC_Component:
+            break;
+        }
+        return ColorByComponent(mesh, &progress);
+    }
+
+    SColoring colorMesh(
+        IConsole& console, const std::string& name, const Mesh& mesh, EColoring kind, EAxis up)
+    {
+        Progress progress(console, "colouring " + name,
+            std::uint64_t{ mesh.GetVertexCount() } + mesh.GetFaceCount());
+        SColoring coloring = makeColoring(kind, mesh, up, progress);
+        const std::filesystem::path path(CString::FromUtf8(name).GetView());
+        coloring.title = MakeDisplayText(CString(path.filename().u16string()).ToUtf8()) + ": "
+            + coloring.title;
+        return coloring;
+    }
+
+} // namespace
+
+EExitCode PictureMesh(IConsole& console, const std::string& meshFile, EColoring kind,
+    const std::string& pictureFile, const SPictureOptions& options)
+{
+    std::optional<Image> image;
+    const EExitCode code = Guard(console, meshFile, [&] {
+        const Mesh mesh = ReadMeshFile(console, meshFile);
+        if (mesh.GetVertexCount() == 0) {
+            throw MeshFailure(TU_HERE, meshFile, 0, "has no vertices that could be shown");
+        }
+        const SColoring coloring = colorMesh(console, meshFile, mesh, kind, options.up);
+        Progress progress(console, "drawing " + meshFile, MeshPicture::CountSteps(mesh));
+        MeshPicture picture(mesh, coloring, options, &progress);
+        picture.DrawMesh();
+        image = picture.MakeImage();
+    });
+    return code != eEC_Done ? code : Guard(console, pictureFile, [&] {
+        CheckInterrupt(console);
+        OutputFile file(pictureFile);
+        WritePNG(file.GetStream(), *image);
+        file.Commit();
+    });
+}
+
+} // namespace tamesh

@@ -1,0 +1,47 @@
+#include "tamesh/pngwriter.h"
+
+#include "groundwork/tuexceptions.h"
+#include "groundwork/tustreamwritebinary.h"
+#include "tamesh/image.h"
+
+// The code of the library, here only. It lies in a folder of the system, where nothing warns.
+#define STB_IMAGE_WRITE_IMPLEMENTATION
+#define STB_IMAGE_WRITE_STATIC
+#define STBI_WRITE_NO_STDIO
+#include <stb/stb_image_write.h>
+
+#include <cstdlib>
+#include <memory>
+#include <vector>
+
+namespace tamesh {
+
+void WritePNG(TuStreamWriteBinary& stream, const Image& image)
+{
+    constexpr int kChannels = 3;
+    const SSize& size = image.GetSize();
+    std::vector<unsigned char> bytes;
+    bytes.reserve(
+        static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height) * kChannels);
+    for (int y = 0; y < size.height; ++y) {
+        for (int x = 0; x < size.width; ++x) {
+            const std::uint32_t color = image.GetPixel(x, y).GetDword();
+            for (const unsigned int shift : { 16u, 8u, 0u }) {
+                bytes.push_back(static_cast<unsigned char>(color >> shift));
+            }
+        }
+    }
+    int length = 0;
+    struct Release
+    {
+        void operator()(unsigned char* memory) const { std::free(memory); }
+    };
+    const std::unique_ptr<unsigned char, Release> png(stbi_write_png_to_mem(
+        bytes.data(), size.width * kChannels, size.width, size.height, kChannels, &length));
+    if (png == nullptr) {
+        throw TuExceptionOutOfMemory(TU_HERE);
+    }
+    stream.WriteBuffer(png.get(), static_cast<unsigned long long>(length));
+}
+
+} // namespace tamesh

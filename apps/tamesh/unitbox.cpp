@@ -1,0 +1,27 @@
+#include "tamesh/unitbox.h"
+
+#include "tamesh/vectors.h"
+
+#include <algorithm>
+
+namespace tamesh {
+
+UnitBox::UnitBox(const Mesh& mesh)
+{
+    const SBounds bounds = FindBounds(mesh);
+    // Halved first: the sum and the difference may be too large for a double.
+    const SPoint lower = bounds.lower * 0.5;
+    const SPoint upper = bounds.upper * 0.5;
+    m_center = lower + upper;
+    const SPoint half = upper - lower;
+    const double longest = std::max({ half.x, half.y, half.z });
+    m_unit = longest > 0.0 ? longest : 1.0;
+}
+
+SPoint UnitBox::Place(const SPoint& point) const
+{
+    const SPoint offset = point - m_center;
+    return { offset.x / m_unit, offset.y / m_unit, offset.z / m_unit };
+}
+
+} // namespace tamesh
