@@ -6,7 +6,7 @@ namespace tamesh {
 
 class Image;
 
-/// Writes a whole PNG file, of three bytes per pixel; the same bytes on every system.
+/// Writes a whole PNG file, of three bytes per pixel.
 ///
 /// Failure: TuExceptionOutOfMemory; what the stream throws.
 void WritePNG(TuStreamWriteBinary& stream, const Image& image);
