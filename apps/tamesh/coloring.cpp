@@ -52,8 +52,8 @@ namespace {
         /// What the triangles around a vertex come to.
         struct SVertex
         {
-            SPoint gradient; // of the area, with the sign turned, times 2: its sum of cotangents
-            double area = 0.0;
+            SPoint sum; // of the sides from its neighbours, by cotangents
+            double area = 0.0; // what is nearer to it than to other vertices
             /// 0 where each neighbour is one of an even number of sides, as it is inside a surface.
             std::uint64_t openSides = 0;
         };
@@ -91,15 +91,15 @@ namespace {
         if (!std::isfinite(cotangents[0] + cotangents[1] + cotangents[2])) {
             return; // it has no area
         }
-        const bool isObtuse = std::ranges::any_of(
-            cotangents, [](double cotangent) { return cotangent < 0.0; });
+        const bool isObtuse
+            = std::ranges::any_of(cotangents, [](double cotangent) { return cotangent < 0.0; });
         for (std::size_t i = 0; i < 3; ++i) {
             const std::size_t next = (i + 1) % 3;
             const std::size_t last = (i + 2) % 3;
             SVertex& vertex = m_vertices[corners[i]];
             // The side to each neighbour counts by the angle that it faces.
-            vertex.gradient
-                = vertex.gradient + sides[next] * cotangents[next] - sides[last] * cotangents[last];
+            vertex.sum
+                = vertex.sum + sides[next] * cotangents[next] - sides[last] * cotangents[last];
             if (!isObtuse) { // the part of the triangle that is nearest to the corner
                 vertex.area += (Dot(sides[next], sides[next]) * cotangents[next]
                                    + Dot(sides[last], sides[last]) * cotangents[last])
@@ -112,7 +112,7 @@ namespace {
 
     double CurvatureFinder::findCurvature(const SVertex& vertex, const SPoint& normal) const
     {
-        const double curvature = Dot(vertex.gradient, normal) / (4 * vertex.area);
+        const double curvature = Dot(vertex.sum, normal) / (4 * vertex.area);
         return vertex.openSides == 0 && std::isfinite(curvature)
             ? curvature
             : std::numeric_limits<double>::quiet_NaN();
@@ -121,8 +121,10 @@ namespace {
     std::vector<double> CurvatureFinder::Find()
     {
         for (std::uint32_t i = 0; i < m_mesh.GetFaceCount(); ++i) {
-            ForEachTriangle(m_mesh.GetFace(i), [this](std::uint32_t a, std::uint32_t b,
-                                                   std::uint32_t c) { addTriangle({ a, b, c }); });
+            ForEachTriangle(
+                m_mesh.GetFace(i), [this](std::uint32_t a, std::uint32_t b, std::uint32_t c) {
+                    addTriangle({ a, b, c });
+                });
             m_steps.Advance();
         }
         const std::vector<SPoint> normals = FindVertexNormals(m_mesh, m_positions, m_steps);
@@ -230,7 +232,7 @@ SColoring ColorByComponent(const Mesh& mesh, Progress* progress)
     const std::size_t colorCount = largest.size() + (hasOthers ? 1 : 0);
 
     SColoring coloring;
-    coloring.title = "components (" + std::to_string(sizes.size()) + "), with their vertices";
+    coloring.title = "components: " + std::to_string(sizes.size()) + ", by number of vertices";
     coloring.upper = static_cast<double>(colorCount);
     coloring.table = TuMake<TaColorTable>(
         static_cast<unsigned long>(colorCount), 0.0f, static_cast<float>(colorCount));

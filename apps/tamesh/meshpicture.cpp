@@ -104,7 +104,7 @@ void MeshPicture::DrawMesh()
 
 void MeshPicture::drawFace(std::uint32_t face, std::span<const SPoint> normals)
 {
-    constexpr double kSmooth = 0.65; // the cosine of the angle up to which sides look like one
+    constexpr double kSmooth = 0.85; // the cosine of the angle up to which sides look like one
     constexpr std::int64_t kSamplesPerPoll = 1 << 20; // few faces may cover much
 
     ForEachTriangle(m_mesh.GetFace(face), [&](std::uint32_t a, std::uint32_t b, std::uint32_t c) {
@@ -144,7 +144,7 @@ void MeshPicture::drawIsolatedVertices()
     for (const std::uint32_t corner : m_mesh.GetCorners()) {
         used[corner] = true;
     }
-    const double radius = 1.5 * m_textScale;
+    const double radius = kPathRadius * m_textScale;
     for (std::uint32_t i = 0; i < m_mesh.GetVertexCount(); ++i) {
         if (!used[i]) {
             m_raster.FillDisc(m_positions[i], radius, colorOf(valueOf(i)));

@@ -23,10 +23,12 @@ namespace {
     float toFloat(double value)
     {
         constexpr double kLargest = std::numeric_limits<float>::max();
-        return static_cast<float>(std::clamp(value, -kLargest, kLargest));
+        return value > kLargest ? std::numeric_limits<float>::infinity()
+            : value < -kLargest ? -std::numeric_limits<float>::infinity()
+                                : static_cast<float>(value);
     }
 
-    std::vector<SLabel> makeLabels(const SColoring& coloring, const TaColorBar& bar, int height)
+    std::vector<SLabel> makeLabels(const SColoring& coloring, int height)
     {
         std::vector<SLabel> labels;
         const auto bottom = static_cast<float>(height);
@@ -36,6 +38,9 @@ namespace {
             labels.push_back({ bottom * (1.0f - share), name });
         }
         if (labels.empty()) {
+            const auto table = TuMake<TaColorTable>(*coloring.table);
+            table->SetMinMax(toFloat(coloring.lower), toFloat(coloring.upper));
+            const TaColorBar bar(*table, 1, static_cast<std::uint32_t>(height));
             for (const TaColorBar::STick& tick : bar.GetTicks()) {
                 labels.push_back({ tick.m_position, tick.m_text.ToUtf8() });
             }
@@ -45,9 +50,11 @@ namespace {
             const auto add = [&](float position, double value) {
                 labels.push_back({ position, std::string(FormatNumber(value, kDigits).GetView()) });
             };
-            add(bottom, coloring.lower);
             if (coloring.upper > coloring.lower) {
                 add(0.0f, coloring.upper);
+                add(bottom, coloring.lower);
+            } else {
+                add(bottom / 2, coloring.lower);
             }
         }
         return labels;
@@ -71,7 +78,7 @@ void PaintColorBar(Image& image, const SBarPlace& place, const SColoring& colori
         image.GetPixels(place.left, place.top), static_cast<std::size_t>(image.GetSize().width));
 
     const int right = place.left + place.width + scale;
-    for (const SLabel& label : makeLabels(coloring, bar, place.height)) {
+    for (const SLabel& label : makeLabels(coloring, place.height)) {
         const int y = place.top + static_cast<int>(label.position + 0.5f);
         image.FillRectangle(right, y - scale / 2, kTickLength * scale, scale, kInk);
         PaintText(image, right + 2 * kTickLength * scale, y - kTextHeight * scale / 2, scale,

@@ -10,12 +10,15 @@ std::vector<SPoint> FindVertexNormals(
 {
     std::vector<SPoint> normals(mesh.GetVertexCount());
     for (std::uint32_t i = 0; i < mesh.GetFaceCount(); ++i) {
-        ForEachTriangle(mesh.GetFace(i), [&](std::uint32_t a, std::uint32_t b, std::uint32_t c) {
-            const SPoint normal = Cross(positions[b] - positions[a], positions[c] - positions[a]);
-            for (const std::uint32_t corner : { a, b, c }) {
-                normals[corner] = normals[corner] + normal;
-            }
-        });
+        // By the sides at the corner, so that it does not matter from where a face is fanned out.
+        const std::span<const std::uint32_t> face = mesh.GetFace(i);
+        for (std::size_t corner = 0; corner < face.size(); ++corner) {
+            const SPoint& place = positions[face[corner]];
+            const SPoint& next = positions[face[(corner + 1) % face.size()]];
+            const SPoint& last = positions[face[(corner + face.size() - 1) % face.size()]];
+            SPoint& normal = normals[face[corner]];
+            normal = normal + Cross(next - place, last - place);
+        }
         steps.Advance();
     }
     for (SPoint& normal : normals) {
