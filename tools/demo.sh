@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds tamesh and runs it on real scanned meshes: shows their figures,
-# packs them as documents, whole and small, and shows those; makes meshes of its own, too. A second
-# run does only what is new. Nothing is written outside build/.
+# Installs what is missing, builds tamesh and runs it on real scanned meshes: draws pictures of them,
+# packs them as documents, whole and small, and shows those with their figures; makes meshes of its
+# own, too. A second run does only what is new. Nothing is written outside build/.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -77,6 +77,16 @@ check_scan() { # a mesh, vertices, faces: one that is not as it should be is fet
     check "the number of vertices and faces of $1" "$found" "$2 $3"
 }
 
+draw() { # a mesh: a scan, which has y upward, by its curvature, another one by height
+    local picture how=(--by height)
+    picture=$results/$(basename "$1" .off).png
+    [ "${1%/*}" != "$meshes" ] || how=(--by curvature --up y --view 1,1,2)
+    if [ ! "$picture" -nt "$1" ] || [ ! "$picture" -nt "$tamesh" ]; then
+        "$tamesh" picture "$1" "${how[@]}" -o "$picture"
+    fi
+    echo "$picture"
+}
+
 pack_and_show() { # a mesh
     local name document
     name=$(basename "$1" .off)
@@ -147,6 +157,11 @@ check 'the Euler characteristic of the sphere' \
     "$(figure 'Euler characteristic' "$tamesh" info "$results/sphere.off")" 2
 echo "in $results: terrain.off, torus.off, sphere.off"
 
+step 'Pictures'
+for mesh in "${inputs[@]}"; do
+    draw "$mesh"
+done
+
 step 'Packed, read back, and the same as before'
 for mesh in "${inputs[@]}"; do
     pack_and_show "$mesh"
@@ -164,5 +179,5 @@ code=0
 check 'the exit code' "$code" 1
 
 step 'Done'
-echo "Documents (.tadoc) and their figures (.txt) are in $results, the meshes in"
-echo "$meshes and $results. Try: $tamesh --help"
+echo "Pictures (.png), documents (.tadoc) and their figures (.txt) are in $results, the"
+echo "meshes in $meshes and $results. Try: $tamesh --help"

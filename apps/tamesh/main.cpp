@@ -268,7 +268,7 @@ int run(std::vector<std::string> arguments)
 {
     using namespace tamesh;
 
-    CLI::App app("Reads, checks, makes and packs surface meshes.", "tamesh");
+    CLI::App app("Reads, checks, makes, draws and packs surface meshes.", "tamesh");
     app.set_version_flag("--version", "tamesh " TAMESH_VERSION);
     app.require_subcommand(1);
     StandardConsole console;

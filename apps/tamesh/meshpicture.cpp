@@ -17,7 +17,6 @@ namespace {
     constexpr TaColor kPaper = TaColor::FromDword(0xFFFFFFFFu);
     constexpr TaColor kInk = TaColor::FromDword(0xFF202020u);
     constexpr TaColor kNoValue = TaColor::FromDword(0xFFB0B0B0u);
-    constexpr TaColor kHiddenPath = TaColor::FromDword(0xFF707070u);
 
     // In pixels, at text scale 1.
     constexpr int kMargin = 10;
@@ -26,15 +25,17 @@ namespace {
     constexpr int kBarSpace = 90; // with its numbers
 
     // In samples, at text scale 1.
-    constexpr double kPathRadius = 2.0;
+    constexpr double kPathRadius = 2.5;
     constexpr double kPathRim = 1.0;
-    constexpr double kMarkRadius = 5.0;
+    constexpr double kHiddenRadius = 1.0;
+    constexpr int kDashLength = 8;
+    constexpr double kMarkRadius = 7.0;
 
     /// How bright a side is that has this direction, which points to the viewer. No side is dark:
     /// its colour is to be told from others.
     double findBrightness(const SPoint& normal)
     {
-        constexpr double kLeast = 0.5;
+        constexpr double kLeast = 0.55;
         static const SPoint light = Normalise({ -0.4, -0.6, 1.0 });
         return kLeast + (1.0 - kLeast) * std::max(0.0, Dot(normal, light));
     }
@@ -66,7 +67,7 @@ MeshPicture::MeshPicture(
 
 std::uint64_t MeshPicture::CountSteps(const Mesh& mesh)
 {
-    return 3 * std::uint64_t{ mesh.GetVertexCount() } + 2 * std::uint64_t{ mesh.GetFaceCount() };
+    return 3 * std::uint64_t{ mesh.GetVertexCount() } + 3 * std::uint64_t{ mesh.GetFaceCount() };
 }
 
 SFrame MeshPicture::getFrame() const
@@ -95,42 +96,49 @@ TaColor MeshPicture::colorOf(float value) const
 void MeshPicture::DrawMesh()
 {
     const std::vector<SPoint> normals = FindVertexNormals(m_mesh, m_positions, m_steps);
-    for (std::uint32_t i = 0; i < m_mesh.GetFaceCount(); ++i) {
-        drawFace(i, normals);
-        m_steps.Advance();
+    for (const EPass pass : { eP_Fill, eP_Trace }) {
+        for (std::uint32_t i = 0; i < m_mesh.GetFaceCount(); ++i) {
+            drawFace(i, normals, pass);
+            m_steps.Advance();
+        }
     }
     drawIsolatedVertices();
 }
 
-void MeshPicture::drawFace(std::uint32_t face, std::span<const SPoint> normals)
+void MeshPicture::drawFace(std::uint32_t face, std::span<const SPoint> normals, EPass pass)
 {
     constexpr double kSmooth = 0.85; // the cosine of the angle up to which sides look like one
     constexpr std::int64_t kSamplesPerPoll = 1 << 20; // few faces may cover much
 
     ForEachTriangle(m_mesh.GetFace(face), [&](std::uint32_t a, std::uint32_t b, std::uint32_t c) {
         const std::array<std::uint32_t, 3> vertices{ a, b, c };
-        std::array<SPoint, 3> corners;
-        std::array<double, 3> values{};
-        std::array<double, 3> lights{};
-        for (std::size_t i = 0; i < 3; ++i) {
-            corners[i] = m_positions[vertices[i]];
-            values[i] = static_cast<double>(valueOf(vertices[i]));
+        const std::array<SPoint, 3> corners{ m_positions[a], m_positions[b], m_positions[c] };
+        if (pass == eP_Trace && !Raster::IsNarrow(corners)) {
+            return;
         }
         SPoint normal = Normalise(Cross(corners[1] - corners[0], corners[2] - corners[0]));
         normal = normal.z < 0.0 ? normal * -1.0 : normal;
+        std::array<double, 3> values{};
+        std::array<double, 3> lights{};
         for (std::size_t i = 0; i < 3; ++i) {
+            values[i] = static_cast<double>(valueOf(vertices[i]));
             const SPoint& smooth = normals[vertices[i]];
             const double cosine = Dot(smooth, normal);
             lights[i] = findBrightness(std::abs(cosine) < kSmooth ? normal
                     : cosine < 0.0                                ? smooth * -1.0
                                                                   : smooth);
         }
-        m_unpolledSamples += m_raster.FillTriangle(corners, [&](double i, double j, double k) {
+        const auto colorAt = [&](double i, double j, double k) {
             const auto mix = [=](const std::array<double, 3>& numbers) {
                 return i * numbers[0] + j * numbers[1] + k * numbers[2];
             };
             return darken(colorOf(static_cast<float>(mix(values))), mix(lights));
-        });
+        };
+        if (pass == eP_Trace) {
+            m_raster.TraceTriangle(corners, colorAt);
+            return;
+        }
+        m_unpolledSamples += m_raster.FillTriangle(corners, colorAt);
         if (m_unpolledSamples > kSamplesPerPoll && m_progress != nullptr) {
             m_unpolledSamples = 0;
             m_progress->CheckInterrupt();
@@ -156,12 +164,16 @@ void MeshPicture::drawIsolatedVertices()
 template <class Take>
 void MeshPicture::walk(std::span<const std::uint32_t> vertices, Take&& take) const
 {
+    constexpr std::size_t kVerticesPerPoll = 4096;
     for (std::size_t i = 0; i < vertices.size(); ++i) {
         const SPoint& to = m_positions[vertices[i]];
         const SPoint way = i == 0 ? SPoint() : to - m_positions[vertices[i - 1]];
         const int steps = static_cast<int>(std::max(std::abs(way.x), std::abs(way.y))) + 1;
         for (int step = steps - 1; step >= 0; --step) {
             take(to - way * (static_cast<double>(step) / steps));
+        }
+        if (i % kVerticesPerPoll == 0 && m_progress != nullptr) {
+            m_progress->CheckInterrupt();
         }
     }
 }
@@ -174,8 +186,11 @@ void MeshPicture::DrawPath(std::span<const std::uint32_t> vertices)
     // The path lies in the surface, which near a sample may be this much nearer, in samples.
     constexpr double kTolerance = 4.0;
     const double scale = m_textScale;
+    const int dashLength = kDashLength * m_textScale;
+    std::int64_t step = 0;
     walk(vertices, [&](const SPoint& point) {
-        m_raster.StampDisc(point, kPathRadius * scale / 2, kHiddenPath);
+        const bool isInk = step++ / dashLength % 2 == 0; // one of the two is seen on any colour
+        m_raster.StampDisc(point, kHiddenRadius * scale, isInk ? kInk : kPaper);
     });
     for (const auto& [radius, color] :
         { std::pair(kPathRadius + kPathRim, kPaper), std::pair(kPathRadius, kInk) }) {

@@ -37,14 +37,20 @@ public:
 
     /// To be drawn first.
     void DrawMesh();
-    /// A thick line along vertices of the mesh, thin and grey where the mesh hides it. Its start is
-    /// marked by a white disc, its end by a white square.
+    /// A thick line along vertices of the mesh, thin and dashed where the mesh hides it. Its start
+    /// is marked by a white disc, its end by a white square.
     void DrawPath(std::span<const std::uint32_t> vertices);
 
     Image MakeImage() const;
 
 private:
-    void drawFace(std::uint32_t face, std::span<const SPoint> normals);
+    enum EPass
+    {
+        eP_Fill,
+        eP_Trace, // what may be lost otherwise
+    };
+
+    void drawFace(std::uint32_t face, std::span<const SPoint> normals, EPass pass);
     void drawIsolatedVertices();
     template <class Take> void walk(std::span<const std::uint32_t> vertices, Take&& take) const;
     TaColor colorOf(float value) const;

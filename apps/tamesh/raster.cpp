@@ -35,6 +35,21 @@ Raster::SFixedPoint Raster::round(const SPoint& point)
         static_cast<std::int64_t>(std::floor(point.y * kParts + 0.5)) };
 }
 
+bool Raster::IsNarrow(const std::array<SPoint, 3>& corners)
+{
+    const auto& [a, b, c] = corners;
+    const double doubleArea = (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
+    const auto [left, right] = std::minmax({ a.x, b.x, c.x });
+    const auto [top, bottom] = std::minmax({ a.y, b.y, c.y });
+    return !(std::abs(doubleArea) > std::max(right - left, bottom - top));
+}
+
+bool Raster::isEmpty(std::int64_t x, std::int64_t y) const
+{
+    return x < 0 || x >= m_size.width || y < 0 || y >= m_size.height
+        || std::isinf(sampleAt(x, y).depth);
+}
+
 void Raster::cut(SRun& run, std::int64_t begin, std::int64_t value, std::int64_t slope)
 {
     if (slope > 0) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <vector>
 
@@ -23,11 +24,16 @@ public:
 
     Raster(const SSize& pixels, TaColor background);
 
-    /// `colorAt(a, b, c)` tells the colour from the shares of the corners, whose sum is 1. A
-    /// triangle that is too narrow to hold samples shows as a line: a surface that is seen edge-on
-    /// is not invisible. Returns how many samples were looked at.
+    /// `colorAt(a, b, c)` tells the colour from the shares of the corners, whose sum is 1. Returns
+    /// how many samples were looked at.
     template <class ColorAt>
     std::int64_t FillTriangle(const std::array<SPoint, 3>& corners, ColorAt&& colorAt);
+    /// Whether the triangle may lie between the samples, and so be lost.
+    static bool IsNarrow(const std::array<SPoint, 3>& corners);
+    /// Draws the sides as lines, but only where the samples beside them have seen nothing: what is
+    /// seen edge-on is not invisible, and outlines stay as they are. After all is filled.
+    template <class ColorAt>
+    void TraceTriangle(const std::array<SPoint, 3>& corners, ColorAt&& colorAt);
     /// A disc that faces the viewer. It hides and is hidden.
     void FillDisc(const SPoint& center, double radius, TaColor color);
 
@@ -77,6 +83,8 @@ private:
     static SRun samplesBetween(std::int64_t lower, std::int64_t upper, int size);
 
     template <class ColorAt> void drawLine(const SPoint& from, const SPoint& to, ColorAt&& colorAt);
+    /// Whether nothing is seen there, as beside the picture.
+    bool isEmpty(std::int64_t x, std::int64_t y) const;
     /// Calls take(sample, isInDisc) for all samples of a square.
     template <class Take> void forEachAround(const SPoint& center, double reach, Take&& take);
     SSample& sampleAt(std::int64_t x, std::int64_t y)
@@ -104,16 +112,10 @@ std::int64_t Raster::FillTriangle(const std::array<SPoint, 3>& corners, ColorAt&
     const std::int64_t area = sideOf(points[0], points[1], points[2]);
     const auto [left, right] = std::minmax({ points[0].x, points[1].x, points[2].x });
     const auto [top, bottom] = std::minmax({ points[0].y, points[1].y, points[2].y });
-    const std::int64_t longest = std::max(right - left, bottom - top);
-    std::int64_t looked = 1 + longest / kParts;
-    if (std::abs(area) < longest * kParts) {
-        drawLine(a, b, [&](double from, double to) { return colorAt(from, to, 0.0); });
-        drawLine(b, c, [&](double from, double to) { return colorAt(0.0, from, to); });
-        drawLine(c, a, [&](double from, double to) { return colorAt(to, 0.0, from); });
-    }
     if (area == 0) {
-        return looked;
+        return 1;
     }
+    std::int64_t looked = 1;
     const std::int64_t sign = area > 0 ? 1 : -1;
     const double share = 1.0 / static_cast<double>(area * sign);
     const SRun columns = samplesBetween(left, right, m_size.width);
@@ -149,21 +151,32 @@ std::int64_t Raster::FillTriangle(const std::array<SPoint, 3>& corners, ColorAt&
 }
 
 template <class ColorAt>
+void Raster::TraceTriangle(const std::array<SPoint, 3>& corners, ColorAt&& colorAt)
+{
+    const auto& [a, b, c] = corners;
+    drawLine(a, b, [&](double from, double to) { return colorAt(from, to, 0.0); });
+    drawLine(b, c, [&](double from, double to) { return colorAt(0.0, from, to); });
+    drawLine(c, a, [&](double from, double to) { return colorAt(to, 0.0, from); });
+}
+
+template <class ColorAt>
 void Raster::drawLine(const SPoint& from, const SPoint& to, ColorAt&& colorAt)
 {
-    const double length = std::max(std::abs(to.x - from.x), std::abs(to.y - from.y));
-    const int steps = static_cast<int>(length) + 1;
+    if (!isDrawable(from) || !isDrawable(to)) {
+        return;
+    }
+    const SPoint way{ to.x - from.x, to.y - from.y, to.z - from.z };
+    const bool isFlat = std::abs(way.x) >= std::abs(way.y);
+    const int steps = static_cast<int>(std::max(std::abs(way.x), std::abs(way.y))) + 1;
     for (int i = 0; i <= steps; ++i) {
         const double share = static_cast<double>(i) / steps;
-        const auto x = static_cast<std::int64_t>(from.x + (to.x - from.x) * share);
-        const auto y = static_cast<std::int64_t>(from.y + (to.y - from.y) * share);
-        if (x < 0 || x >= m_size.width || y < 0 || y >= m_size.height) {
-            continue;
-        }
-        const auto depth = static_cast<float>(from.z + (to.z - from.z) * share);
-        SSample& sample = sampleAt(x, y);
-        if (depth > sample.depth) {
-            sample = { depth, colorAt(1.0 - share, share) };
+        const auto x = static_cast<std::int64_t>(std::floor(from.x + way.x * share));
+        const auto y = static_cast<std::int64_t>(std::floor(from.y + way.y * share));
+        const auto depth = static_cast<float>(from.z + way.z * share);
+        if (x >= 0 && x < m_size.width && y >= 0 && y < m_size.height
+            && isEmpty(isFlat ? x : x - 1, isFlat ? y - 1 : y)
+            && isEmpty(isFlat ? x : x + 1, isFlat ? y + 1 : y) && depth > sampleAt(x, y).depth) {
+            sampleAt(x, y) = { depth, colorAt(1.0 - share, share) };
         }
     }
 }

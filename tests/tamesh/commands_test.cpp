@@ -38,6 +38,7 @@ TEST_F(CommandsTest, AnInterruptEndsWhateverIsDoneAndWritesNothing)
     const std::string other = name("b.tadoc");
     EXPECT_EQ(PackMesh(m_console, m_mesh, other), eEC_Interrupted);
     EXPECT_EQ(MakeMesh(m_console, eS_Terrain, 50, name("c.off")), eEC_Interrupted);
+    EXPECT_EQ(PictureMesh(m_console, m_mesh, eC_Height, name("a.png")), eEC_Interrupted);
     EXPECT_EQ(m_console.output, "");
     EXPECT_EQ(m_folder.CountFiles(), 2);
 }
@@ -120,6 +121,10 @@ TEST_F(CommandsTest, EveryLongStepSaysHowFarItIs)
     };
     expectSteps(MakeMesh(m_console, eS_Terrain, 200, m_mesh), "making", "writing");
     expectSteps(ShowMeshes(m_console, { m_mesh }), "reading", "analysing");
+    for (const EColoring coloring : { eC_Height, eC_Curvature, eC_Component }) {
+        expectSteps(
+            PictureMesh(m_console, m_mesh, coloring, name("a.png")), "colouring", "drawing");
+    }
     expectSteps(PackMesh(m_console, m_mesh, m_document), "reading", "writing");
     expectSteps(ShowDocuments(m_console, { m_document }), "reading", "analysing");
 }

@@ -61,6 +61,23 @@ foreach(shape terrain torus sphere)
   expect(0 "\n  components +1\n" "" info ${shape}.off)
 endforeach()
 
+foreach(coloring height curvature component)
+  expect(0 "" "" picture torus.off --by ${coloring} -o ${coloring}.png --view -1,-2,0.5 --up y
+    --size 200x150)
+  file(READ ${FOLDER}/${coloring}.png start LIMIT 24 HEX)
+  string(TOUPPER ${start} start)
+  if(NOT start STREQUAL "89504E470D0A1A0A0000000D49484452000000C800000096")
+    message(SEND_ERROR "${coloring}.png, of 200 x 150, begins with ${start}")
+  endif()
+  file(REMOVE ${FOLDER}/${coloring}.png)
+endforeach()
+file(WRITE ${FOLDER}/empty.off "OFF\n0 0 0\n")
+expect(1 "" "^empty.off: has no vertices that could be shown\n$"
+  picture empty.off --by height -o empty.png)
+expect(1 "" "^nowhere/a.png: cannot create a temporary file beside: "
+  picture good.off --by height -o nowhere/a.png)
+file(REMOVE ${FOLDER}/empty.off)
+
 # Settings hold for this run and the later ones.
 expect(0 "digits +0 .*tree-depth +40 " "" --set digits= --set tree-depth= help-settings)
 expect(0 "upper bound +1 1 0\\.4\n" "" --set digits=1 --set tree-depth=1 info torus.off)
@@ -111,6 +128,17 @@ expect(2 "" "${usage} pack" pack good.off -o good.off)
 expect(2 "" "${usage} pack" pack good.off -o good.tadoc --bits 25)
 expect(2 "" "${usage} pack" pack good.off -o good.tadoc --bits 8 --lossless)
 expect(2 "" "${usage} unpack" unpack good.tadoc -o good.tadoc)
+expect(2 "" "${usage} picture" picture good.off --by height)
+expect(2 "" "${usage} picture" picture good.off --by height -o good.off)
+expect(2 "" "${usage} picture" picture good.off --by weight -o good.png)
+foreach(view 0,0,0 1,2 1,2,3,4 1,2,x inf,0,0 1,2,)
+  expect(2 "" "^tamesh: --view: [^\n]*: ${view}\n.*${usage} picture"
+    picture good.off --by height -o good.png --view ${view})
+endforeach()
+foreach(size 199x150 200x149 4001x300 300x4001 300 300x 99999999999x300 300x300x3)
+  expect(2 "" "^tamesh: --size: [^\n]*: ${size}\n.*${usage} picture"
+    picture good.off --by height -o good.png --size ${size})
+endforeach()
 expect(2 "" "${usage} make" make cube 5 -o cube.off)
 expect(2 "" "${usage} make" make torus 2 -o torus2.off)
 expect(0 "${usage}|Usage: tamesh" "" --help)
