@@ -3,6 +3,7 @@
 #include "tamesh/console.h"
 #include "tamesh/exitcode.h"
 #include "tamesh/pictureoptions.h"
+#include "tamesh/vertexname.h"
 
 #include <cstdint>
 #include <string>
@@ -82,5 +83,22 @@ enum EColoring
 /// Shows a mesh in a picture, which is saved as a PNG file.
 EExitCode PictureMesh(IConsole& console, const std::string& meshFile, EColoring coloring,
     const std::string& pictureFile, const SPictureOptions& options = {});
+
+/// What FindPath looks for, and where it leaves what it finds; an empty name for no file.
+struct SPathOptions
+{
+    VertexName from;
+    VertexName to;
+    std::string pathFile; // the path as a polyline, OBJ
+    std::string graphFile; // the graph in the DOT language, where the mesh has few vertices
+    std::string pictureFile; // the mesh by distance from the start, with the path, PNG
+    SPictureOptions picture;
+    int digits = 0; // as SViewOptions
+};
+
+constexpr std::uint32_t kMostVerticesInDot = 1000;
+
+/// Finds the shortest path along edges of the mesh between two of its vertices, and shows it.
+EExitCode FindPath(IConsole& console, const std::string& meshFile, const SPathOptions& options);
 
 } // namespace tamesh

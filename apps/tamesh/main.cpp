@@ -38,7 +38,7 @@ template <class Parse> CLI::Validator parsedBy(Parse&& parse, const std::string&
 {
     return CLI::Validator(
         [parse, form](std::string& text) {
-            return parse(text) ? std::string() : "not within the limits of " + form + ": " + text;
+            return parse(text) ? std::string() : "no " + form + " that can be taken: " + text;
         },
         form);
 }
@@ -138,18 +138,31 @@ public:
         picture->add_option("-o,--output", m_output, "picture to write")
             ->required()
             ->check(endingWith(".png"));
-        picture->add_option("--view", m_view, "direction from which the mesh is seen, X,Y,Z")
-            ->check(parsedBy(ParseDirection, "X,Y,Z"))
-            ->capture_default_str();
-        picture->add_option("--up", m_up, "axis that points upward, and along which heights go")
-            ->check(CLI::IsMember(m_axes))
-            ->capture_default_str();
-        picture->add_option("--size", m_size, "in pixels, 200x150 to 4000x4000")
-            ->check(parsedBy(ParseSize, "WxH"))
-            ->capture_default_str();
+        addPictureOptions(picture);
         picture->callback([this, &console, &code] {
-            code = PictureMesh(console, m_input, m_colorings.at(m_coloring), m_output,
-                { *ParseSize(m_size), *ParseDirection(m_view), m_axes.at(m_up) });
+            code = PictureMesh(
+                console, m_input, m_colorings.at(m_coloring), m_output, getPictureOptions());
+        });
+
+        CLI::App* path = app.add_subcommand("path", "Finds the shortest path along edges");
+        path->add_option("FILE", m_input, "mesh (.off, .obj, .stl)")->required();
+        path->add_option("--from", m_from, "vertex, by its number or the nearest to X,Y,Z")
+            ->required()
+            ->check(parsedBy(ParseVertexName, "V|X,Y,Z"));
+        path->add_option("--to", m_to, "vertex")
+            ->required()
+            ->check(parsedBy(ParseVertexName, "V|X,Y,Z"));
+        path->add_option("-o,--output", m_output, "polyline to write")->check(endingWith(".obj"));
+        path->add_option("--dot", m_graphFile, "graph to write, of a mesh of few vertices")
+            ->check(endingWith(".dot"));
+        path->add_option("--picture", m_pictureFile,
+                "picture to write, coloured by the distance from the start")
+            ->check(endingWith(".png"));
+        addPictureOptions(path);
+        path->callback([this, &console, &code, &settings] {
+            code = FindPath(console, m_input,
+                { *ParseVertexName(m_from), *ParseVertexName(m_to), m_output, m_graphFile,
+                    m_pictureFile, getPictureOptions(), settings.GetDigits() });
         });
 
         CLI::App* make = app.add_subcommand("make", "Makes a mesh");
@@ -170,6 +183,24 @@ public:
     MeshCommands& operator=(const MeshCommands&) = delete;
 
 private:
+    void addPictureOptions(CLI::App* command)
+    {
+        using namespace tamesh;
+        command->add_option("--view", m_view, "direction from which the mesh is seen, X,Y,Z")
+            ->check(parsedBy(ParseDirection, "X,Y,Z"))
+            ->capture_default_str();
+        command->add_option("--up", m_up, "axis that points upward, and along which heights go")
+            ->check(CLI::IsMember(m_axes))
+            ->capture_default_str();
+        command->add_option("--size", m_size, "in pixels, 200x150 to 4000x4000")
+            ->check(parsedBy(ParseSize, "WxH"))
+            ->capture_default_str();
+    }
+    tamesh::SPictureOptions getPictureOptions() const
+    {
+        return { *tamesh::ParseSize(m_size), *tamesh::ParseDirection(m_view), m_axes.at(m_up) };
+    }
+
     const std::map<std::string, tamesh::EShape> m_shapes{ { "terrain", tamesh::eS_Terrain },
         { "torus", tamesh::eS_Torus }, { "sphere", tamesh::eS_Sphere } };
     const std::map<std::string, tamesh::EColoring> m_colorings{ { "height", tamesh::eC_Height },
@@ -184,6 +215,10 @@ private:
     std::uint32_t m_resolution = 0;
     unsigned int m_bits = 0;
     bool m_isLossless = false;
+    std::string m_from;
+    std::string m_to;
+    std::string m_graphFile;
+    std::string m_pictureFile;
     std::string m_coloring;
     std::string m_view = "1,-2,1.5";
     std::string m_up = "z";

@@ -36,12 +36,17 @@ std::optional<SSize> ParseSize(std::string_view text)
 
 std::optional<SPoint> ParseDirection(std::string_view text)
 {
-    SPoint direction;
-    const bool isDirection = takeNumber(text, direction.x, ',')
-        && takeNumber(text, direction.y, ',') && takeNumber(text, direction.z, '\0')
-        && std::isfinite(direction.x) && std::isfinite(direction.y) && std::isfinite(direction.z)
-        && direction != SPoint();
-    return isDirection ? std::optional(direction) : std::nullopt;
+    const std::optional<SPoint> direction = ParsePoint(text);
+    return direction != SPoint() ? direction : std::nullopt;
+}
+
+std::optional<SPoint> ParsePoint(std::string_view text)
+{
+    SPoint point;
+    const bool isPoint = takeNumber(text, point.x, ',') && takeNumber(text, point.y, ',')
+        && takeNumber(text, point.z, '\0') && std::isfinite(point.x) && std::isfinite(point.y)
+        && std::isfinite(point.z);
+    return isPoint ? std::optional(point) : std::nullopt;
 }
 
 } // namespace tamesh

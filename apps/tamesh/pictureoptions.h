@@ -35,5 +35,7 @@ struct SPictureOptions
 std::optional<SSize> ParseSize(std::string_view text);
 /// Of "1,-2,1.5"; nothing for what is none, and for no direction at all.
 std::optional<SPoint> ParseDirection(std::string_view text);
+/// Of "1,-2,1.5"; nothing for what is none, or not finite.
+std::optional<SPoint> ParsePoint(std::string_view text);
 
 } // namespace tamesh

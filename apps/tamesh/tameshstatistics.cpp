@@ -3,9 +3,9 @@
 #include "groundwork/tustreamreadbinary.h"
 #include "groundwork/tustreamwritebinary.h"
 #include "tabase/taunionfind.h"
+#include "tamesh/meshsides.h"
 
 #include <algorithm>
-#include <memory>
 #include <vector>
 
 namespace tamesh {
@@ -19,14 +19,6 @@ namespace {
     constexpr std::uint64_t kVertexWalks = 5;
 
 } // namespace
-
-/// All sides by their smaller end: those of vertex i have their larger ends from begins[i] to
-/// begins[i + 1]. The memory is not touched before the walks, which poll, get there.
-struct TaMeshStatistics::SSides
-{
-    std::unique_ptr<std::uint32_t[]> begins;
-    std::unique_ptr<std::uint32_t[]> largerEnds;
-};
 
 TU_DEFINE_RTTI(TaMeshStatistics, TaMpAlgorithm, &TaMeshStatistics::CreateByFactory, nullptr);
 
@@ -79,55 +71,22 @@ template <class Body> bool TaMeshStatistics::forEach(std::uint32_t count, Body&&
     return true;
 }
 
-template <class Take> bool TaMeshStatistics::forEachSide(Take&& take)
-{
-    return forEach(m_mesh->GetFaceCount(), [&](std::uint32_t i) {
-        const std::span<const std::uint32_t> face = m_mesh->GetFace(i);
-        std::uint32_t previous = face.back();
-        for (const std::uint32_t corner : face) {
-            if (corner != previous) {
-                take(std::min(corner, previous), std::max(corner, previous));
-            }
-            previous = corner;
-        }
-    });
-}
-
-bool TaMeshStatistics::collectSides(SSides& sides)
-{
-    const std::uint32_t vertexCount = m_mesh->GetVertexCount();
-    sides.begins = std::make_unique_for_overwrite<std::uint32_t[]>(std::size_t{ vertexCount } + 1);
-    std::uint32_t* const begins = sides.begins.get();
-    begins[vertexCount] = 0;
-    std::uint32_t sum = 0;
-    if (!forEach(vertexCount, [&](std::uint32_t i) { begins[i] = 0; })
-        || !forEachSide([&](std::uint32_t smaller, std::uint32_t) { ++begins[smaller]; })
-        || !forEach(vertexCount, [&](std::uint32_t i) { begins[i] = sum += begins[i]; })) {
-        return false;
-    }
-    begins[vertexCount] = sum;
-    // Each begin stands at its end now, and moves to its place while the sides are put in.
-    sides.largerEnds = std::make_unique_for_overwrite<std::uint32_t[]>(std::max(sum, 1u));
-    return forEachSide([&](std::uint32_t smaller, std::uint32_t larger) {
-        sides.largerEnds[--begins[smaller]] = larger;
-    });
-}
-
 bool TaMeshStatistics::countEdges(SMeshFigures& figures)
 {
-    SSides sides;
-    return collectSides(sides) && forEach(m_mesh->GetVertexCount(), [&](std::uint32_t i) {
-        std::uint32_t* side = sides.largerEnds.get() + sides.begins[i];
-        std::uint32_t* const end = sides.largerEnds.get() + sides.begins[i + 1];
-        std::sort(side, end);
-        while (side != end) {
-            std::uint32_t* const next = std::upper_bound(side, end, *side);
-            ++figures.edges;
-            figures.boundaryEdges += next - side == 1;
-            figures.nonManifoldEdges += next - side > 2;
-            side = next;
-        }
-    });
+    MeshSides sides;
+    const auto collectBy
+        = [this](std::uint32_t count, auto&& body) { return forEach(count, body); };
+    return sides.Collect(*m_mesh, collectBy)
+        && forEach(m_mesh->GetVertexCount(), [&](std::uint32_t i) {
+               const std::span<const std::uint32_t> ends = sides.SortLargerEnds(i);
+               for (auto side = ends.begin(); side != ends.end();) {
+                   const auto next = std::upper_bound(side, ends.end(), *side);
+                   ++figures.edges;
+                   figures.boundaryEdges += next - side == 1;
+                   figures.nonManifoldEdges += next - side > 2;
+                   side = next;
+               }
+           });
 }
 
 bool TaMeshStatistics::countDegenerateFaces(SMeshFigures& figures)

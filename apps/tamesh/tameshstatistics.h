@@ -48,15 +48,10 @@ protected:
     bool checkPostConditions() const override { return !wasBroken(); }
 
 private:
-    struct SSides;
-
     static IObject* CreateByFactory();
 
     /// Calls body(i) for each of `count`, with a poll now and then; false where that found a break.
     template <class Body> bool forEach(std::uint32_t count, Body&& body);
-    /// Calls take(smaller, larger) for each side of each face whose ends are different vertices.
-    template <class Take> bool forEachSide(Take&& take);
-    bool collectSides(SSides& sides);
     bool countEdges(SMeshFigures& figures);
     bool countDegenerateFaces(SMeshFigures& figures);
     bool countComponents(SMeshFigures& figures);
