@@ -13,7 +13,7 @@ constexpr unsigned int kFew = 8;
 /// Held while a list is put in order for readers, of which there may be several.
 TuCriticalSection& settlingLock()
 {
-    static TuCriticalSection s_lock;
+    static TuCriticalSection& s_lock = *new TuCriticalSection; // readers may outlive statics
     return s_lock;
 }
 
@@ -120,10 +120,15 @@ bool TaGraphConnectionList::isSmaller(const Node* a, const Node* b)
     return a != nullptr && b != nullptr && a->element->GetWeight() < b->element->GetWeight();
 }
 
-/// Several readers may come here at once; the last store tells the others that all is done.
-void TaGraphConnectionList::settleUnsettled()
+/// Several readers may come here at once.
+void TaGraphConnectionList::settleForReaders()
 {
     const TuCriticalSectionAuto guard(settlingLock());
+    settle();
+}
+
+void TaGraphConnectionList::settle()
+{
     Node* const first = m_firstUnsettled.load(std::memory_order_relaxed);
     if (first == nullptr) {
         return;
@@ -142,5 +147,5 @@ void TaGraphConnectionList::settleUnsettled()
         TaGraphConnectionLess less;
         mergeSort(first, less);
     }
-    m_firstUnsettled.store(nullptr, std::memory_order_release);
+    m_firstUnsettled.store(nullptr, std::memory_order_release); // all of the above is done
 }

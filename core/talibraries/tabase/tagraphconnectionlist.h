@@ -84,19 +84,17 @@ private:
     /// After settle() and the change.
     void changeWeight(Node* node, float oldWeight);
 
-    void settle()
-    {
-        if (m_firstUnsettled.load(std::memory_order_acquire) != nullptr) {
-            settleUnsettled();
-        }
-    }
-    /// Putting the list in order is no change that a reader could see.
+    /// Puts in its place what has been added. For writers.
+    void settle();
+    void settleForReaders();
+    /// The list in order. Putting it there is no change that a reader could see.
     const List& settled() const
     {
-        const_cast<TaGraphConnectionList*>(this)->settle();
+        if (m_firstUnsettled.load(std::memory_order_acquire) != nullptr) {
+            const_cast<TaGraphConnectionList*>(this)->settleForReaders();
+        }
         return *this;
     }
-    void settleUnsettled();
     void moveBack(Node* node);
     static bool isSmaller(const Node* a, const Node* b);
 

@@ -86,6 +86,7 @@ bool TaGraphRows::Reader::collect(Group group)
 {
     m_collected.clear();
     for (TaGraphNode* node : group) {
+        node->m_outgoing.settle();
         for (const TuSmartPointer<TaGraphConnection>& connection : node->m_outgoing) {
             __builtin_prefetch(&connection->m_target->m_index);
             __builtin_prefetch(&connection->m_target->m_graph);
