@@ -27,7 +27,8 @@ for argument in "$@"; do
         packages+=(libbenchmark-dev
             libboost-dev libboost-serialization-dev libboost-container-dev libcereal-dev libabsl-dev
             qt6-base-dev libfast-float-dev libdeflate-dev libzstd-dev
-            libfpzip-dev libzfp-dev libdraco-dev libmeshoptimizer-dev)
+            libfpzip-dev libzfp-dev libdraco-dev libmeshoptimizer-dev
+            libigraph-dev liblemon-dev libvtk9-dev)
         ;;
     --windows)
         packages+=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine64
