@@ -22,21 +22,28 @@ std::atomic<std::uint32_t> s_seed{ 1 };
 
 /// Truncates toward zero. What 32 signed bits do not hold becomes the nearest that they do, what is
 /// no number 0: the language leaves both open, and processors differ.
-std::int32_t toInteger(float value)
+inline std::int32_t toInteger(float value)
 {
     constexpr float kBeyond = 2147483648.0f; // 2^31
-    if (value >= kBeyond) {
-        return std::numeric_limits<std::int32_t>::max();
+    if (value > -kBeyond && value < kBeyond) {
+        return static_cast<std::int32_t>(value);
     }
-    if (value < -kBeyond) {
-        return std::numeric_limits<std::int32_t>::min();
+    if (value != value) {
+        return 0;
     }
-    return value == value ? static_cast<std::int32_t>(value) : 0;
+    return value > 0.0f ? std::numeric_limits<std::int32_t>::max()
+                        : std::numeric_limits<std::int32_t>::min();
 }
 
-std::uint32_t toChannel(float value)
+inline std::uint32_t toChannel(float value)
 {
     return static_cast<std::uint32_t>(toInteger(value * 255.0f));
+}
+
+inline std::uint32_t pack(float red, float green, float blue, float alpha)
+{
+    return toChannel(alpha) << kAlphaShift | (toChannel(red) & 0xFFu) << kRedShift
+        | (toChannel(green) & 0xFFu) << kGreenShift | toChannel(blue);
 }
 
 float getChannel(std::uint32_t word, unsigned int shift)
@@ -62,6 +69,46 @@ float getHue(float red, float green, float blue, float greatest, float delta)
     }
     hue = hue * 60.0f;
     return hue < 0.0f ? hue + 360.0f : hue;
+}
+
+// Where HsvToRgb takes red, green and blue from, for each sixth of the circle of hues.
+enum ELevel : unsigned char
+{
+    eL_V,
+    eL_P,
+    eL_Q,
+    eL_T,
+};
+constexpr ELevel kHsvLevels[6][3] = {
+    { eL_V, eL_T, eL_P },
+    { eL_Q, eL_V, eL_P },
+    { eL_P, eL_V, eL_T },
+    { eL_P, eL_Q, eL_V },
+    { eL_T, eL_P, eL_V },
+    { eL_V, eL_P, eL_Q },
+};
+
+/// By look-up: the sectors of arbitrary colours would be branches that no processor predicts.
+inline void convertHsv(
+    float hue, float saturation, float value, float& red, float& green, float& blue)
+{
+    float x = hue / 360.0f;
+    if (x == 1.0f) {
+        x = 0.0f;
+    }
+    x = x * 6.0f;
+    if (!(x >= 0.0f && x < 6.0f)) {
+        return; // also where it is no number
+    }
+    const auto sector = static_cast<int>(x);
+    const float f = x - static_cast<float>(sector);
+    const float p = (1.0f - saturation) * value;
+    const float q = (1.0f - f * saturation) * value;
+    const float t = (1.0f - (1.0f - f) * saturation) * value;
+    const float levels[] = { value, p, q, t };
+    red = levels[kHsvLevels[sector][0]];
+    green = levels[kHsvLevels[sector][1]];
+    blue = levels[kHsvLevels[sector][2]];
 }
 
 /// One channel of HslToRgb; `x` is its place on the circle of hues, before it is wrapped.
@@ -114,13 +161,31 @@ TaColor::TaColor(unsigned long red, unsigned long green, unsigned long blue, uns
 }
 
 TaColor::TaColor(float red, float green, float blue, float alpha)
-    : m_word(RgbToDword(red, green, blue, alpha))
+    : m_word(pack(red, green, blue, alpha))
 {
 }
 
 TaColor::TaColor(const SColorFloat& color)
-    : m_word(RgbToDword(color.m_red, color.m_green, color.m_blue, color.m_alpha))
+    : m_word(pack(color.m_red, color.m_green, color.m_blue, color.m_alpha))
 {
+}
+
+TaColor TaColor::FromHsv(float hue, float saturation, float value)
+{
+    float red = 0.0f; // black, where the hue lies outside
+    float green = 0.0f;
+    float blue = 0.0f;
+    convertHsv(hue, saturation, value, red, green, blue);
+    return FromDword(pack(red, green, blue, 1.0f));
+}
+
+TaColor TaColor::FromHsl(float hue, float saturation, float lightness)
+{
+    float red = 0.0f;
+    float green = 0.0f;
+    float blue = 0.0f;
+    HslToRgb(hue, saturation, lightness, red, green, blue);
+    return FromDword(pack(red, green, blue, 1.0f));
 }
 
 float TaColor::GetRed() const { return getChannel(m_word, kRedShift); }
@@ -184,8 +249,7 @@ void TaColor::Serialize(TuStreamReadBinary& stream)
 
 std::uint32_t TaColor::RgbToDword(float red, float green, float blue, float alpha)
 {
-    return toChannel(alpha) << kAlphaShift | (toChannel(red) & 0xFFu) << kRedShift
-        | (toChannel(green) & 0xFFu) << kGreenShift | toChannel(blue);
+    return pack(red, green, blue, alpha);
 }
 
 void TaColor::RgbToHsv(
@@ -208,38 +272,7 @@ void TaColor::RgbToHsv(
 void TaColor::HsvToRgb(
     float hue, float saturation, float value, float& red, float& green, float& blue)
 {
-    float x = hue / 360.0f;
-    if (x == 1.0f) {
-        x = 0.0f;
-    }
-    x = x * 6.0f;
-    if (!(x >= 0.0f && x < 6.0f)) {
-        return; // also where it is no number
-    }
-    const auto sector = static_cast<int>(x);
-    const float f = x - static_cast<float>(sector);
-    const float p = (1.0f - saturation) * value;
-    const float q = (1.0f - f * saturation) * value;
-    const float t = (1.0f - (1.0f - f) * saturation) * value;
-    const auto set = [&](float r, float g, float b) {
-        red = r;
-        green = g;
-        blue = b;
-    };
-    switch (sector) {
-    case 0:
-        return set(value, t, p);
-    case 1:
-        return set(q, value, p);
-    case 2:
-        return set(p, value, t);
-    case 3:
-        return set(p, q, value);
-    case 4:
-        return set(t, p, value);
-    default:
-        return set(value, p, q);
-    }
+    convertHsv(hue, saturation, value, red, green, blue);
 }
 
 void TaColor::RgbToHsl(
@@ -325,11 +358,7 @@ TaColor TaColor::CreateRandomColorSaturated()
 
 TaColor TaColor::CreateRandomColorSaturated(TaRandomSource& source)
 {
-    float red = 0.0f;
-    float green = 0.0f;
-    float blue = 0.0f;
-    HsvToRgb(drawNumber(source) * 360.0f, 1.0f, 1.0f, red, green, blue);
-    return TaColor(red, green, blue, 1.0f);
+    return FromHsv(drawNumber(source) * 360.0f, 1.0f, 1.0f);
 }
 
 void TaColor::SeedRandomColors(std::uint32_t seed) { s_seed.store(seed); }

@@ -65,6 +65,10 @@ public:
         color.m_word = word;
         return color;
     }
+    /// Opaque, by HsvToRgb; black where the hue lies outside 0 to 360.
+    static TaColor FromHsv(float hue, float saturation, float value);
+    /// Opaque, by HslToRgb.
+    static TaColor FromHsl(float hue, float saturation, float lightness);
 
     /// The byte divided by 255.
     float GetRed() const;

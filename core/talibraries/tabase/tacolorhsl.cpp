@@ -36,11 +36,4 @@ bool TaColorHSL::isChromatic() const
     return m_saturation != 0.0f && m_lightness != 0.0f && m_lightness != 1.0f;
 }
 
-void TaColorHSL::updateColor()
-{
-    float red = 0.0f;
-    float green = 0.0f;
-    float blue = 0.0f;
-    TaColor::HslToRgb(m_hue, m_saturation, m_lightness, red, green, blue);
-    m_color = TaColor(red, green, blue, 1.0f);
-}
+void TaColorHSL::updateColor() { m_color = TaColor::FromHsl(m_hue, m_saturation, m_lightness); }

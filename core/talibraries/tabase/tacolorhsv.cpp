@@ -1,5 +1,29 @@
 #include "tabase/tacolorhsv.h"
 
+namespace {
+
+struct SComponents
+{
+    float m_hue;
+    float m_saturation;
+    float m_value;
+};
+
+inline SComponents interpolate(const TaColorHSV& a, const TaColorHSV& b, float t)
+{
+    const auto between = [t](float from, float to) { return from + (to - from) * t; };
+    float hue = between(a.GetHue(), b.GetHue());
+    if (a.GetSaturation() == 0.0f && b.GetSaturation() > 0.0f) {
+        hue = b.GetHue();
+    } else if (b.GetSaturation() == 0.0f && a.GetSaturation() > 0.0f) {
+        hue = a.GetHue();
+    }
+    return { hue, between(a.GetSaturation(), b.GetSaturation()),
+        between(a.GetValue(), b.GetValue()) };
+}
+
+} // namespace
+
 TaColorHSV::TaColorHSV(float hue, float saturation, float value)
     : m_hue(hue)
     , m_saturation(saturation)
@@ -20,22 +44,17 @@ TaColorHSV& TaColorHSV::operator=(const TaColor& color)
 
 void TaColorHSV::Interpolate(const TaColorHSV& a, const TaColorHSV& b, float t)
 {
-    float hue = a.m_hue + (b.m_hue - a.m_hue) * t;
-    if (a.m_saturation == 0.0f && b.m_saturation > 0.0f) {
-        hue = b.m_hue;
-    } else if (b.m_saturation == 0.0f && a.m_saturation > 0.0f) {
-        hue = a.m_hue;
-    }
-    const float saturation = a.m_saturation + (b.m_saturation - a.m_saturation) * t;
-    const float value = a.m_value + (b.m_value - a.m_value) * t;
-    *this = TaColorHSV(hue, saturation, value); // only now: a or b may be this object
+    const SComponents between = interpolate(a, b, t);
+    m_hue = between.m_hue;
+    m_saturation = between.m_saturation;
+    m_value = between.m_value;
+    updateColor();
 }
 
-void TaColorHSV::updateColor()
+TaColor TaColorHSV::InterpolateColor(const TaColorHSV& a, const TaColorHSV& b, float t)
 {
-    float red = 0.0f; // black, where the hue lies outside
-    float green = 0.0f;
-    float blue = 0.0f;
-    TaColor::HsvToRgb(m_hue, m_saturation, m_value, red, green, blue);
-    m_color = TaColor(red, green, blue, 1.0f);
+    const SComponents between = interpolate(a, b, t);
+    return TaColor::FromHsv(between.m_hue, between.m_saturation, between.m_value);
 }
+
+void TaColorHSV::updateColor() { m_color = TaColor::FromHsv(m_hue, m_saturation, m_value); }

@@ -42,9 +42,7 @@ TaColor TaColorMap::GetColorValue(float value) const
     if (range == 0.0f) {
         return m_underflowColor;
     }
-    TaColorHSV color;
-    color.Interpolate(m_minColor, m_maxColor, (value - m_minimum) / range);
-    return color.GetColor();
+    return TaColorHSV::InterpolateColor(m_minColor, m_maxColor, (value - m_minimum) / range);
 }
 
 void TaColorMap::GetColorValues(const float* values, TaColor* colors, std::size_t count) const
