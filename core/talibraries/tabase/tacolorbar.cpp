@@ -100,8 +100,14 @@ TuArray<TaColorBar::STick> TaColorBar::GetTicks(unsigned int most) const
     if (!std::isfinite(minimum) || !std::isfinite(maximum) || !(minimum < maximum) || limit == 0) {
         return {};
     }
+    const float outermost = std::max(std::abs(minimum), std::abs(maximum));
+    const float finest
+        = outermost - std::nextafter(outermost, 0.0f); // what floats tell apart there
     const double range = static_cast<double>(maximum) - minimum;
     SStep step{ 1, static_cast<int>(std::floor(std::log10(range / limit))) - 1 };
+    while (step.GetMultiple(1) < finest) {
+        step = step.GetNext();
+    }
     TuArray<STick> ticks = makeTicks(step, minimum, maximum, limit);
     while (ticks.GetSize() > limit) {
         step = step.GetNext();

@@ -26,7 +26,7 @@ public:
 
     struct STick
     {
-        float m_value = 0.0f;
+        float m_value = 0.0f; // the nearest to what the text says
         float m_position = 0.0f; // in pixels from the top or left border of the bar
         CString m_text;
     };
