@@ -173,9 +173,9 @@ TEST(TaColorMapTest, AnswersInTheOrderBelowAboveEmpty)
 
 TEST(TaColorMapTest, TakesItsRangeFromTheValuesThatAreNumbers)
 {
-    const std::vector<float> values{ kNan, 3.0f, -2.0f, kNan, 6.0f };
+    const std::vector<float> values{ kNan, -6.0f, -14.0f, kNan, -2.0f };
     const TaColorMap map(values.data(), values.size());
-    EXPECT_EQ(lookUp(map, { -2.0f, 2.0f, 6.0f, 6.1f }),
+    EXPECT_EQ(lookUp(map, { -14.0f, -8.0f, -2.0f, -1.9f }),
         (std::vector<TaColor>{
             TaColor(0, 0, 0, 255), TaColor(0.5, 0.5, 0.5, 1), kWhite, kTaDefaultOverflowColor }));
     const TaColorMap none(values.data(), 1); // 0 to 1
