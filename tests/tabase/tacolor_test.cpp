@@ -82,16 +82,14 @@ TEST(TaColorTest, FloatsAreTruncatedSaturatedAndPartlyMasked)
     color.SetRed(-1.0 / 255.0);
     EXPECT_EQ(color.GetDword() >> 16, 0xFFFFu);
 
-    for (unsigned int level = 0; level < 256; ++level) {
-        const TaColor from(level, 255 - level, level / 2, level);
-        const TaColor copy(from.GetRed(), from.GetGreen(), from.GetBlue(), from.GetAlpha());
-        EXPECT_EQ(copy, from);
-        const TaColor other(7, level, 255, 3);
-        EXPECT_EQ(
-            TaColor::InterpolateRGB(from, other, 0.0f).GetDword(), from.GetDword() | 0xFF000000u);
-        EXPECT_EQ(
-            TaColor::InterpolateRGB(from, other, 1.0f).GetDword(), other.GetDword() | 0xFF000000u);
+    const TaColor other(7, 77, 255, 255);
+    for (unsigned int level = 0; level < 256; ++level) { // bytes survive
+        const TaColor from(level, 255 - level, level / 2, 255);
+        EXPECT_EQ(TaColor(from.GetRed(), from.GetGreen(), from.GetBlue(), from.GetAlpha()), from);
+        EXPECT_EQ(TaColor::InterpolateRGB(from, other, 0.0f), from);
+        EXPECT_EQ(TaColor::InterpolateRGB(other, from, 1.0f), from);
     }
+    EXPECT_EQ(TaColor::InterpolateRGB(TaColor(), TaColor(1, 2, 3, 4), 1.0f), TaColor(1, 2, 3, 255));
 }
 
 TEST(TaColorTest, HsvToRgbIsTheSixSectorsAndWritesNothingOutside)
@@ -120,27 +118,24 @@ TEST(TaColorTest, HsvToRgbIsTheSixSectorsAndWritesNothingOutside)
 
 TEST(TaColorTest, HuesAreTestedInTheOrderRedGreenBlue)
 {
-    EXPECT_EQ(
-        convert(TaColor::RgbToHsv, 1.0f, 1.0f, 0.0f), (STriple{ 60.0f, 1.0f, 1.0f })); // red first
-    EXPECT_EQ(convert(TaColor::RgbToHsv, 0.0f, 0.5f, 0.5f),
-        (STriple{ 180.0f, 1.0f, 0.5f })); // green first
-    EXPECT_EQ(convert(TaColor::RgbToHsv, 0.5f, 0.25f, 0.5f),
-        (STriple{ 300.0f, 0.5f, 0.5f })); // -60, raised
-    EXPECT_EQ(convert(TaColor::RgbToHsv, 0.25f, 0.0f, 1.0f), (STriple{ 255.0f, 1.0f, 1.0f }));
-    EXPECT_EQ(convert(TaColor::RgbToHsv, 0.0f, 0.0f, 0.0f), (STriple{ 0.0f, 0.0f, 0.0f }));
-    EXPECT_EQ(convert(TaColor::RgbToHsv, 0.4f, 0.4f, 0.4f), (STriple{ 0.0f, 0.0f, 0.4f }));
-    EXPECT_EQ(convert(TaColor::RgbToHsl, 0.4f, 0.4f, 0.4f), (STriple{ 0.0f, 0.0f, 0.4f }));
+    const auto hsv = [](float r, float g, float b) { return convert(TaColor::RgbToHsv, r, g, b); };
+    EXPECT_EQ(hsv(1.0f, 1.0f, 0.0f), (STriple{ 60.0f, 1.0f, 1.0f })); // red first
+    EXPECT_EQ(hsv(0.0f, 0.5f, 0.5f), (STriple{ 180.0f, 1.0f, 0.5f })); // green first
+    EXPECT_EQ(hsv(0.5f, 0.25f, 0.5f), (STriple{ 300.0f, 0.5f, 0.5f })); // -60, raised
+    EXPECT_EQ(hsv(0.25f, 0.0f, 1.0f), (STriple{ 255.0f, 1.0f, 1.0f }));
+    EXPECT_EQ(hsv(0.0f, 0.0f, 0.0f), (STriple{ 0.0f, 0.0f, 0.0f }));
+    EXPECT_EQ(hsv(0.4f, 0.4f, 0.4f), (STriple{ 0.0f, 0.0f, 0.4f }));
 }
 
 TEST(TaColorTest, TheSaturationOfLightColoursIsDividedByTwoLessTheirRange)
 {
-    EXPECT_EQ(convert(TaColor::RgbToHsl, 1.0f, 0.5f, 0.5f), (STriple{ 0.0f, 0.5f / 1.5f, 0.75f }));
-    EXPECT_EQ(
-        convert(TaColor::RgbToHsl, 0.5f, 0.25f, 0.5f), (STriple{ 300.0f, 0.25f / 0.75f, 0.375f }));
+    const auto hsl = [](float r, float g, float b) { return convert(TaColor::RgbToHsl, r, g, b); };
+    EXPECT_EQ(hsl(1.0f, 0.5f, 0.5f), (STriple{ 0.0f, 0.5f / 1.5f, 0.75f }));
+    EXPECT_EQ(hsl(0.5f, 0.25f, 0.5f), (STriple{ 300.0f, 0.25f / 0.75f, 0.375f }));
+    EXPECT_EQ(hsl(0.4f, 0.4f, 0.4f), (STriple{ 0.0f, 0.0f, 0.4f }));
     EXPECT_EQ(TaColor::FromHsl(0.0f, 1.0f, 0.5f), TaColor(255, 0, 0, 255));
-    EXPECT_EQ(convert(TaColor::HslToRgb, 60.0f, 0.0f, 0.25f), (STriple{ 0.25f, 0.25f, 0.25f }));
-    EXPECT_EQ(
-        convert(TaColor::HslToRgb, 240.0f, 3.0f, 0.75f), (STriple{ 0.0f, 0.0f, 1.0f })); // clamped
+    EXPECT_EQ(TaColor::FromHsl(60.0f, 0.0f, 0.25f), TaColor(63, 63, 63, 255));
+    EXPECT_EQ(TaColor::FromHsl(240.0f, 3.0f, 0.75f), TaColor(0, 0, 255, 255)); // clamped
 }
 
 TEST(TaColorTest, HsvIsOpaqueAndHslKeepsAlpha)
