@@ -151,34 +151,36 @@ TEST(TaColorTest, HsvIsOpaqueAndHslKeepsAlpha)
     EXPECT_EQ(hsl.GetColor().GetDword(), 0xFFFF0000u);
 }
 
+/// The hue a quarter of the way.
+template <class Color> float hueBetween(const Color& a, const Color& b)
+{
+    Color between;
+    between.Interpolate(a, b, 0.25f);
+    return between.GetHue();
+}
+
 TEST(TaColorTest, InterpolationTakesTheHueOfTheColourThatHasOne)
 {
-    const auto hsvHue = [](const TaColorHSV& a, const TaColorHSV& b) {
-        TaColorHSV between;
-        between.Interpolate(a, b, 0.25f);
-        EXPECT_EQ(TaColorHSV::InterpolateColor(a, b, 0.25f), between.GetColor());
-        return between.GetHue();
-    };
-    const auto hslHue = [](const TaColorHSL& a, const TaColorHSL& b) {
-        TaColorHSL between;
-        between.Interpolate(a, b, 0.25f);
-        return between.GetHue();
-    };
-    EXPECT_EQ(hsvHue({ 20.0f, 0.0f, 1.0f }, { 100.0f, 1.0f, 1.0f }), 100.0f);
-    EXPECT_EQ(hsvHue({ 20.0f, 1.0f, 1.0f }, { 100.0f, 0.0f, 1.0f }), 20.0f);
-    EXPECT_EQ(hsvHue({ 20.0f, 0.0f, 1.0f }, { 100.0f, 0.0f, 1.0f }), 40.0f); // neither: linear
-    EXPECT_EQ(hsvHue({ 340.0f, 1.0f, 1.0f }, { 20.0f, 1.0f, 1.0f }), 260.0f); // no wrap
-    for (const TaColorHSL& none : { TaColorHSL(20.0f, 0.0f, 0.5f), TaColorHSL(20.0f, 1.0f, 0.0f),
-             TaColorHSL(20.0f, 1.0f, 1.0f) }) {
-        EXPECT_EQ(hslHue(none, { 100.0f, 1.0f, 0.5f }), 100.0f);
-        EXPECT_EQ(hslHue({ 100.0f, 1.0f, 0.5f }, none), 100.0f);
-        EXPECT_EQ(hslHue({ 100.0f, 0.0f, 0.5f }, none), 20.0f); // neither: b's
-    }
-    EXPECT_EQ(hslHue({ 340.0f, 1.0f, 0.5f }, { 20.0f, 1.0f, 0.5f }), 260.0f);
+    using HSV = TaColorHSV;
+    const HSV grey(20.0f, 0.0f, 1.0f);
+    const HSV green(100.0f, 1.0f, 1.0f);
+    EXPECT_EQ(hueBetween(grey, green), 100.0f);
+    EXPECT_EQ(hueBetween(green, grey), 100.0f);
+    EXPECT_EQ(hueBetween(grey, HSV(100.0f, 0.0f, 1.0f)), 40.0f); // neither: linear
+    EXPECT_EQ(hueBetween(HSV(340.0f, 1.0f, 1.0f), HSV(20.0f, 1.0f, 1.0f)), 260.0f); // no wrap
+    HSV between(0.0f, 1.0f, 1.0f); // the result may be one of the two
+    between.Interpolate(between, HSV(120.0f, 0.5f, 0.5f), 0.5f);
+    EXPECT_EQ(between.GetColor(), HSV(60.0f, 0.75f, 0.75f).GetColor());
 
-    TaColorHSV hsv(0.0f, 1.0f, 1.0f); // the result may be one of the two
-    hsv.Interpolate(hsv, TaColorHSV(120.0f, 0.5f, 0.5f), 0.5f);
-    EXPECT_EQ(hsv.GetColor(), TaColorHSV(60.0f, 0.75f, 0.75f).GetColor());
+    using HSL = TaColorHSL;
+    const HSL light(100.0f, 1.0f, 0.5f);
+    for (const HSL& none :
+        { HSL(20.0f, 0.0f, 0.5f), HSL(20.0f, 1.0f, 0.0f), HSL(20.0f, 1.0f, 1.0f) }) {
+        EXPECT_EQ(hueBetween(none, light), 100.0f);
+        EXPECT_EQ(hueBetween(light, none), 100.0f);
+        EXPECT_EQ(hueBetween(HSL(100.0f, 0.0f, 0.5f), none), 20.0f); // neither: b's
+    }
+    EXPECT_EQ(hueBetween(HSL(340.0f, 1.0f, 0.5f), HSL(20.0f, 1.0f, 0.5f)), 260.0f);
 }
 
 TEST(TaColorTest, GreysAndDifferences)
@@ -266,7 +268,10 @@ TEST(TaColorTest, ArithmeticHasTheSameBitsEverywhere)
         const TaColor other(c, a, b, 1.0f);
         add(color.GetDword());
         add(TaColor::InterpolateRGB(color, other, b).GetDword());
-        add(TaColorHSV::InterpolateColor(color, other, c).GetDword());
+        TaColorHSV betweenHsv;
+        betweenHsv.Interpolate(color, other, c);
+        add(betweenHsv.GetColor().GetDword());
+        EXPECT_EQ(TaColorHSV::InterpolateColor(color, other, c), betweenHsv.GetColor());
         TaColorHSL between;
         between.Interpolate(color, other, a);
         add(between.GetColor().GetDword());
