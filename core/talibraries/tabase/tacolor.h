@@ -3,13 +3,16 @@
 #include "groundwork/cstring.h"
 #include "tabase/tabaseapi.h"
 
-#include <concepts>
 #include <cstdint>
 #include <type_traits>
 
 class TaRandomSource;
 class TuStreamReadBinary;
 class TuStreamWriteBinary;
+
+/// What serves as a channel.
+template <class T>
+concept TaNumber = std::is_arithmetic_v<T>;
 
 /// A colour as four floats, as graphics libraries have it; 1 is full, and opaque.
 struct SColorFloat
@@ -49,9 +52,8 @@ public:
     TaColor(float red, float green, float blue, float alpha);
     explicit TaColor(const SColorFloat& color);
     /// One of the two above, for numbers that would fit both.
-    template <class Red, class Green, class Blue, class Alpha>
-    requires(std::is_arithmetic_v<Red>&& std::is_arithmetic_v<Green>&& std::is_arithmetic_v<Blue>&&
-            std::is_arithmetic_v<Alpha>) TaColor(Red red, Green green, Blue blue, Alpha alpha)
+    template <TaNumber Red, TaNumber Green, TaNumber Blue, TaNumber Alpha>
+    TaColor(Red red, Green green, Blue blue, Alpha alpha)
         : TaColor(static_cast<Channel<Red, Green, Blue, Alpha>>(red),
             static_cast<Channel<Red, Green, Blue, Alpha>>(green),
             static_cast<Channel<Red, Green, Blue, Alpha>>(blue),
@@ -89,18 +91,10 @@ public:
     void SetGreen(float green);
     void SetBlue(float blue);
     void SetAlpha(float alpha);
-    template <class T>
-    requires std::is_arithmetic_v<T>
-    void SetRed(T red) { SetRed(static_cast<Channel<T>>(red)); }
-    template <class T>
-    requires std::is_arithmetic_v<T>
-    void SetGreen(T green) { SetGreen(static_cast<Channel<T>>(green)); }
-    template <class T>
-    requires std::is_arithmetic_v<T>
-    void SetBlue(T blue) { SetBlue(static_cast<Channel<T>>(blue)); }
-    template <class T>
-    requires std::is_arithmetic_v<T>
-    void SetAlpha(T alpha) { SetAlpha(static_cast<Channel<T>>(alpha)); }
+    template <TaNumber T> void SetRed(T red) { SetRed(static_cast<Channel<T>>(red)); }
+    template <TaNumber T> void SetGreen(T green) { SetGreen(static_cast<Channel<T>>(green)); }
+    template <TaNumber T> void SetBlue(T blue) { SetBlue(static_cast<Channel<T>>(blue)); }
+    template <TaNumber T> void SetAlpha(T alpha) { SetAlpha(static_cast<Channel<T>>(alpha)); }
     void SetTransparent() { m_word &= 0x00FFFFFFu; }
     void SetOpaque() { m_word |= 0xFF000000u; }
 
@@ -136,9 +130,8 @@ public:
     static std::uint32_t RgbToGreyscale(unsigned long red, unsigned long green, unsigned long blue);
     /// The same scale as the channels: 0 to 1.
     static float RgbToGreyscale(float red, float green, float blue);
-    template <class Red, class Green, class Blue>
-    requires(std::is_arithmetic_v<Red>&& std::is_arithmetic_v<Green>&&
-            std::is_arithmetic_v<Blue>) static auto RgbToGreyscale(Red red, Green green, Blue blue)
+    template <TaNumber Red, TaNumber Green, TaNumber Blue>
+    static auto RgbToGreyscale(Red red, Green green, Blue blue)
     {
         return RgbToGreyscale(static_cast<Channel<Red, Green, Blue>>(red),
             static_cast<Channel<Red, Green, Blue>>(green),
@@ -165,7 +158,7 @@ public:
 
 private:
     template <class... Numbers>
-    using Channel = std::conditional_t<(std::integral<Numbers> && ...), unsigned long, float>;
+    using Channel = std::conditional_t<(std::is_integral_v<Numbers> && ...), unsigned long, float>;
 
     std::uint32_t m_word = 0xFFFFFFFFu;
 };

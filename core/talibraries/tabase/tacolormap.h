@@ -3,7 +3,6 @@
 #include "tabase/tacolorhsv.h"
 
 #include <cstddef>
-#include <type_traits>
 
 /// Turns values of a range into colours between two, interpolated in HSV: TaColorHSV::Interpolate
 /// says how.
@@ -19,9 +18,8 @@ public:
     TaColorMap() = default;
     TaColorMap(float minimum, float maximum);
     /// The same for other numbers: a literal 0 would also be a pointer to values.
-    template <class Minimum, class Maximum>
-    requires(std::is_arithmetic_v<Minimum>&& std::is_arithmetic_v<Maximum>)
-        TaColorMap(Minimum minimum, Maximum maximum)
+    template <TaNumber Minimum, TaNumber Maximum>
+    TaColorMap(Minimum minimum, Maximum maximum)
         : TaColorMap(static_cast<float>(minimum), static_cast<float>(maximum))
     {
     }
