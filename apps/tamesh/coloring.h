@@ -27,18 +27,13 @@ struct SColoring
     std::vector<std::string> names;
 };
 
-// Progress comes to the number of vertices and faces, or somewhat above.
+// Progress comes to twice the number of vertices and faces at most.
 
 /// By the coordinate along an axis.
 SColoring ColorByHeight(const Mesh& mesh, EAxis axis, Progress* progress = nullptr);
 
-/// By the mean curvature, the reciprocal of a length: positive where the mesh bulges to the side
-/// from which its faces run counter-clockwise, half the sum of 1 / r of two circles. The range
-/// shown is as wide to both sides of 0, and holds all but the 2 % of the values at either end.
-///
-/// It is found as in Meyer, Desbrun, Schröder, Barr: "Discrete Differential-Geometry Operators for
-/// Triangulated 2-Manifolds" (2003), by the cotangents of angles over the mixed area around a
-/// vertex. Vertices at a border, and of faces without area only, have none.
+/// By the mean curvature; see FindMeanCurvatures. The range is as wide to both sides of 0, and
+/// holds all but the 2 % of the values at either end.
 SColoring ColorByCurvature(const Mesh& mesh, Progress* progress = nullptr);
 
 /// By component: a colour for each of the largest, by vertices, and grey for all others.

@@ -6,7 +6,7 @@
 #include "tamesh/image.h"
 #include "tamesh/picturetext.h"
 
-#include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace tamesh {
@@ -79,7 +79,7 @@ void PaintColorBar(Image& image, const SBarPlace& place, const SColoring& colori
 
     const int right = place.left + place.width + scale;
     for (const SLabel& label : makeLabels(coloring, place.height)) {
-        const int y = place.top + static_cast<int>(label.position + 0.5f);
+        const int y = place.top + static_cast<int>(std::floor(label.position + 0.5f));
         image.FillRectangle(right, y - scale / 2, kTickLength * scale, scale, kInk);
         PaintText(image, right + 2 * kTickLength * scale, y - kTextHeight * scale / 2, scale,
             label.text, kInk);

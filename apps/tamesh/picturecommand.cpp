@@ -31,7 +31,7 @@ namespace {
         IConsole& console, const std::string& name, const Mesh& mesh, EColoring kind, EAxis up)
     {
         Progress progress(console, "colouring " + name,
-            std::uint64_t{ mesh.GetVertexCount() } + mesh.GetFaceCount());
+            2 * (std::uint64_t{ mesh.GetVertexCount() } + mesh.GetFaceCount()));
         SColoring coloring = makeColoring(kind, mesh, up, progress);
         const std::filesystem::path path(CString::FromUtf8(name).GetView());
         coloring.title = MakeDisplayText(CString(path.filename().u16string()).ToUtf8()) + ": "

@@ -1,5 +1,6 @@
 #include "tamesh/pngwriter.h"
 
+#include "groundwork/tucondition.h"
 #include "groundwork/tuexceptions.h"
 #include "groundwork/tustreamwritebinary.h"
 #include "tamesh/image.h"
@@ -40,7 +41,9 @@ namespace tamesh {
 void WritePNG(TuStreamWriteBinary& stream, const Image& image)
 {
     constexpr int kChannels = 3;
-    const SSize& size = image.GetSize();
+    const SSize size = image.GetSize();
+    TuPreCondition<2>(
+        u"a picture has pixels", TU_HERE, [&] { return size.width > 0 && size.height > 0; });
     std::vector<unsigned char> bytes;
     bytes.reserve(
         static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height) * kChannels);

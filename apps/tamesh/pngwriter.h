@@ -8,7 +8,8 @@ class Image;
 
 /// Writes a whole PNG file, of three bytes per pixel.
 ///
-/// Failure: TuExceptionOutOfMemory; what the stream throws.
+/// Failure: TuExceptionPreconditionViolation for one without pixels; TuExceptionOutOfMemory; what
+/// the stream throws.
 void WritePNG(TuStreamWriteBinary& stream, const Image& image);
 
 } // namespace tamesh
