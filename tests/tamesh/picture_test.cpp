@@ -4,6 +4,7 @@
 #include "tamesh/meshgenerator.h"
 #include "tamesh/meshpicture.h"
 #include "tamesh/pngwriter.h"
+#include "tamesh/vectors.h"
 
 #define STB_IMAGE_IMPLEMENTATION
 #define STB_IMAGE_STATIC
@@ -12,7 +13,6 @@
 #include <stb/stb_image.h>
 
 #include <algorithm>
-#include <cmath>
 #include <functional>
 #include <limits>
 #include <memory>
@@ -46,6 +46,15 @@ void addSquare(Mesh& mesh, double height)
     mesh.AddFace({ first, first + 1, first + 2, first + 3 });
 }
 
+void scale(Mesh& mesh, double factor)
+{
+    TuArray<SPoint> vertices;
+    for (std::uint32_t i = 0; i < mesh.GetVertexCount(); ++i) {
+        vertices.Add(mesh.GetVertex(i) * factor);
+    }
+    mesh.SetVertices(std::move(vertices));
+}
+
 /// Values below 0.5 are red, above blue.
 SColoring makeColoring(std::vector<float> values)
 {
@@ -66,25 +75,40 @@ Image takePicture(const Mesh& mesh, const SColoring& coloring, const SPoint& toV
     return picture.MakeImage();
 }
 
-int countPixels(const Image& image, const std::function<bool(int, int, TaColor)>& isCounted)
+struct SBox
+{
+    int left = 0;
+    int top = 0;
+    int right = kSize.width;
+    int bottom = kSize.height;
+};
+
+constexpr SBox kFrame{ 0, 30, kSize.width - 90, kSize.height }; // without title and bar
+
+/// Pixels that differ from those of the other image, or from a colour.
+int countDifferent(
+    const Image& image, const SBox& box, const std::function<TaColor(int, int)>& expected)
 {
     int count = 0;
-    for (int y = 0; y < image.GetSize().height; ++y) {
-        for (int x = 0; x < image.GetSize().width; ++x) {
-            count += isCounted(x, y, image.GetPixel(x, y));
+    for (int y = box.top; y < box.bottom; ++y) {
+        for (int x = box.left; x < box.right; ++x) {
+            count += image.GetPixel(x, y) != expected(x, y);
         }
     }
     return count;
 }
+int countDifferent(const Image& image, const SBox& box, TaColor color)
+{
+    return countDifferent(image, box, [&](int, int) { return color; });
+}
 
-bool isInFrame(int x, int y) { return x < kSize.width - 90 && y >= 30; }
+TaColor red(double, double, double) { return kRed; }
+TaColor blue(double, double, double) { return kBlue; }
 
 TEST(RasterTest, TheNearerHidesTheFartherInAnyOrder)
 {
     const std::array<SPoint, 3> near{ SPoint{ 0, 0, 5 }, { 20, 0, 5 }, { 0, 20, 5 } };
     const std::array<SPoint, 3> far{ SPoint{ 0, 0, 1 }, { 20, 0, 1 }, { 0, 20, 9 } };
-    const auto red = [](double, double, double) { return kRed; };
-    const auto blue = [](double, double, double) { return kBlue; };
     Raster raster({ 20, 20 }, kWhite);
     raster.FillTriangle(near, red);
     raster.FillTriangle(far, blue);
@@ -103,7 +127,6 @@ TEST(RasterTest, TheNearerHidesTheFartherInAnyOrder)
 
 TEST(RasterTest, NeighboursLeaveNoGapAndNarrowTrianglesStillShow)
 {
-    const auto blue = [](double, double, double) { return kBlue; };
     Raster fan({ 50, 50 }, kWhite);
     const SPoint middle{ 47.3, 51.9, 0 };
     const std::array<SPoint, 5> corners{ SPoint{ 0, 0, 0 }, { 99.9, 0.3, 0 }, { 100, 33.3, 0 },
@@ -111,12 +134,7 @@ TEST(RasterTest, NeighboursLeaveNoGapAndNarrowTrianglesStillShow)
     for (std::size_t i = 0; i < corners.size(); ++i) {
         fan.FillTriangle({ middle, corners[(i + 1) % corners.size()], corners[i] }, blue);
     }
-    const Image image = fan.MakeImage();
-    EXPECT_EQ(countPixels(image,
-                  [](int x, int y, TaColor color) {
-                      return x > 0 && x < 49 && y > 0 && y < 49 && color != kBlue;
-                  }),
-        0);
+    EXPECT_EQ(countDifferent(fan.MakeImage(), { 1, 1, 49, 49 }, kBlue), 0);
 
     Raster thin({ 50, 50 }, kWhite);
     const std::array<SPoint, 3> triangle{ SPoint{ 10.1, 50.1, 0 }, { 90.1, 50.1, 0 },
@@ -127,19 +145,15 @@ TEST(RasterTest, NeighboursLeaveNoGapAndNarrowTrianglesStillShow)
     const double infinity = std::numeric_limits<double>::infinity();
     thin.FillTriangle({ SPoint{ 0, 0, infinity }, { 1e300, 0, 0 }, { 0, std::nan(""), 0 } }, blue);
     thin.FillTriangle({ SPoint{ -1e5, -1e5, -1 }, { 1e5, -1e5, -1 }, { 0, -10, -1 } }, blue);
-    EXPECT_EQ(countPixels(thin.MakeImage(),
-                  [](int x, int y, TaColor color) {
-                      return x >= 5 && x < 45 && y == 25 && color != kWhite;
-                  }),
-        40);
+    EXPECT_EQ(countDifferent(thin.MakeImage(), { 5, 25, 45, 26 }, kWhite), 40);
 }
 
-TEST(PictureTest, WhatIsSeenDependsOnTheDirection)
+TEST(PictureTest, WhatIsSeenDependsOnTheDirectionAndIsGreyWithoutAValue)
 {
     Mesh mesh;
     addSquare(mesh, 0.0);
     addSquare(mesh, 1.0);
-    const SColoring coloring = makeColoring({ 0, 0, 0, 0, 1, 1, 1, 1 });
+    SColoring coloring = makeColoring({ 0, 0, 0, 0, 1, 1, 1, 1 });
     const auto seen = [&](const SPoint& toViewer, int x, int y) {
         return hueOf(takePicture(mesh, coloring, toViewer).GetPixel(x, y));
     };
@@ -148,16 +162,10 @@ TEST(PictureTest, WhatIsSeenDependsOnTheDirection)
     EXPECT_EQ(seen({ 0, -1, 0.1 }, 100, 175), 'r'); // almost from the side: one above the other
     EXPECT_EQ(seen({ 0, -1, 0.1 }, 100, 85), 'b');
     EXPECT_EQ(seen({ 0, -1, 0.1 }, 100, 130), '.');
-}
 
-TEST(PictureTest, WhatHasNoValueIsGrey)
-{
-    Mesh mesh;
-    addSquare(mesh, 0.0);
-    for (const float value : { std::numeric_limits<float>::max(), std::nanf("") }) {
-        const Image image
-            = takePicture(mesh, makeColoring({ value, value, value, value }), { 0, 0, 1 });
-        EXPECT_EQ(hueOf(image.GetPixel(100, 130)), 'g');
+    for (const float none : { std::numeric_limits<float>::max(), std::nanf("") }) {
+        coloring.values.back() = none;
+        EXPECT_EQ(seen({ 0, 0, 1 }, 60, 90), 'g');
     }
 }
 
@@ -167,23 +175,18 @@ TEST(PictureTest, APathIsThickInFrontOfTheMeshAndThinBehind)
     addSquare(mesh, 0.0);
     mesh.AddVertex({ -0.8, 0.3, 0.0 });
     mesh.AddVertex({ 0.8, 0.3, 0.0 });
-    const SColoring coloring = makeColoring(std::vector<float>(6, 1.0f));
+    const SColoring coloring = makeColoring(std::vector<float>(8, 1.0f));
+    std::vector<std::uint32_t> path{ 4, 5 };
     /// In a column of pixels that the path crosses, seen from above or below.
     const auto countPath = [&](double z) {
         const Image without = takePicture(mesh, coloring, { 0, 0, z });
-        return countPixels(
-            takePicture(mesh, coloring, { 0, 0, z }, { 4, 5 }), [&](int x, int y, TaColor color) {
-                return x == 100 && color != without.GetPixel(x, y);
-            });
+        return countDifferent(takePicture(mesh, coloring, { 0, 0, z }, path),
+            { 100, 30, 101, kSize.height }, [&](int x, int y) { return without.GetPixel(x, y); });
     };
-    EXPECT_GE(countPath(1), 3);
     EXPECT_EQ(countPath(1), countPath(-1)); // in the surface it is seen from both sides
-    TuArray<SPoint> vertices;
-    for (std::uint32_t i = 0; i < 6; ++i) {
-        const SPoint& point = mesh.GetVertex(i);
-        vertices.Add({ point.x, point.y, i < 4 ? 0.0 : -0.5 });
-    }
-    mesh.SetVertices(std::move(vertices));
+    mesh.AddVertex({ -0.8, 0.3, -0.5 });
+    mesh.AddVertex({ 0.8, 0.3, -0.5 });
+    path = { 6, 7 };
     EXPECT_GE(countPath(1), 1);
     EXPECT_LT(countPath(1), countPath(-1));
 }
@@ -214,12 +217,7 @@ TEST(PictureTest, WhateverTheMeshThereIsAPicture)
         for (const SColoring& coloring :
             { ColorByHeight(mesh, eA_Z), ColorByCurvature(mesh), ColorByComponent(mesh) }) {
             for (const SPoint& toViewer : { SPoint{ 1, -2, 1.5 }, { 1, 0, 0 }, { 0, 0, 1 } }) {
-                const Image image = takePicture(mesh, coloring, toViewer);
-                EXPECT_GT(countPixels(image,
-                              [](int x, int y, TaColor color) {
-                                  return isInFrame(x, y) && color != kWhite;
-                              }),
-                    3)
+                EXPECT_GT(countDifferent(takePicture(mesh, coloring, toViewer), kFrame, kWhite), 3)
                     << what << coloring.title;
             }
         }
@@ -231,40 +229,25 @@ TEST(PictureTest, WhateverTheMeshThereIsAPicture)
     collapsed.AddVertex({ -1e300, 0, 1e300 });
     collapsed.AddFace({ 0, 0, 0, 0 });
     expectSomething(collapsed, "a face without area: ");
-    for (const double scale : { 1.79e308, 1.0, 5e-324 }) {
+    for (const double factor : { 1.79e308, 1.0, 5e-324 }) {
         Mesh mesh;
         addSquare(mesh, 0.0);
-        TuArray<SPoint> vertices;
-        for (std::uint32_t i = 0; i < 4; ++i) {
-            const SPoint& vertex = mesh.GetVertex(i);
-            vertices.Add({ vertex.x * scale, vertex.y * scale, 0.0 });
-        }
-        mesh.SetVertices(vertices);
+        scale(mesh, factor);
         expectSomething(mesh, "a square, some of it seen edge-on: ");
     }
 }
 
-TEST(ColoringTest, TheMeanCurvatureOfAScaledBallIsTheReciprocalOfItsRadius)
+TEST(ColoringTest, TheMeanCurvatureOfABallIsTheReciprocalOfItsRadiusAndBordersHaveNone)
 {
     Mesh mesh = MakeSphere(40);
-    const double radius = FindBounds(mesh).upper.x * 1000;
-    TuArray<SPoint> vertices;
-    for (std::uint32_t i = 0; i < mesh.GetVertexCount(); ++i) {
-        const SPoint& point = mesh.GetVertex(i);
-        vertices.Add({ point.x * 1000, point.y * 1000, point.z * 1000 });
-    }
-    mesh.SetVertices(std::move(vertices));
-    const SColoring coloring = ColorByCurvature(mesh);
-    EXPECT_NEAR(coloring.upper * radius, 1.0, 0.02);
-    EXPECT_EQ(coloring.lower, -coloring.upper);
-    EXPECT_GT(*std::ranges::min_element(coloring.values), 0.95f);
-}
+    scale(mesh, 1000);
+    const SColoring ball = ColorByCurvature(mesh);
+    EXPECT_NEAR(ball.upper * FindBounds(mesh).upper.x, 1.0, 0.02);
+    EXPECT_EQ(ball.lower, -ball.upper);
+    EXPECT_GT(*std::ranges::min_element(ball.values), 0.95f);
 
-TEST(ColoringTest, BordersHaveNoCurvature)
-{
-    const SColoring coloring = ColorByCurvature(MakeTerrain(8));
-    EXPECT_EQ(
-        std::ranges::count_if(coloring.values, [](float value) { return std::isnan(value); }), 32);
+    const SColoring terrain = ColorByCurvature(MakeTerrain(8));
+    EXPECT_EQ(std::ranges::count_if(terrain.values, [](float x) { return std::isnan(x); }), 32);
 }
 
 TEST(ColoringTest, ComponentsHaveColoursOfTheirOwnTheLargestFirst)
@@ -310,14 +293,12 @@ TEST(PNGTest, KeepsEveryPixel)
     ASSERT_EQ((SSize{ width, height }), kSize);
     ASSERT_EQ(channels, 3);
     std::uint32_t checksum = 0;
-    EXPECT_EQ(countPixels(image,
-                  [&](int x, int y, TaColor color) {
+    EXPECT_EQ(countDifferent(image, SBox(),
+                  [&](int x, int y) {
                       const stbi_uc* const bytes = pixels.get() + (y * width + x) * channels;
-                      const std::uint32_t word = 0xFF000000u
-                          | static_cast<std::uint32_t>(bytes[0]) << 16
-                          | static_cast<std::uint32_t>(bytes[1]) << 8 | bytes[2];
-                      checksum = checksum * 31 + word;
-                      return word != color.GetDword();
+                      const TaColor color(bytes[0], bytes[1], bytes[2], 255);
+                      checksum = checksum * 31 + color.GetDword();
+                      return color;
                   }),
         0);
     // The same on every system and processor: nothing that is drawn depends on the C library.
