@@ -57,7 +57,7 @@ MeshPicture::MeshPicture(
     : m_mesh(mesh)
     , m_coloring(coloring)
     , m_options(options)
-    , m_textScale(std::max(1, std::min(options.size.width / 500, options.size.height / 400)))
+    , m_textScale(std::max(1, std::min(options.size.width / 500, options.size.height / 320)))
     , m_progress(progress)
     , m_steps(progress)
     , m_positions(View(options.toViewer, options.up).Project(mesh, getFrame(), m_steps))

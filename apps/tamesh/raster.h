@@ -76,7 +76,7 @@ private:
     {
         return (b.x - a.x) * (p.y - a.y) - (b.y - a.y) * (p.x - a.x);
     }
-    /// Cuts off the samples of the run where value + slope * (x - run's own begin) is negative.
+    /// Cuts off the samples of the run where value + slope * (x - begin) is negative.
     static void cut(SRun& run, std::int64_t begin, std::int64_t value, std::int64_t slope);
     static std::int64_t middleOf(std::int64_t sample) { return sample * kParts + kParts / 2; }
     /// The samples whose middles lie between the two, both included, in a picture of `size`.
@@ -87,14 +87,15 @@ private:
     bool isEmpty(std::int64_t x, std::int64_t y) const;
     /// Calls take(sample, isInDisc) for all samples of a square.
     template <class Take> void forEachAround(const SPoint& center, double reach, Take&& take);
-    SSample& sampleAt(std::int64_t x, std::int64_t y)
-    {
-        return m_samples[static_cast<std::size_t>(y) * static_cast<std::size_t>(m_size.width)
-            + static_cast<std::size_t>(x)];
-    }
+    SSample& sampleAt(std::int64_t x, std::int64_t y) { return m_samples[indexOf(x, y)]; }
     const SSample& sampleAt(std::int64_t x, std::int64_t y) const
     {
-        return const_cast<Raster*>(this)->sampleAt(x, y);
+        return m_samples[indexOf(x, y)];
+    }
+    std::size_t indexOf(std::int64_t x, std::int64_t y) const
+    {
+        return static_cast<std::size_t>(y) * static_cast<std::size_t>(m_size.width)
+            + static_cast<std::size_t>(x);
     }
 
     SSize m_size;
