@@ -27,16 +27,15 @@ struct SColoring
     std::vector<std::string> names;
 };
 
-// Progress comes to twice the number of vertices and faces at most.
-
-/// By the coordinate along an axis.
+/// By the coordinate along an axis. Progress comes to the number of vertices.
 SColoring ColorByHeight(const Mesh& mesh, EAxis axis, Progress* progress = nullptr);
 
 /// By the mean curvature; see FindMeanCurvatures. The range is as wide to both sides of 0, and
 /// holds all but the 2 % of the values at either end.
 SColoring ColorByCurvature(const Mesh& mesh, Progress* progress = nullptr);
 
-/// By component: a colour for each of the largest, by vertices, and grey for all others.
+/// By component: a colour for each of the largest, by vertices, and grey for all others. Progress
+/// comes to the number of vertices and faces.
 SColoring ColorByComponent(const Mesh& mesh, Progress* progress = nullptr);
 
 } // namespace tamesh

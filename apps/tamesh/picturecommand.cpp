@@ -14,6 +14,12 @@ namespace tamesh {
 
 namespace {
 
+    std::uint64_t countSteps(EColoring kind, const Mesh& mesh)
+    {
+        const std::uint64_t faceWalks = kind == eC_Height ? 0 : kind == eC_Component ? 1 : 2;
+        return mesh.GetVertexCount() + faceWalks * mesh.GetFaceCount();
+    }
+
     SColoring makeColoring(EColoring kind, const Mesh& mesh, EAxis up, Progress& progress)
     {
         switch (kind) {
@@ -30,8 +36,7 @@ namespace {
     SColoring colorMesh(
         IConsole& console, const std::string& name, const Mesh& mesh, EColoring kind, EAxis up)
     {
-        Progress progress(console, "colouring " + name,
-            2 * (std::uint64_t{ mesh.GetVertexCount() } + mesh.GetFaceCount()));
+        Progress progress(console, "colouring " + name, countSteps(kind, mesh));
         SColoring coloring = makeColoring(kind, mesh, up, progress);
         const std::filesystem::path path(CString::FromUtf8(name).GetView());
         coloring.title = MakeDisplayText(CString(path.filename().u16string()).ToUtf8()) + ": "

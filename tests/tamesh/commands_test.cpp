@@ -123,7 +123,8 @@ TEST_F(CommandsTest, EveryLongStepSaysHowFarItIs)
     expectSteps(ShowMeshes(m_console, { m_mesh }), "reading", "analysing");
     for (const EColoring coloring : { eC_Height, eC_Curvature, eC_Component }) {
         expectSteps(
-            PictureMesh(m_console, m_mesh, coloring, name("a.png")), "colouring", "drawing");
+            PictureMesh(m_console, m_mesh, coloring, name("a.png"), { .size = { 200, 150 } }),
+            "colouring", "drawing");
     }
     expectSteps(PackMesh(m_console, m_mesh, m_document), "reading", "writing");
     expectSteps(ShowDocuments(m_console, { m_document }), "reading", "analysing");
