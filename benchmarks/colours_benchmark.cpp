@@ -102,7 +102,7 @@ void BM_Plain_Table(benchmark::State& state)
         }
         const float entry = (value - kLower) * static_cast<float>(kEntries) / (kUpper - kLower);
         return entries[entry < static_cast<float>(kEntries) ? static_cast<std::size_t>(entry)
-                                                             : kEntries - 1];
+                                                            : kEntries - 1];
     });
 }
 
@@ -137,7 +137,8 @@ void BM_VtkLookupTable_All(benchmark::State& state)
 /// The same work as our map does.
 void BM_VtkMath_HsvMap(benchmark::State& state)
 {
-    const auto toChannel = [](double channel) { return static_cast<unsigned long>(channel * 255.0); };
+    const auto toChannel
+        = [](double channel) { return static_cast<unsigned long>(channel * 255.0); };
     mapEach(state, [&](float value) {
         if (!(value >= kLower)) {
             return kTaDefaultUnderflowColor;

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds tamesh and runs it on real scanned meshes: draws pictures of them,
-# packs them as documents, whole and small, and shows those with their figures; makes meshes of its
+# finds paths, packs them as documents, whole and small, and shows those with their figures; makes meshes of its
 # own, too. A second run does only what is new. Nothing is written outside build/.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -10,8 +10,10 @@ meshes=build/meshes  # input: fetched once
 results=build/demo
 package=libcgal-demo # a Debian package that carries scanned meshes
 
-# Name, vertices, faces: what the scans are known to have.
-scans=('bunny00 37706 75408' 'refined_elephant 44460 88928' 'armadillo 26002 52000')
+# Name, vertices, faces: what the scans are known to have. The length of the shortest path from the
+# first to the last vertex, found in double precision by a program of its own.
+scans=('bunny00 37706 75408 0.23710917717' 'refined_elephant 44460 88928 0.61170611760'
+    'armadillo 26002 52000 141.78811445')
 
 step() { printf '\n== %s\n' "$*"; }
 
@@ -121,6 +123,17 @@ pack_small() { # a mesh
         "$(figure faces "$tamesh" info "$packed.off")" "$(figure faces "$tamesh" info "$1")"
 }
 
+find_path() { # a mesh, the length that its path should have
+    local name last
+    name=$results/$(basename "$1" .off).path
+    last=$(($(figure vertices "$tamesh" info "$1") - 1))
+    "$tamesh" path "$1" --from 0 --to "$last" -o "$name.obj" --picture "$name.png" \
+        --up y --view 1,1,2 >"$name.txt"
+    check "the length of the path in $1" \
+        "$(printf %.5g "$(figure length cat "$name.txt")")" "$(printf %.5g "$2")"
+    echo "$name.png: $(figure length cat "$name.txt") long, $(figure vertices cat "$name.txt") vertices"
+}
+
 step 'What it needs, and building it'
 tools/setup.sh
 quietly cmake --preset release
@@ -134,7 +147,7 @@ have_scans || fetch_scans || true
 inputs=()
 if have_scans; then
     for scan in "${scans[@]}"; do
-        read -r name vertices faces <<<"$scan"
+        read -r name vertices faces _ <<<"$scan"
         mesh=$meshes/$name.off
         check_scan "$mesh" "$vertices" "$faces"
         inputs+=("$mesh")
@@ -161,6 +174,14 @@ step 'Pictures'
 for mesh in "${inputs[@]}"; do
     draw "$mesh"
 done
+
+if have_scans; then
+    step 'Shortest paths'
+    for scan in "${scans[@]}"; do
+        read -r name _ _ length <<<"$scan"
+        find_path "$meshes/$name.off" "$length"
+    done
+fi
 
 step 'Packed, read back, and the same as before'
 for mesh in "${inputs[@]}"; do

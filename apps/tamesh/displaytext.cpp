@@ -1,5 +1,9 @@
 #include "tamesh/displaytext.h"
 
+#include "groundwork/cstring.h"
+
+#include <filesystem>
+
 namespace tamesh {
 
 namespace {
@@ -37,6 +41,13 @@ std::string MakeDisplayText(std::string_view text)
         i += longControl ? 1 : 0;
     }
     return start.size() < text.size() ? shown + "..." : shown;
+}
+
+std::string MakeDisplayName(std::string_view path)
+{
+    const std::filesystem::path name
+        = std::filesystem::path(CString::FromUtf8(path).GetView()).filename();
+    return MakeDisplayText(CString(name.u16string()).ToUtf8());
 }
 
 } // namespace tamesh

@@ -14,4 +14,7 @@ std::string_view CutText(std::string_view text, std::size_t bytes);
 /// longer than a person reads.
 std::string MakeDisplayText(std::string_view text);
 
+/// The last part of a path, fit to be shown.
+std::string MakeDisplayName(std::string_view path);
+
 } // namespace tamesh

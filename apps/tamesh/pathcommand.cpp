@@ -149,7 +149,8 @@ namespace {
         TaGraphNode& start = m_graph->GetNode(m_from);
         search(m_console, "measuring " + m_name, graph, start, *nowhere.release());
         SColoring coloring;
-        coloring.title = "distance from vertex " + std::to_string(m_from);
+        coloring.title
+            = MakeDisplayName(m_name) + ": distance from vertex " + std::to_string(m_from);
         float largest = 0.0F;
         for (std::uint32_t i = 0; i != m_mesh.GetVertexCount(); ++i) {
             const float distance = m_graph->GetNode(i).GetWeight();

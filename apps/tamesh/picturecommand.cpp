@@ -7,7 +7,6 @@
 #include "tamesh/pngwriter.h"
 #include "tamesh/progress.h"
 
-#include <filesystem>
 #include <optional>
 
 namespace tamesh {
@@ -38,9 +37,7 @@ namespace {
     {
         Progress progress(console, "colouring " + name, countSteps(kind, mesh));
         SColoring coloring = makeColoring(kind, mesh, up, progress);
-        const std::filesystem::path path(CString::FromUtf8(name).GetView());
-        coloring.title = MakeDisplayText(CString(path.filename().u16string()).ToUtf8()) + ": "
-            + coloring.title;
+        coloring.title = MakeDisplayName(name) + ": " + coloring.title;
         return coloring;
     }
 
