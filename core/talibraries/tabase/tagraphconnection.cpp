@@ -32,10 +32,9 @@ void TaGraphConnection::SetWeight(float weight)
     }
     m_source->m_outgoing.settle();
     m_target->m_incoming.settle();
-    const float oldWeight = m_weight;
     m_weight = weight;
-    m_source->m_outgoing.changeWeight(m_placeAtSource, oldWeight);
-    m_target->m_incoming.changeWeight(m_placeAtTarget, oldWeight);
+    m_source->m_outgoing.changeWeight(m_placeAtSource);
+    m_target->m_incoming.changeWeight(m_placeAtTarget);
     m_source->onConnectionsChanged();
 }
 

@@ -86,11 +86,11 @@ void TaGraphConnectionList::remove(Node* node)
 }
 
 /// What a bubble sort would do, which never swaps equal weights.
-void TaGraphConnectionList::changeWeight(Node* node, float oldWeight)
+void TaGraphConnectionList::changeWeight(Node* node)
 {
     m_hasNaN = m_hasNaN || std::isnan(node->element->GetWeight());
-    if (std::isnan(oldWeight)) {
-        List::Sort(); // what the NaN has kept apart may be out of order now
+    if (m_hasNaN) {
+        List::Sort(); // what a NaN has kept apart, and no longer does, comes into order, too
     } else if (isSmaller(node, node->previous)) {
         moveBack(node);
     } else {

@@ -8,7 +8,8 @@
 class TaGraphConnection;
 
 /// The order of connections: by ascending weight. A weight that is NaN has no order: it stays where
-/// it was put, and what comes later stays behind it.
+/// it was put, and what comes later stays behind it. When it is removed, what it kept apart stays
+/// as it is until the next change of a weight in the list.
 struct TABASE_API TaGraphConnectionLess
 {
     bool operator()(const TuSmartPointer<TaGraphConnection>& a,
@@ -82,7 +83,7 @@ private:
     Node* append(TuSmartPointer<TaGraphConnection> connection);
     void remove(Node* node);
     /// After settle() and the change.
-    void changeWeight(Node* node, float oldWeight);
+    void changeWeight(Node* node);
 
     /// Puts in its place what has been added. For writers.
     void settle();
@@ -99,5 +100,5 @@ private:
     static bool isSmaller(const Node* a, const Node* b);
 
     std::atomic<Node*> m_firstUnsettled{ nullptr }; // from here on in the order of adding
-    bool m_hasNaN = false; // there may be a weight without order; then nothing is unsettled
+    bool m_hasNaN = false; // there is, or has been, a weight without order: nothing is unsettled
 };

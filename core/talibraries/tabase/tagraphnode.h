@@ -54,6 +54,7 @@ public:
     void RemoveAttributes(std::uint32_t mask) { m_attributes &= ~mask; }
     bool HasAttributes(std::uint32_t mask) const { return (m_attributes & mask) == mask; }
 
+    // A path stays within one graph: links from another one would outlive the node.
     TaGraphNode* GetNextNodeOnPath() const { return m_next; }
     TaGraphNode* GetPreviousNodeOnPath() const { return m_previous; }
     /// Links both ways: this node becomes the previous one of `node`, and what came next before has
