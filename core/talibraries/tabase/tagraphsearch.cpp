@@ -43,8 +43,10 @@ void TaGraphSearch::Prepare(std::uint32_t start, std::uint32_t end)
 
 void TaGraphSearch::Run(const ShallStop& shallStop)
 {
-    m_isStopped
-        = !m_rows.Update([&shallStop](double fraction) { return shallStop(kRowsDone * fraction); });
+    // Asked once in any case: a small graph is done before the next poll.
+    m_isStopped = shallStop(0.0) || !m_rows.Update([&shallStop](double fraction) {
+        return shallStop(kRowsDone * fraction);
+    });
     if (m_isStopped) {
         return;
     }
