@@ -63,7 +63,7 @@ void TaGraph::RemoveAllNodes()
     }
     onNodesChanged();
     while (!m_nodes.IsEmpty()) {
-        deleteNode(m_nodes.RemoveHead());
+        deleteNode(m_nodes.RemoveHead()); // NOLINT: an override calls this before it is gone
     }
     releaseAllElements();
     m_areIndicesValid = true;
