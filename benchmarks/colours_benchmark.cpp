@@ -13,6 +13,7 @@
 #endif
 
 #include <cstdint>
+#include <cstring>
 #include <random>
 #include <vector>
 
@@ -115,15 +116,20 @@ void BM_TaColorMap_Each(benchmark::State& state)
 void BM_TaColorMap_All(benchmark::State& state) { mapAll(state, makeMap()); }
 
 #if defined(TA_PEER_VTK)
+void setUp(vtkLookupTable& table)
+{
+    table.SetNumberOfTableValues(kEntries);
+    table.SetRange(static_cast<double>(kLower), static_cast<double>(kUpper));
+    table.UseBelowRangeColorOn();
+    table.UseAboveRangeColorOn();
+    table.Build();
+}
+
 void BM_VtkLookupTable_All(benchmark::State& state)
 {
     const std::vector<float>& values = getValues(state.range(0));
     vtkNew<vtkLookupTable> table;
-    table->SetNumberOfTableValues(kEntries);
-    table->SetRange(static_cast<double>(kLower), static_cast<double>(kUpper));
-    table->UseBelowRangeColorOn();
-    table->UseAboveRangeColorOn();
-    table->Build();
+    setUp(*table);
     vtkNew<vtkFloatArray> scalars;
     scalars->SetArray(const_cast<float*>(values.data()), state.range(0), 1);
     std::vector<unsigned char> colors(4 * values.size());
@@ -132,6 +138,18 @@ void BM_VtkLookupTable_All(benchmark::State& state)
         benchmark::ClobberMemory();
     }
     setRate(state);
+}
+
+void BM_VtkLookupTable_Each(benchmark::State& state)
+{
+    vtkNew<vtkLookupTable> table;
+    setUp(*table);
+    mapEach(state, [&](float value) {
+        const unsigned char* const color = table->MapValue(static_cast<double>(value));
+        std::uint32_t word = 0;
+        std::memcpy(&word, color, sizeof(word));
+        return TaColor::FromDword(word);
+    });
 }
 
 /// The same work as our map does.
@@ -231,6 +249,7 @@ BENCHMARK(BM_TaColor_HslToRgb)->Arg(kValues);
 BENCHMARK(BM_TaColor_RgbToHsl)->Arg(kValues);
 #if defined(TA_PEER_VTK)
 BENCHMARK(BM_VtkLookupTable_All)->Arg(kValues / 10)->Arg(kValues);
+BENCHMARK(BM_VtkLookupTable_Each)->Arg(kValues / 10)->Arg(kValues);
 BENCHMARK(BM_VtkMath_HsvMap)->Arg(kValues / 10)->Arg(kValues);
 BENCHMARK(BM_VtkMath_HsvToRgb)->Arg(kValues);
 BENCHMARK(BM_VtkMath_RgbToHsv)->Arg(kValues);

@@ -76,6 +76,33 @@ template <EGraphShape Shape> void BM_QueryAfterChange(benchmark::State& state)
     }
 }
 
+/// One query of a graph that has just been built.
+template <EGraphShape Shape> void BM_FirstQuery(benchmark::State& state)
+{
+    const SGraphInput& input = GetGraphInput(Shape, state.range(0));
+    for (auto _ : state) {
+        state.PauseTiming();
+        auto graph = std::make_unique<TaBaseGraph>(input);
+        state.ResumeTiming();
+        benchmark::DoNotOptimize(graph->Query(input.queries[0].first, input.queries[0].second));
+        state.PauseTiming();
+        graph.reset();
+        state.ResumeTiming();
+    }
+}
+
+#if defined(TA_PEER_BOOST)
+/// The same query of one that was built before.
+template <EGraphShape Shape> void BM_OneQuery(benchmark::State& state)
+{
+    const SGraphInput& input = GetGraphInput(Shape, state.range(0));
+    BoostRows& graph = getGraph<BoostRows, Shape>(state.range(0));
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(graph.Query(input.queries[0].first, input.queries[0].second));
+    }
+}
+#endif
+
 constexpr std::int64_t kGridNodes = 1'000'000;
 constexpr std::int64_t kRandomNodes = 200'000;
 constexpr std::int64_t kMeshNodes = 500'000;
@@ -103,9 +130,15 @@ const bool s_entered = [] {
     enter("BM_TaGraph_ChangeQueryGrid", &BM_QueryAfterChange<eGS_Grid>, kGridNodes);
     enter("BM_TaGraph_ChangeQueryRandom", &BM_QueryAfterChange<eGS_Random>, kRandomNodes);
     enter("BM_TaGraph_ChangeQueryMesh", &BM_QueryAfterChange<eGS_Mesh>, kMeshNodes);
+    enter("BM_TaGraph_FirstQueryGrid", &BM_FirstQuery<eGS_Grid>, kGridNodes);
+    enter("BM_TaGraph_FirstQueryRandom", &BM_FirstQuery<eGS_Random>, kRandomNodes);
+    enter("BM_TaGraph_FirstQueryMesh", &BM_FirstQuery<eGS_Mesh>, kMeshNodes);
 #if defined(TA_PEER_BOOST)
     enterGraph<BoostLists>("BoostLists");
     enterGraph<BoostRows>("BoostRows");
+    enter("BM_BoostRows_OneQueryGrid", &BM_OneQuery<eGS_Grid>, kGridNodes);
+    enter("BM_BoostRows_OneQueryRandom", &BM_OneQuery<eGS_Random>, kRandomNodes);
+    enter("BM_BoostRows_OneQueryMesh", &BM_OneQuery<eGS_Mesh>, kMeshNodes);
 #endif
 #if defined(TA_PEER_LEMON)
     enterGraph<LemonGraph<eLG_Lists>>("LemonLists");
