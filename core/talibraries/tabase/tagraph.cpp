@@ -24,6 +24,7 @@ void TaGraph::InsertNode(TaGraphNode* node)
 {
     TuPreCondition<2>(u"the node is not null and has no graph yet", TU_HERE,
         [node] { return node != nullptr && node->m_graph == nullptr; });
+    takeWeights();
     const std::uint32_t oldIndex = node->m_index;
     node->m_position = m_nodes.AddTail(node);
     node->m_index = GetCount() - 1;
@@ -36,6 +37,7 @@ void TaGraph::InsertNode(TaGraphNode* node)
         throw;
     }
     node->m_graph = this;
+    m_attributesInUse |= node->m_attributes;
     node->m_outgoing.useNodes(m_connectionNodes);
     node->m_incoming.useNodes(m_connectionNodes);
     onNodesChanged();
@@ -45,6 +47,7 @@ void TaGraph::RemoveNode(TaGraphNode& node)
 {
     TuPreCondition<2>(
         u"the node belongs to this graph", TU_HERE, [&] { return node.m_graph == this; });
+    takeWeights();
     m_areIndicesValid = m_areIndicesValid && m_nodes.GetTail() == &node;
     m_nodes.Erase(node.m_position);
     if (node.m_element != nullptr) {
@@ -61,6 +64,7 @@ void TaGraph::RemoveAllNodes()
         TaGraphNode::setLink(node->m_next, nullptr);
         TaGraphNode::setLink(node->m_previous, nullptr);
     }
+    takeWeights();
     onNodesChanged();
     while (!m_nodes.IsEmpty()) {
         deleteNode(m_nodes.RemoveHead()); // NOLINT: an override calls this before it is gone
@@ -82,6 +86,16 @@ void TaGraph::onConnectionsChanged(TaGraphNode& source) noexcept
 {
     if (m_search != nullptr) {
         m_search->OnConnectionsChanged(source);
+    }
+}
+
+void TaGraph::takeWeights()
+{
+    if (m_searchWeights != nullptr) {
+        for (TaGraphNode* node : m_nodes) {
+            node->m_weight = m_searchWeights[node->m_index];
+        }
+        m_searchWeights = nullptr;
     }
 }
 
@@ -117,16 +131,19 @@ TaGraphNode* TaGraph::FindNode(std::uint32_t index) const
 
 void TaGraph::ResetWeights()
 {
-    const float weight = TaGraphNode::GetInitialWeight();
+    m_searchWeights = nullptr;
     for (TaGraphNode* node : m_nodes) {
-        node->m_weight = weight;
+        node->m_weight = TaGraphNode::GetInitialWeight();
     }
 }
 
 void TaGraph::RemoveAttributes(std::uint32_t mask)
 {
-    for (TaGraphNode* node : m_nodes) {
-        node->RemoveAttributes(mask);
+    if ((m_attributesInUse & mask) != 0) {
+        for (TaGraphNode* node : m_nodes) {
+            node->RemoveAttributes(mask);
+        }
+        m_attributesInUse &= ~mask;
     }
 }
 

@@ -104,6 +104,8 @@ private:
     void onNodesChanged() noexcept;
     void onConnectionsChanged(TaGraphNode& source) noexcept;
     TaGraphSearch& getSearch();
+    /// Brings the weights of the last search into the nodes. Before a number changes.
+    void takeWeights();
     void clearLinksTo(const TaGraphNode& node);
 
     TuList<TaGraphNode*> m_nodes;
@@ -114,4 +116,8 @@ private:
 
     TuSmartPointer<TaGraphConnectionList::PlexManager> m_connectionNodes;
     std::unique_ptr<TaGraphSearch> m_search; // made by the first search
+    /// The weights of all nodes, by their numbers, from a search until nodes come or go. Bringing
+    /// them into the nodes, all over the memory, would take a third of the time of a search.
+    float* m_searchWeights = nullptr;
+    std::uint32_t m_attributesInUse = 0; // marks that some node may have
 };

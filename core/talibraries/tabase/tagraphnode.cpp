@@ -19,6 +19,26 @@ TaGraphNode::~TaGraphNode()
 
 float TaGraphNode::GetInitialWeight() { return std::numeric_limits<float>::max(); }
 
+float TaGraphNode::GetWeight() const
+{
+    const float* const weights = m_graph != nullptr ? m_graph->m_searchWeights : nullptr;
+    return weights != nullptr ? weights[m_index] : m_weight;
+}
+
+void TaGraphNode::SetWeight(float weight)
+{
+    float* const weights = m_graph != nullptr ? m_graph->m_searchWeights : nullptr;
+    (weights != nullptr ? weights[m_index] : m_weight) = weight;
+}
+
+void TaGraphNode::AddAttributes(std::uint32_t mask)
+{
+    m_attributes |= mask;
+    if (m_graph != nullptr) {
+        m_graph->m_attributesInUse |= mask;
+    }
+}
+
 TaGraphConnection& TaGraphNode::AddConnection(TaGraphNode& target, float weight)
 {
     return TaGraphConnection::connect(*this, target, weight);

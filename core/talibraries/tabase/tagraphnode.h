@@ -41,8 +41,8 @@ public:
 
     /// The largest finite float: that of a node which no search has reached.
     static float GetInitialWeight();
-    float GetWeight() const { return m_weight; }
-    void SetWeight(float weight) { m_weight = weight; }
+    float GetWeight() const;
+    void SetWeight(float weight);
 
     /// The place in the graph's list of nodes, from 0, while the graph's indices are valid.
     std::uint32_t GetIndex() const { return m_index; }
@@ -50,7 +50,7 @@ public:
     TaGraph* GetGraph() const { return m_graph; }
 
     // 32 marks of which callers dispose; bit 0 belongs to searches.
-    void AddAttributes(std::uint32_t mask) { m_attributes |= mask; }
+    void AddAttributes(std::uint32_t mask);
     void RemoveAttributes(std::uint32_t mask) { m_attributes &= ~mask; }
     bool HasAttributes(std::uint32_t mask) const { return (m_attributes & mask) == mask; }
 
@@ -79,13 +79,13 @@ private:
 
     std::uint32_t m_attributes = 0;
     std::uint32_t m_index = 0;
-    float m_weight; // here, for a search that ends writes all three
-    std::uint32_t m_linkCount = 0; // of nodes whose links on a path lead here
     TuList<TaGraphNode*>::iterator m_position;
     TaGraphNode* m_next = nullptr;
     TaGraphNode* m_previous = nullptr;
     TaGraphConnectionList m_outgoing;
     TaGraphConnectionList m_incoming;
+    float m_weight; // unless the graph has it, see TaGraph::m_searchWeights
+    std::uint32_t m_linkCount = 0; // of nodes whose links on a path lead here
     void* m_element = nullptr; // in the attribute memory of the graph
     TaGraph* m_graph = nullptr;
     bool m_isRowChanged = false; // for TaGraphRows

@@ -22,10 +22,10 @@ constexpr double kRowsDone = 0.4;
 
 } // namespace
 
-void TaGraphSearch::Prepare(std::uint32_t start, std::uint32_t end)
+float* TaGraphSearch::Prepare(std::uint32_t start, std::uint32_t end)
 {
     const std::uint32_t count = m_graph.GetCount();
-    m_weights.assign(count, TaGraphNode::GetInitialWeight());
+    m_weights.reserve(count); // where this moves them, nodes have come, and taken theirs before
     if (m_predecessors.size() == count) {
         m_heap.RemoveAll(); // what an earlier search has left
     } else {
@@ -33,12 +33,14 @@ void TaGraphSearch::Prepare(std::uint32_t start, std::uint32_t end)
         m_heap.SetNodeCount(count);
         m_predecessors.resize(count);
     }
+    m_weights.assign(count, TaGraphNode::GetInitialWeight());
+    m_weights[start] = 0.0F;
     m_start = start;
     m_end = end;
-    m_weights[start] = 0.0F;
     m_taken = 0;
     m_relaxations = 0;
     m_steps = 0;
+    return m_weights.data();
 }
 
 void TaGraphSearch::Run(const ShallStop& shallStop)

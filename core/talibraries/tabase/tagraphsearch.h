@@ -19,12 +19,13 @@ public:
     void OnNodesChanged() noexcept { m_rows.OnNodesChanged(); }
     void OnConnectionsChanged(TaGraphNode& source) noexcept { m_rows.OnConnectionsChanged(source); }
 
-    /// Begins a search in a graph whose nodes have valid numbers: the start weighs 0.
-    void Prepare(std::uint32_t start, std::uint32_t end);
+    /// Begins a search in a graph whose nodes have valid numbers. Returns the weights, one for each
+    /// node, where they will stay until the next search: 0 for the start, else the initial one.
+    /// Where it throws, those of the last search are as they were.
+    float* Prepare(std::uint32_t start, std::uint32_t end);
     /// Where it is stopped, or throws, the weights are those that it has come to.
     void Run(const ShallStop& shallStop);
 
-    float GetWeight(std::uint32_t node) const { return m_weights[node]; }
     bool IsReached(std::uint32_t node) const;
     /// From the end to the start, of an end that was reached.
     std::vector<TaGraphNode*> GetPath() const;

@@ -5,16 +5,13 @@
 #include "tabase/tagraph.h"
 #include "tabase/tagraphsearch.h"
 
-#include <exception>
 #include <vector>
 
 namespace {
 
-/// The mark of a node in the heap, bit 0 of its attributes.
+/// Bit 0 of the attributes of a node is the mark of one in the heap of a search. The search itself
+/// knows that by numbers: the bit stays clear.
 constexpr std::uint32_t kMarkInHeap = 1;
-constexpr std::uint32_t kNodesPerPoll = 4096;
-/// Which part of the whole is done when the search has ended.
-constexpr double kSearchDone = 0.9;
 
 } // namespace
 
@@ -51,29 +48,22 @@ bool TaMpGraphToShortestPath::checkPreConditions() const
     return m_graph != nullptr && m_start != nullptr && m_end != nullptr;
 }
 
-/// The search works on arrays, and brings what it has found into the nodes at its end, whatever
-/// that is: they are then as if it had worked on them.
 void TaMpGraphToShortestPath::compute()
 {
     TuPreCondition<2>(u"start and end belong to the graph", TU_HERE,
         [this] { return m_start->GetGraph() == m_graph && m_end->GetGraph() == m_graph; });
     m_graph->CreateIndices();
     TaGraphSearch& search = m_graph->getSearch();
-    search.Prepare(m_start->GetIndex(), m_end->GetIndex());
+    m_graph->m_searchWeights = search.Prepare(m_start->GetIndex(), m_end->GetIndex());
+    m_graph->RemoveAttributes(kMarkInHeap);
     for (TaGraphNode* node : { m_start, m_end }) {
         TaGraphNode::setLink(node->m_next, nullptr);
         TaGraphNode::setLink(node->m_previous, nullptr);
     }
-    try {
-        search.Run([this](double fraction) {
-            setProgress(kSearchDone * fraction);
-            return isBreak();
-        });
-    } catch (...) {
-        publishWeights(false);
-        throw;
-    }
-    publishWeights(true);
+    search.Run([this](double fraction) {
+        setProgress(fraction);
+        return isBreak();
+    });
     if (wasBroken()) {
         return;
     }
@@ -81,30 +71,6 @@ void TaMpGraphToShortestPath::compute()
         throw TuException(kSource, kLineNoPath);
     }
     linkPath(search.GetPath());
-}
-
-/// The weights, and the mark of nodes in the heap, where none is any more. Goes on to the last node
-/// also where a poll fails.
-void TaMpGraphToShortestPath::publishWeights(bool isPolling)
-{
-    const TaGraphSearch& search = m_graph->getSearch();
-    std::exception_ptr failure;
-    std::uint32_t done = 0;
-    for (TaGraphNode* node : m_graph->m_nodes) {
-        node->m_weight = search.GetWeight(done);
-        node->RemoveAttributes(kMarkInHeap);
-        if (++done % kNodesPerPoll == 0 && isPolling && failure == nullptr) {
-            try {
-                setProgress(kSearchDone + (1.0 - kSearchDone) * done / m_graph->GetCount());
-                isBreak();
-            } catch (...) {
-                failure = std::current_exception();
-            }
-        }
-    }
-    if (failure != nullptr) {
-        std::rethrow_exception(failure);
-    }
 }
 
 /// `path` goes from the end to the start.

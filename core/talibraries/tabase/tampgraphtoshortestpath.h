@@ -62,7 +62,6 @@ protected:
     bool checkPostConditions() const override { return !wasBroken(); }
 
 private:
-    void publishWeights(bool isPolling);
     static void linkPath(const std::vector<TaGraphNode*>& path);
 
     static IObject* CreateByFactory();
