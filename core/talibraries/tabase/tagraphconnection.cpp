@@ -30,11 +30,11 @@ void TaGraphConnection::SetWeight(float weight)
         m_weight = weight;
         return;
     }
-    m_source->m_outgoing.settle();
-    m_target->m_incoming.settle();
+    m_source->m_outgoing.beforeChange(m_placeAtSource);
+    m_target->m_incoming.beforeChange(m_placeAtTarget);
     m_weight = weight;
-    m_source->m_outgoing.changeWeight(m_placeAtSource);
-    m_target->m_incoming.changeWeight(m_placeAtTarget);
+    m_source->m_outgoing.afterChange(m_placeAtSource);
+    m_target->m_incoming.afterChange(m_placeAtTarget);
     m_source->onConnectionsChanged();
 }
 

@@ -2,13 +2,18 @@
 
 #include "groundwork/tucriticalsection.h"
 #include "tabase/tagraphconnection.h"
+#include "tabase/tagraphweightindex.h"
 
 #include <cmath>
+#include <new>
+#include <utility>
 
 namespace {
 
 /// Up to so many connections that were added last are put in their places one by one.
 constexpr unsigned int kFew = 8;
+/// A connection that would have to pass more than this is moved by an index.
+constexpr unsigned int kFar = 64;
 
 /// Held while a list is put in order for readers, of which there may be several.
 TuCriticalSection& settlingLock()
@@ -63,6 +68,7 @@ void TaGraphConnectionList::useNodes(const TuSmartPointer<PlexManager>& manager)
 TaGraphConnectionList::Node* TaGraphConnectionList::append(
     TuSmartPointer<TaGraphConnection> connection)
 {
+    m_index.reset();
     if (std::isnan(connection->GetWeight())) {
         settle();
         m_hasNaN = true;
@@ -78,6 +84,9 @@ TaGraphConnectionList::Node* TaGraphConnectionList::append(
 
 void TaGraphConnectionList::remove(Node* node)
 {
+    if (m_index != nullptr) {
+        m_index->Remove(node);
+    }
     if (m_firstUnsettled.load(std::memory_order_relaxed) == node) {
         m_firstUnsettled.store(node->next, std::memory_order_relaxed);
     }
@@ -85,21 +94,75 @@ void TaGraphConnectionList::remove(Node* node)
     m_hasNaN = m_hasNaN && !IsEmpty();
 }
 
+void TaGraphConnectionList::beforeChange(const Node* node)
+{
+    settle();
+    if (m_index != nullptr) {
+        m_index->Remove(node);
+    }
+}
+
 /// What a bubble sort would do, which never swaps equal weights.
-void TaGraphConnectionList::changeWeight(Node* node)
+void TaGraphConnectionList::afterChange(Node* node)
 {
     m_hasNaN = m_hasNaN || std::isnan(node->element->GetWeight());
     if (m_hasNaN) {
+        m_index.reset();
         List::Sort(); // what a NaN has kept apart, and no longer does, comes into order, too
-    } else if (isSmaller(node, node->previous)) {
-        moveBack(node);
+    } else if (m_index != nullptr || !moveNearby(node)) {
+        moveByIndex(node);
+    }
+}
+
+/// Null is neither.
+bool TaGraphConnectionList::isSmaller(const Node* a, const Node* b)
+{
+    return a != nullptr && b != nullptr && a->element->GetWeight() < b->element->GetWeight();
+}
+
+/// To its place, the only node that is not there; false where that is too far away.
+bool TaGraphConnectionList::moveNearby(Node* node)
+{
+    Node* next = node->next;
+    unsigned int steps = 0;
+    if (isSmaller(node, node->previous)) {
+        for (next = node->previous; isSmaller(node, next->previous) && steps != kFar; ++steps) {
+            next = next->previous;
+        }
     } else {
-        Node* next = node->next;
-        while (isSmaller(next, node)) {
+        for (; isSmaller(next, node) && steps != kFar; ++steps) {
             next = next->next;
         }
+    }
+    if (steps != kFar) {
         moveBefore(node, next);
     }
+    return steps != kFar;
+}
+
+void TaGraphConnectionList::moveByIndex(Node* node)
+{
+    const float weight = node->element->GetWeight();
+    try {
+        if (m_index == nullptr) {
+            m_index = std::make_unique<TaGraphWeightIndex>(getHeadNode(), node);
+        }
+        if (isSmaller(node, node->previous)) {
+            moveBehind(node, m_index->FindLastNotGreater(weight));
+        } else if (isSmaller(node->next, node)) {
+            moveBehind(node, m_index->FindLastSmaller(weight));
+        }
+        m_index->Add(node);
+    } catch (const std::bad_alloc&) {
+        m_index.reset();
+        List::Sort(); // which only takes longer
+    }
+}
+
+/// Null is the place before all.
+void TaGraphConnectionList::moveBehind(Node* node, Node* previous)
+{
+    moveBefore(node, previous != nullptr ? previous->next : getHeadNode());
 }
 
 /// Behind the first node before it that is not heavier.
@@ -112,12 +175,6 @@ void TaGraphConnectionList::moveBack(Node* node)
     if (next != node) {
         moveBefore(node, next);
     }
-}
-
-/// Null is neither.
-bool TaGraphConnectionList::isSmaller(const Node* a, const Node* b)
-{
-    return a != nullptr && b != nullptr && a->element->GetWeight() < b->element->GetWeight();
 }
 
 /// Several readers may come here at once.

@@ -4,8 +4,10 @@
 #include "tabase/tabaseapi.h"
 
 #include <atomic>
+#include <memory>
 
 class TaGraphConnection;
+class TaGraphWeightIndex;
 
 /// The order of connections: by ascending weight. A weight that is NaN has no order: it stays where
 /// it was put, and what comes later stays behind it. When it is removed, what it kept apart stays
@@ -20,9 +22,9 @@ struct TABASE_API TaGraphConnectionLess
 /// added.
 ///
 /// The lists of a node, which callers only read, are kept by the connections themselves: a change
-/// of weight moves the connection, past as many others as it takes. What is added to them is put in
-/// its place when somebody looks, all at once: lists can be filled in linear time, and in n log n
-/// steps in whatever order weights come. A list of one's own does not know of changes: Sort()
+/// of weight moves the connection, in log n steps where that is far. What is added to them is put
+/// in its place when somebody looks, all at once: lists can be filled in linear time, and in n log
+/// n steps in whatever order weights come. A list of one's own does not know of changes: Sort()
 /// restores its order.
 ///
 /// Ownership: shares its connections.
@@ -72,6 +74,7 @@ private:
     friend class TaGraphConnection;
     friend class TaGraphNode;
     friend class TaGraphRows;
+    friend class TaGraphWeightIndex;
 
     using typename List::Node;
     using typename List::PlexManager;
@@ -82,8 +85,9 @@ private:
     // What the connections do, which keep the lists of nodes.
     Node* append(TuSmartPointer<TaGraphConnection> connection);
     void remove(Node* node);
-    /// After settle() and the change.
-    void changeWeight(Node* node);
+    /// Before the weight of a connection changes, and after.
+    void beforeChange(const Node* node);
+    void afterChange(Node* node);
 
     /// Puts in its place what has been added. For writers.
     void settle();
@@ -97,8 +101,12 @@ private:
         return *this;
     }
     void moveBack(Node* node);
+    bool moveNearby(Node* node);
+    void moveByIndex(Node* node);
+    void moveBehind(Node* node, Node* previous);
     static bool isSmaller(const Node* a, const Node* b);
 
+    std::unique_ptr<TaGraphWeightIndex> m_index; // made by a change that moves a connection far
     std::atomic<Node*> m_firstUnsettled{ nullptr }; // from here on in the order of adding
     bool m_hasNaN = false; // there is, or has been, a weight without order: nothing is unsettled
 };
