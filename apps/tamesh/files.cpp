@@ -42,12 +42,17 @@ namespace {
         return error ? 0 : size;
     }
 
-    /// A file stream's own text names the path, which the report begins with anyway.
+    /// A file stream's own text names the path, which the report begins with anyway: "cannot open",
+    /// but "cannot create a temporary file beside it".
     std::string withoutPath(std::string text, const std::string& name)
     {
         const std::string path = " \"" + name + '"';
         const std::size_t place = text.find(path);
-        return place == text.npos ? text : text.erase(place, path.size());
+        if (place == text.npos) {
+            return text;
+        }
+        const bool needsObject = std::string_view(text).substr(0, place).ends_with("beside");
+        return text.replace(place, path.size(), needsObject ? " it" : "");
     }
 
 } // namespace

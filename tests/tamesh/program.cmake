@@ -40,7 +40,7 @@ expect(1 "" "endless.off:1: the line is longer than 64 MiB[^\n]*\n$" info endles
 file(REMOVE ${FOLDER}/endless.off)
 
 expect(1 "" "^bad.off:6: " pack bad.off -o old.tadoc)
-expect(1 "" "^nowhere/a.off: cannot create a temporary file beside: " make torus 8 -o nowhere/a.off)
+expect(1 "" "^nowhere/a.off: cannot create a temporary file beside it: " make torus 8 -o nowhere/a.off)
 expect(0 "" "" pack good.off -o good.tadoc)
 expect(0 "^good.tadoc \\(document\\)\n  vertices +3\n.*-- Source file \\(TaDataNodeString\\) = good.off\n"
   "" show good.tadoc)
@@ -81,7 +81,7 @@ expect(1 "" "^torus.off: has no vertex 64; its vertices are 0 to 63\n$"
 file(WRITE ${FOLDER}/empty.off "OFF\n0 0 0\n")
 expect(1 "" "^empty.off: has no vertices that could be shown\n$"
   picture empty.off --by height -o empty.png)
-expect(1 "" "^nowhere/a.png: cannot create a temporary file beside: "
+expect(1 "" "^nowhere/a.png: cannot create a temporary file beside it: "
   picture good.off --by height -o nowhere/a.png)
 file(REMOVE ${FOLDER}/empty.off)
 
