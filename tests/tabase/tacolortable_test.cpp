@@ -163,6 +163,18 @@ TEST(TaColorMapTest, AnswersInTheOrderBelowAboveEmpty)
     EXPECT_EQ(lookUp(map, { 2.0f, 3.0f, 4.0f }), (std::vector<TaColor>{ kUnder, kUnder, kOver }));
     map.SetMinMaxValues(4.0f, 3.0f); // reversed
     EXPECT_EQ(lookUp(map, { 3.5f, 4.0f, 5.0f }), (std::vector<TaColor>{ kUnder, kOver, kOver }));
+    const TaColor black(0, 0, 0, 255);
+    map.SetMinMaxValues(0.0f, kInfinity);
+    EXPECT_EQ(
+        lookUp(map, { -1.0f, 5.0f, kInfinity }), (std::vector<TaColor>{ kUnder, kRed, black }));
+    map.SetMinMaxValues(-kInfinity, kNan);
+    EXPECT_EQ(lookUp(map, { -kInfinity, 5.0f }), (std::vector<TaColor>{ black, black }));
+    Table table(40, -kInfinity, kInfinity);
+    const std::vector<TaColor> first(40, table.GetEntryColor(0));
+    EXPECT_EQ(lookUp(table, std::vector<float>(40, 5.0f)), first);
+    table.SetMinMax(-3e38f, 3e38f);
+    EXPECT_EQ(lookUp(table, std::vector<float>(40, 2e38f)), first);
+    EXPECT_EQ(table.GetColorValue(2e38f), first[0]);
 }
 
 TEST(TaColorMapTest, TakesItsRangeFromTheValuesThatAreNumbers)

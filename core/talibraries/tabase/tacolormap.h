@@ -37,7 +37,8 @@ public:
 
     /// The underflow colour below the minimum, for what is no number, and where the range is empty;
     /// the overflow colour above the maximum. (A range with the minimum above the maximum has no
-    /// other colours.)
+    /// other colours.) In a range of no finite length values show the minimum's colour, or black
+    /// where their place in it is no number.
     virtual TaColor GetColorValue(float value) const;
     /// The same one by one, by way of the virtual GetColorValue; there is a colour for each value.
     void GetColorValues(const float* values, TaColor* colors, std::size_t count) const;

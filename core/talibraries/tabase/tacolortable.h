@@ -48,7 +48,7 @@ public:
     void AddColorRamp(const TaColor& colorA, float valueA, const TaColor& colorB, float valueB);
 
     /// The underflow colour below the minimum and for what is no number, the overflow colour above
-    /// the maximum.
+    /// the maximum. In a range of no finite length the first entry.
     TaColor GetColorValue(float value) const;
     /// The same one by one, in less time; there is a colour for each value.
     void GetColorValues(const float* values, TaColor* colors, std::size_t count) const;
