@@ -47,6 +47,8 @@ MeshGraph::MeshGraph(const Mesh& mesh, Progress* progress)
         m_graph.InsertNode(node.get());
         m_nodes.push_back(node.release());
     });
+    constexpr std::uint64_t kEdgesPerPoll = 4096; // a vertex may be an end of all of them
+    std::uint64_t edges = 0;
     forEach(mesh.GetVertexCount(), [&](std::uint32_t i) {
         const SPoint from = box.Place(mesh.GetVertex(i));
         const std::span<const std::uint32_t> ends = sides.SortLargerEnds(i);
@@ -54,6 +56,9 @@ MeshGraph::MeshGraph(const Mesh& mesh, Progress* progress)
             const double length = lengthOf(box.Place(mesh.GetVertex(*end)) - from);
             m_nodes[i]->AddConnection(*m_nodes[*end], static_cast<float>(length));
             m_nodes[*end]->AddConnection(*m_nodes[i], static_cast<float>(length));
+            if (++edges % kEdgesPerPoll == 0 && progress != nullptr) {
+                progress->CheckInterrupt();
+            }
             end = std::upper_bound(end, ends.end(), *end);
         }
     });

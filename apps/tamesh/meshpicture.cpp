@@ -134,11 +134,8 @@ void MeshPicture::drawFace(std::uint32_t face, std::span<const SPoint> normals, 
             };
             return darken(colorOf(static_cast<float>(mix(values))), mix(lights));
         };
-        if (pass == eP_Trace) {
-            m_raster.TraceTriangle(corners, colorAt);
-            return;
-        }
-        m_unpolledSamples += m_raster.FillTriangle(corners, colorAt);
+        m_unpolledSamples += pass == eP_Fill ? m_raster.FillTriangle(corners, colorAt)
+                                             : m_raster.TraceTriangle(corners, colorAt);
         if (m_unpolledSamples > kSamplesPerPoll && m_progress != nullptr) {
             m_unpolledSamples = 0;
             m_progress->CheckInterrupt();
@@ -164,16 +161,17 @@ void MeshPicture::drawIsolatedVertices()
 template <class Take>
 void MeshPicture::walk(std::span<const std::uint32_t> vertices, Take&& take) const
 {
-    constexpr std::size_t kVerticesPerPoll = 4096;
+    constexpr std::uint64_t kPointsPerPoll = 512; // each may be stamped over many samples
+    std::uint64_t points = 0;
     for (std::size_t i = 0; i < vertices.size(); ++i) {
         const SPoint& to = m_positions[vertices[i]];
         const SPoint way = i == 0 ? SPoint() : to - m_positions[vertices[i - 1]];
         const int steps = static_cast<int>(std::max(std::abs(way.x), std::abs(way.y))) + 1;
         for (int step = steps - 1; step >= 0; --step) {
             take(to - way * (static_cast<double>(step) / steps));
-        }
-        if (i % kVerticesPerPoll == 0 && m_progress != nullptr) {
-            m_progress->CheckInterrupt();
+            if (++points % kPointsPerPoll == 0 && m_progress != nullptr) {
+                m_progress->CheckInterrupt();
+            }
         }
     }
 }

@@ -18,10 +18,10 @@ namespace tamesh {
 ///     picture.DrawPath(vertices);
 ///     WritePNG(stream, picture.MakeImage());
 ///
-/// It is lit from the upper left of the viewer. A side looks smooth
-/// where it differs from the mean of those around by less than about 30 degrees. Faces of more than
-/// three corners are fanned out from their first one. The arithmetic is that of IEEE 754: the
-/// picture is the same on every system.
+/// It is lit from the upper left of the viewer. A side looks smooth where it differs from the mean
+/// of those around by less than about 30 degrees. Faces of more than three corners are fanned out
+/// from their first one. The arithmetic is that of IEEE 754: the picture is the same on every
+/// system.
 ///
 /// Ownership: refers to the mesh and its colouring, which outlive it.
 /// Failure:   Interrupted, where there is a progress; std::bad_alloc.

@@ -40,9 +40,11 @@ namespace {
         }
     }
 
-    std::uint32_t findVertex(const Mesh& mesh, const VertexName& name, const std::string& fileName)
+    std::uint32_t findVertex(
+        IConsole& console, const Mesh& mesh, const VertexName& name, const std::string& fileName)
     {
-        const std::optional<std::uint32_t> vertex = FindVertex(mesh, name);
+        Progress progress(console, "looking for a vertex of " + fileName, mesh.GetVertexCount());
+        const std::optional<std::uint32_t> vertex = FindVertex(mesh, name, &progress);
         if (!vertex) {
             const std::uint32_t count = mesh.GetVertexCount();
             throw MeshFailure(TU_HERE, fileName, 0,
@@ -87,8 +89,8 @@ namespace {
     void PathFinder::Find()
     {
         m_mesh = ReadMeshFile(m_console, m_name);
-        m_from = findVertex(m_mesh, m_options.from, m_name);
-        m_to = findVertex(m_mesh, m_options.to, m_name);
+        m_from = findVertex(m_console, m_mesh, m_options.from, m_name);
+        m_to = findVertex(m_console, m_mesh, m_options.to, m_name);
         if (!m_options.graphFile.empty() && m_mesh.GetVertexCount() > kMostVerticesInDot) {
             throw MeshFailure(TU_HERE, m_name, 0,
                 "has " + std::to_string(m_mesh.GetVertexCount())
@@ -151,6 +153,9 @@ namespace {
         SColoring coloring;
         coloring.title
             = MakeDisplayName(m_name) + ": distance from vertex " + std::to_string(m_from);
+        coloring.values.reserve(m_mesh.GetVertexCount());
+        Progress progress(m_console, "colouring " + m_name, m_mesh.GetVertexCount());
+        ProgressSteps steps(&progress);
         float largest = 0.0F;
         for (std::uint32_t i = 0; i != m_mesh.GetVertexCount(); ++i) {
             const float distance = m_graph->GetNode(i).GetWeight();
@@ -158,6 +163,7 @@ namespace {
             if (distance != TaGraphNode::GetInitialWeight()) {
                 largest = std::max(largest, distance);
             }
+            steps.Advance();
         }
         coloring.upper = largest * m_graph->GetUnit();
         coloring.table = TaColorTables::CreateViridis(256, 0.0F, largest);
@@ -182,6 +188,7 @@ namespace {
             CheckInterrupt(console);
             OutputFile file(name);
             write(file);
+            CheckInterrupt(console);
             file.Commit();
         });
     }

@@ -62,6 +62,7 @@ EExitCode PictureMesh(IConsole& console, const std::string& meshFile, EColoring 
         CheckInterrupt(console);
         OutputFile file(pictureFile);
         WritePNG(file.GetStream(), *image);
+        CheckInterrupt(console);
         file.Commit();
     });
 }

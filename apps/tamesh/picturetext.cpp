@@ -47,18 +47,12 @@ namespace {
 
 } // namespace
 
-int MeasureText(std::string_view text, int scale)
-{
-    int width = 0;
-    for (const char character : text) {
-        width += measureGlyph(glyphOf(character));
-    }
-    return width * scale;
-}
-
 void PaintText(Image& image, int left, int top, int scale, std::string_view text, TaColor color)
 {
     for (const char character : text) {
+        if ((static_cast<unsigned char>(character) & 0xC0u) == 0x80u) {
+            continue; // goes on with a character that is shown already
+        }
         paintGlyph(image, left, top, scale, glyphOf(character), color);
         left += measureGlyph(glyphOf(character)) * scale;
     }

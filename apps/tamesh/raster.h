@@ -31,9 +31,10 @@ public:
     /// Whether the triangle may lie between the samples, and so be lost.
     static bool IsNarrow(const std::array<SPoint, 3>& corners);
     /// Draws the sides as lines, but only where the samples beside them have seen nothing: what is
-    /// seen edge-on is not invisible, and outlines stay as they are. After all is filled.
+    /// seen edge-on is not invisible, and outlines stay as they are. After all is filled. Returns
+    /// how many samples were looked at.
     template <class ColorAt>
-    void TraceTriangle(const std::array<SPoint, 3>& corners, ColorAt&& colorAt);
+    std::int64_t TraceTriangle(const std::array<SPoint, 3>& corners, ColorAt&& colorAt);
     /// A disc that faces the viewer. It hides and is hidden.
     void FillDisc(const SPoint& center, double radius, TaColor color);
 
@@ -82,7 +83,8 @@ private:
     /// The samples whose middles lie between the two, both included, in a picture of `size`.
     static SRun samplesBetween(std::int64_t lower, std::int64_t upper, int size);
 
-    template <class ColorAt> void drawLine(const SPoint& from, const SPoint& to, ColorAt&& colorAt);
+    template <class ColorAt>
+    std::int64_t drawLine(const SPoint& from, const SPoint& to, ColorAt&& colorAt);
     /// Whether nothing is seen there, as beside the picture.
     bool isEmpty(std::int64_t x, std::int64_t y) const;
     /// Calls take(sample, isInDisc) for all samples of a square.
@@ -152,19 +154,19 @@ std::int64_t Raster::FillTriangle(const std::array<SPoint, 3>& corners, ColorAt&
 }
 
 template <class ColorAt>
-void Raster::TraceTriangle(const std::array<SPoint, 3>& corners, ColorAt&& colorAt)
+std::int64_t Raster::TraceTriangle(const std::array<SPoint, 3>& corners, ColorAt&& colorAt)
 {
     const auto& [a, b, c] = corners;
-    drawLine(a, b, [&](double from, double to) { return colorAt(from, to, 0.0); });
-    drawLine(b, c, [&](double from, double to) { return colorAt(0.0, from, to); });
-    drawLine(c, a, [&](double from, double to) { return colorAt(to, 0.0, from); });
+    return drawLine(a, b, [&](double from, double to) { return colorAt(from, to, 0.0); })
+        + drawLine(b, c, [&](double from, double to) { return colorAt(0.0, from, to); })
+        + drawLine(c, a, [&](double from, double to) { return colorAt(to, 0.0, from); });
 }
 
 template <class ColorAt>
-void Raster::drawLine(const SPoint& from, const SPoint& to, ColorAt&& colorAt)
+std::int64_t Raster::drawLine(const SPoint& from, const SPoint& to, ColorAt&& colorAt)
 {
     if (!isDrawable(from) || !isDrawable(to)) {
-        return;
+        return 0;
     }
     const SPoint way{ to.x - from.x, to.y - from.y, to.z - from.z };
     const bool isFlat = std::abs(way.x) >= std::abs(way.y);
@@ -180,6 +182,7 @@ void Raster::drawLine(const SPoint& from, const SPoint& to, ColorAt&& colorAt)
             sampleAt(x, y) = { depth, colorAt(1.0 - share, share) };
         }
     }
+    return steps;
 }
 
 } // namespace tamesh

@@ -15,7 +15,10 @@ UnitBox::UnitBox(const Mesh& mesh)
     m_center = lower + upper;
     const SPoint half = upper - lower;
     const double longest = std::max({ half.x, half.y, half.z });
-    m_unit = longest > 0.0 ? longest : 1.0;
+    // Half of the smallest number there is, is 0.
+    const double whole = std::max({ bounds.upper.x - bounds.lower.x,
+        bounds.upper.y - bounds.lower.y, bounds.upper.z - bounds.lower.z });
+    m_unit = longest > 0.0 ? longest : whole > 0.0 ? whole : 1.0;
 }
 
 SPoint UnitBox::Place(const SPoint& point) const

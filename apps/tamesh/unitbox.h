@@ -13,6 +13,8 @@ public:
     explicit UnitBox(const Mesh& mesh);
 
     SPoint Place(const SPoint& point) const;
+    /// What is placed at the origin.
+    const SPoint& GetCenter() const { return m_center; }
     /// The length in the mesh of what has length 1 here.
     double GetUnit() const { return m_unit; }
 

@@ -1,13 +1,59 @@
 #include "tamesh/vertexname.h"
 
 #include "tamesh/pictureoptions.h"
+#include "tamesh/progress.h"
 #include "tamesh/unitbox.h"
 #include "tamesh/vectors.h"
 
+#include <algorithm>
 #include <charconv>
-#include <limits>
+#include <cmath>
 
 namespace tamesh {
+
+namespace {
+
+    /// Tells which vertices are nearer to a point. The point may be so far away that squared
+    /// distances overflow, or are all the same: what is compared is the place of the point with the
+    /// middle between two vertices, and along the way from the one to the other.
+    class NearestVertex
+    {
+    public:
+        NearestVertex(const UnitBox& box, const SPoint& point)
+            : m_box(box)
+        {
+            SPoint offset = point - box.GetCenter();
+            double unit = box.GetUnit();
+            if (!std::isfinite(offset.x + offset.y + offset.z)) {
+                offset = point * 0.5 - box.GetCenter() * 0.5;
+                unit = unit * 0.5;
+            }
+            const double longest
+                = std::max({ unit, std::abs(offset.x), std::abs(offset.y), std::abs(offset.z) });
+            m_scale = unit / longest;
+            m_point = { offset.x / longest, offset.y / longest, offset.z / longest };
+        }
+
+        void Add(std::uint32_t vertex, const SPoint& point)
+        {
+            const SPoint placed = m_box.Place(point);
+            const SPoint middle = placed * 0.5 + m_nearest * 0.5;
+            if (vertex == 0 || Dot(placed - m_nearest, middle * m_scale - m_point) < 0.0) {
+                m_vertex = vertex;
+                m_nearest = placed;
+            }
+        }
+        std::uint32_t Get() const { return m_vertex; }
+
+    private:
+        const UnitBox& m_box;
+        double m_scale; // of the box, to units in which the point lies not far away
+        SPoint m_point;
+        std::uint32_t m_vertex = 0;
+        SPoint m_nearest;
+    };
+
+} // namespace
 
 std::optional<VertexName> ParseVertexName(std::string_view text)
 {
@@ -21,7 +67,8 @@ std::optional<VertexName> ParseVertexName(std::string_view text)
     return isNumber ? std::optional<VertexName>(number) : std::nullopt;
 }
 
-std::optional<std::uint32_t> FindVertex(const Mesh& mesh, const VertexName& name)
+std::optional<std::uint32_t> FindVertex(
+    const Mesh& mesh, const VertexName& name, Progress* progress)
 {
     const std::uint32_t count = mesh.GetVertexCount();
     if (const auto* number = std::get_if<std::uint32_t>(&name)) {
@@ -30,19 +77,14 @@ std::optional<std::uint32_t> FindVertex(const Mesh& mesh, const VertexName& name
     if (count == 0) {
         return std::nullopt;
     }
-    const UnitBox box(mesh); // so that distances are no infinite numbers
-    const SPoint point = box.Place(std::get<SPoint>(name));
-    std::uint32_t nearest = 0;
-    double smallest = std::numeric_limits<double>::infinity();
+    const UnitBox box(mesh);
+    NearestVertex nearest(box, std::get<SPoint>(name));
+    ProgressSteps steps(progress);
     for (std::uint32_t i = 0; i != count; ++i) {
-        const SPoint offset = box.Place(mesh.GetVertex(i)) - point;
-        const double distance = Dot(offset, offset);
-        if (distance < smallest) {
-            nearest = i;
-            smallest = distance;
-        }
+        nearest.Add(i, mesh.GetVertex(i));
+        steps.Advance();
     }
-    return nearest;
+    return nearest.Get();
 }
 
 } // namespace tamesh

@@ -161,6 +161,29 @@ TEST_F(PathTest, CoordinatesOfAnySizeGiveLengths)
     }
     writeMesh("OFF\n3 1 0\n2 2 2\n2 2 2\n2 2 2\n3 0 1 2\n"); // all in one place
     ASSERT_EQ(find(0u, 2u), eEC_Done) << m_console.error;
+    writeMesh("OFF\n3 1 0\n0 0 0\n5e-324 0 0\n0 5e-324 0\n3 0 1 2\n");
+    ASSERT_EQ(find(0u, SPoint{ 1e308, 0, 0 }), eEC_Done) << m_console.error;
+    EXPECT_TRUE(m_console.output.find("  length               5e-324\n") != std::string::npos)
+        << m_console.output;
+}
+
+TEST(VertexNameTest, OfPointsThatAreFarAwayTheNearestVertexIsFoundToo)
+{
+    for (const double size : { 5e-324, 1.0, 1.79e308 }) {
+        Mesh mesh;
+        for (const auto& [x, y] :
+            { std::pair(0.0, 0.0), { 1.0, 0.0 }, { 0.0, 1.0 }, { -1.0, 0.0 }, { 0.0, 1.0 } }) {
+            mesh.AddVertex({ x * size, y * size, 0.0 });
+        }
+        for (const double distance : { size, 3 * size, 1e9 * size, 1e17 * size, 1e308 }) {
+            if (std::isfinite(distance)) {
+                EXPECT_EQ(FindVertex(mesh, SPoint{ distance, 0, 0 }), 1u) << size << distance;
+                EXPECT_EQ(FindVertex(mesh, SPoint{ 0, distance, 0 }), 2u) << size << distance;
+                EXPECT_EQ(FindVertex(mesh, SPoint{ -distance, 0, 0 }), 3u) << size << distance;
+            }
+        }
+        EXPECT_EQ(FindVertex(mesh, SPoint{ 0, 0, 1e308 }), 0u) << size;
+    }
 }
 
 } // namespace
