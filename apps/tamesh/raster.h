@@ -157,9 +157,12 @@ template <class ColorAt>
 std::int64_t Raster::TraceTriangle(const std::array<SPoint, 3>& corners, ColorAt&& colorAt)
 {
     const auto& [a, b, c] = corners;
-    return drawLine(a, b, [&](double from, double to) { return colorAt(from, to, 0.0); })
-        + drawLine(b, c, [&](double from, double to) { return colorAt(0.0, from, to); })
-        + drawLine(c, a, [&](double from, double to) { return colorAt(to, 0.0, from); });
+    // One after the other: where they meet, the first one stays.
+    std::int64_t samples
+        = drawLine(a, b, [&](double from, double to) { return colorAt(from, to, 0.0); });
+    samples += drawLine(b, c, [&](double from, double to) { return colorAt(0.0, from, to); });
+    samples += drawLine(c, a, [&](double from, double to) { return colorAt(to, 0.0, from); });
+    return samples;
 }
 
 template <class ColorAt>
