@@ -190,7 +190,8 @@ bool TaGraphRows::replaceRows(const TaGraphRows& rows, const ShallStop& shallSto
     }
     for (std::uint32_t i = 0; i != rows.m_nodes.size(); ++i) {
         const std::span<const SConnection> row = rows.GetRow(i);
-        std::copy(row.begin(), row.end(), &m_connections[m_begins[rows.m_nodes[i]->m_index]]);
+        std::copy(row.begin(), row.end(), // there may be none at all
+            m_connections.data() + m_begins[rows.m_nodes[i]->m_index]);
     }
     return true;
 }

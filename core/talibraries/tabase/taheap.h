@@ -105,7 +105,7 @@ public:
     void Push(const Element& element)
     {
         m_elements.push_back(element);
-        rise(m_elements.size() - 1, element);
+        rise(m_elements.size() - 1, m_elements.back()); // `element` may have been one of them
     }
     Element Pop();
     void RemoveAll()
