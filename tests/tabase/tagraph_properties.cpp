@@ -17,7 +17,7 @@ namespace {
 
 using Connection = TaGraphConnection;
 
-RC_GTEST_PROP(TaGraphProperties, BothListsAreInTheOrderOfABubbleSortAfterEveryStep, ())
+RC_GTEST_PROP(TaGraphProperties, BothListsAreInTheOrderOfABubbleSortWheneverSomebodyLooks, ())
 {
     using Model = std::vector<Connection*>;
     const std::vector<float> weights{ -1, -0.0F, 0, 1, 2, 3, HUGE_VALF, NAN, NAN, NAN };
@@ -25,7 +25,7 @@ RC_GTEST_PROP(TaGraphProperties, BothListsAreInTheOrderOfABubbleSortAfterEverySt
     std::mt19937 random(*rc::gen::arbitrary<unsigned int>());
     const auto roll = [&](std::size_t count) { return std::size_t(random() % count); };
     TaGraph graph;
-    const std::array<TaGraphNode*, 2> nodes{ new TaGraphNode, new TaGraphNode };
+    std::array<TaGraphNode*, 2> nodes{ new TaGraphNode, new TaGraphNode };
     std::for_each(nodes.begin(), nodes.end(), [&](TaGraphNode* node) { graph.InsertNode(node); });
     std::map<const TaGraphConnectionList*, Model> models;
     const auto modelsOf = [&](TaGraphNode& from, TaGraphNode& to) {
@@ -36,6 +36,8 @@ RC_GTEST_PROP(TaGraphProperties, BothListsAreInTheOrderOfABubbleSortAfterEverySt
         return std::adjacent_find(model.begin(), model.end(),
             [](const auto* a, const auto* b) { return b->GetWeight() < a->GetWeight(); });
     };
+    // From one look to the next few connections are added, or many, and some are removed.
+    const std::size_t stepsPerLook = *rc::gen::element(1u, 6u, 50u);
     // Lists of more than 128 have an index.
     std::size_t prefill = *rc::gen::element(0u, 8u, 250u, 560u);
     for (std::size_t steps = prefill + *rc::gen::inRange(1u, 300u); steps != 0; --steps) {
@@ -61,6 +63,18 @@ RC_GTEST_PROP(TaGraphProperties, BothListsAreInTheOrderOfABubbleSortAfterEverySt
                     std::iter_swap(i, i + 1);
                 }
             }
+        } else if (kind == 7 && roll(12) == 0) {
+            TaGraphNode*& gone = *std::find(nodes.begin(), nodes.end(), &to);
+            models.erase(&gone->GetOutgoingConnections());
+            models.erase(&gone->GetIncomingConnections());
+            for (auto& [real, model] : models) {
+                std::erase_if(model, [&](const Connection* each) {
+                    return each->GetNode(Connection::eNT_Source) == *gone
+                        || each->GetNode(Connection::eNT_Target) == *gone;
+                });
+            }
+            graph.RemoveNode(*gone);
+            graph.InsertNode(gone = new TaGraphNode);
         } else {
             const auto first = std::find_if(list.begin(), list.end(),
                 [&](Connection* each) { return each->GetNode(Connection::eNT_Target) == to; });
@@ -68,6 +82,9 @@ RC_GTEST_PROP(TaGraphProperties, BothListsAreInTheOrderOfABubbleSortAfterEverySt
                 std::erase(*model, first != list.end() ? *first : nullptr);
             }
             from.RemoveConnection(to);
+        }
+        if (steps != 1 && roll(stepsPerLook) != 0) {
+            continue;
         }
         for (const auto& [real, model] : models) {
             RC_ASSERT(std::equal(model.begin(), model.end(), real->begin(), real->end(),
@@ -152,30 +169,38 @@ struct SSearchModel
 RC_GTEST_PROP(TaMpGraphToShortestPathProperties, SearchesByItsRuleAlsoInAGraphThatChanges, ())
 {
     const int least = *rc::gen::element(-2, 0);
+    const std::size_t size = *rc::gen::element(60u, 60u, 250u);
     std::mt19937 random(*rc::gen::arbitrary<unsigned int>());
     const auto roll = [&](std::size_t count) { return std::size_t(random() % count); };
     const auto makeWeight = [&] { return roll(20) == 0 ? NAN : float(least + int(roll(8))); };
     TaGraph other;
     TaGraph graph;
     std::vector<TaGraphNode*> nodes; // of both; the first is the other graph's
-    const auto insert
-        = [&](TaGraph& into) { into.InsertNode(nodes.emplace_back(new TaGraphNode)); };
+    std::map<const TaGraphNode*, float> weights; // which stay while the graph changes
+    const auto insert = [&](TaGraph& into) {
+        into.InsertNode(nodes.emplace_back(new TaGraphNode));
+        weights[nodes.back()] = TaGraphNode::GetInitialWeight();
+    };
     insert(other);
     insert(graph);
     TaMpGraphToShortestPath search;
     for (int round = 0; round != 20; ++round) {
-        for (std::size_t change = round == 0 ? roll(60) : roll(4); change != 0; --change) {
+        // Few rows change, or more than an eighth; with the same nodes, or with others.
+        const bool doNodesChange = roll(3) == 0;
+        const std::size_t most = round == 0 ? size : *rc::gen::element(4u, 4u, 30u);
+        for (std::size_t change = roll(most); change != 0; --change) {
             TaGraphNode* const node = nodes[roll(nodes.size())];
             const TaGraphConnectionList& list = node->GetOutgoingConnections();
-            const std::size_t kind = roll(round == 0 ? 20 : 10);
+            const std::size_t kind = round == 0 ? roll(20) : doNodesChange ? roll(10) : 2 + roll(8);
             if (kind == 0 || kind > 15) {
                 insert(graph);
             } else if (kind == 1 && node->GetGraph() == &graph && graph.GetCount() > 1) {
                 std::erase(nodes, node);
+                weights.erase(node);
                 graph.RemoveNode(*node);
-            } else if (kind == 2 && !list.IsEmpty()) {
+            } else if (kind < 4 && !list.IsEmpty()) {
                 node->RemoveConnection(list.GetTail()->GetNode(Connection::eNT_Target));
-            } else if (kind > 2 && kind < 6 && !list.IsEmpty()) {
+            } else if (kind > 3 && kind < 7 && !list.IsEmpty()) {
                 TuSmartPointer<Connection>(roll(2) != 0 ? list.GetHead() : list.GetTail())
                     ->SetWeight(makeWeight());
             } else {
@@ -183,6 +208,7 @@ RC_GTEST_PROP(TaMpGraphToShortestPathProperties, SearchesByItsRuleAlsoInAGraphTh
             }
         }
         for (TaGraphNode* node : nodes) {
+            RC_ASSERT(node->GetWeight() == weights[node]);
             node->AddAttributes(std::uint32_t(2 + roll(2)));
         }
         TaGraphNode* const start = nodes[1 + roll(nodes.size() - 1)];
@@ -193,6 +219,7 @@ RC_GTEST_PROP(TaMpGraphToShortestPathProperties, SearchesByItsRuleAlsoInAGraphTh
         for (const TaGraphNode* node : graph.GetNodes()) {
             RC_ASSERT(node->GetWeight() == model.weights[node->GetIndex()]);
             RC_ASSERT(!node->HasAttributes(1) && node->HasAttributes(2));
+            weights[node] = node->GetWeight();
         }
         RC_ASSERT(isFound == (!model.path.empty() && !model.hasCycle));
         // The textbook, for weights that are not negative: as many rounds as there are nodes.
@@ -217,6 +244,9 @@ RC_GTEST_PROP(TaMpGraphToShortestPathProperties, SearchesByItsRuleAlsoInAGraphTh
             RC_ASSERT_THROWS_AS(output.NextElement(), TuExceptionPreconditionViolation);
             output.SetDirection(TaGraphPathIterator::eD_Backward);
             RC_ASSERT(std::all_of(model.path.rbegin(), model.path.rend(), isNext));
+        }
+        for (TaGraphNode* node : { start, nodes[roll(nodes.size())] }) {
+            node->SetWeight(weights[node] = float(round));
         }
     }
 }

@@ -3,13 +3,18 @@
 #include "groundwork/tustreamwriteasciistring.h"
 #include "support/allocationfailure.h"
 #include "support/expectfailure.h"
+#include "support/testlatch.h"
 #include "support/testrandom.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <cstddef>
 #include <exception>
+#include <iterator>
 #include <memory>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -148,6 +153,37 @@ TEST(TaGraphTest, ManyConnectionsToOneNodeTakeTheirPlacesAtOnceInAnyOrder)
     const auto& list = hub->GetIncomingConnections();
     EXPECT_TRUE(std::is_sorted(list.begin(), list.end(), TaGraphConnectionLess()));
     graph.RemoveNode(*hub);
+}
+
+TEST(TaGraphTest, SeveralReadersMayBeTheFirstToLookAtAListThatHasBeenFilled)
+{
+    constexpr int kReaders = 4;
+    auto random = MakeTestRandom();
+    TaGraph graph;
+    TaGraphNode* const hub = insert(graph);
+    const auto isInOrder = [](const TaGraphConnectionList& list) {
+        const TuSmartPointer<Connection> head(list.GetHead());
+        return head.Get() == list.begin()->Get() && !(*list.GetTail() < head)
+            && std::is_sorted(list.begin(), list.end(), TaGraphConnectionLess())
+            && std::distance(list.begin(), list.end()) == std::ptrdiff_t(list.GetCount());
+    };
+    for (int round = 0; round != 40; ++round) {
+        for (int count = round % 2 == 0 ? 5 : 100; count != 0; --count) {
+            hub->AddConnection(*hub, float(random() % 1000));
+        }
+        std::atomic<int> successes = 0;
+        TestLatch start(kReaders);
+        std::vector<std::jthread> threads;
+        for (int i = 0; i != kReaders; ++i) {
+            threads.emplace_back([&] {
+                start.arrive_and_wait();
+                successes += int(isInOrder(hub->GetOutgoingConnections()));
+                successes += int(isInOrder(hub->GetIncomingConnections()));
+            });
+        }
+        threads.clear();
+        ASSERT_EQ(successes, 2 * kReaders) << round;
+    }
 }
 
 TEST(TaGraphTest, AttributesStayWithTheirNodesWhileTheirMemoryGrowsAndIsUsedAgain)
