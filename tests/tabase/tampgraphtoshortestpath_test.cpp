@@ -24,7 +24,8 @@ protected:
     TaGraphNode& at(int name)
     {
         while (int(m_nodes.size()) <= name - 'a') {
-            m_graph.InsertNode(m_nodes.emplace_back(new TaGraphNode));
+            m_nodes.emplace_back(new TaGraphNode)->AddAttributes(1);
+            m_graph.InsertNode(m_nodes.back());
         }
         return *m_nodes[std::size_t(name - 'a')];
     }
@@ -143,7 +144,7 @@ TEST_F(TaMpGraphToShortestPathTest, ABreakOrFailureAnywhereIsNoResultAndProgress
     for (int last = 2; last < 2 * polls + 2; ++last) {
         m_last = last;
         altered->SetWeight(float(last));
-        if (last % 4 < 2) {
+        if (last % 8 < 4) {
             m_graph.InsertNode(m_nodes.emplace_back(new TaGraphNode)); // so that all is done anew
         } else {
             for (int i = kLast; i != kLast - 2400; --i) { // so that many rows are merged
@@ -154,8 +155,10 @@ TEST_F(TaMpGraphToShortestPathTest, ABreakOrFailureAnywhereIsNoResultAndProgress
         EXPECT_EQ(m_search.IsCalculated(), m_polls < last / 2) << last;
         m_last = 0;
         m_event.Reset();
+        at(kLast - 2000).AddConnection(at('a'), 1.0F);
+        altered->SetWeight(float(last + 1));
         search('a', kLast);
-        EXPECT_EQ(at(kLast).GetWeight(), float(19997 + last));
+        EXPECT_EQ(at(kLast).GetWeight(), float(19998 + last));
     }
 }
 
