@@ -192,7 +192,7 @@ RC_GTEST_PROP(TaMpGraphToShortestPathProperties, SearchesByItsRuleAlsoInAGraphTh
         const bool doNodesChange = roll(3) == 0;
         const std::size_t most = round == 0 ? size : *rc::gen::element(4u, 4u, 30u);
         for (std::size_t change = roll(most); change != 0; --change) {
-            TaGraphNode* const node = nodes[roll(nodes.size())];
+            TaGraphNode* const node = nodes[roll(1 + roll(nodes.size()))]; // some change often
             const TaGraphConnectionList& list = node->GetOutgoingConnections();
             const std::size_t kind = round == 0 ? roll(20) : doNodesChange ? roll(10) : 2 + roll(8);
             if (kind == 0 || kind > 15) {

@@ -136,19 +136,24 @@ TEST_F(TaMpGraphToShortestPathTest, ABreakOrFailureAnywhereIsNoResultAndProgress
     }
     const TuSmartPointer<TaGraphConnection> altered(
         at(kLast - 1).GetOutgoingConnections().GetHead());
+    const TuSmartPointer<TaGraphConnection> before(
+        at(kLast - 2).GetOutgoingConnections().GetHead());
     m_search.SetBreakEvent(m_event);
     m_search.SetProgressSink(this);
     search('a', kLast);
     const int polls = m_polls;
     EXPECT_TRUE(polls >= 15 && m_progress > 0.95);
-    for (int last = 2; last < 2 * polls + 2; ++last) {
+    for (int i = 4; i < 4 * polls + 4; ++i) {
+        const int last = i / 2;
         m_last = last;
         altered->SetWeight(float(last));
-        if (last % 8 < 4) {
+        before->SetWeight(float(i));
+        if (i % 2 == 0) {
             m_graph.InsertNode(m_nodes.emplace_back(new TaGraphNode)); // so that all is done anew
         } else {
-            for (int i = kLast; i != kLast - 2400; --i) { // so that many rows are merged
-                at(i).AddConnection(at('a'), 1.0F);
+            for (int each = kLast; each != kLast - 2400; --each) { // so that many rows are merged
+                i % 4 == 1 ? void(at(each).AddConnection(at('a'), 1.0F))
+                           : at(each).RemoveConnection(at('a'));
             }
         }
         EXPECT_TRUE(search('a', kLast) != kNoPath) << last;
@@ -158,7 +163,7 @@ TEST_F(TaMpGraphToShortestPathTest, ABreakOrFailureAnywhereIsNoResultAndProgress
         at(kLast - 2000).AddConnection(at('a'), 1.0F);
         altered->SetWeight(float(last + 1));
         search('a', kLast);
-        EXPECT_EQ(at(kLast).GetWeight(), float(19998 + last));
+        EXPECT_EQ(at(kLast).GetWeight(), float(19997 + last + i));
     }
 }
 
