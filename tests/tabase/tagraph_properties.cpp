@@ -77,10 +77,12 @@ RC_GTEST_PROP(TaGraphProperties, BothListsAreInTheOrderOfABubbleSortWheneverSome
             }
             from.RemoveConnection(to);
         }
+        if (steps != 1 && roll(stepsPerLook) != 0) {
+            continue;
+        }
         for (const auto& [real, model] : models) {
-            RC_ASSERT(roll(stepsPerLook) != 0
-                || std::equal(model.begin(), model.end(), real->begin(), real->end(),
-                    [](const Connection* a, const auto& b) { return a == b.Get(); }));
+            RC_ASSERT(std::equal(model.begin(), model.end(), real->begin(), real->end(),
+                [](const Connection* a, const auto& b) { return a == b.Get(); }));
         }
     }
 }
