@@ -5,6 +5,7 @@
 #include "tabase/tagraphweightindex.h"
 
 #include <cmath>
+#include <limits>
 #include <new>
 #include <utility>
 
@@ -109,7 +110,7 @@ void TaGraphConnectionList::afterChange(Node* node)
     if (m_hasNaN) {
         m_index.reset();
         List::Sort(); // what a NaN has kept apart, and no longer does, comes into order, too
-    } else if (m_index != nullptr || !moveNearby(node)) {
+    } else if (m_index != nullptr || !moveWithin(node, kFar)) {
         moveByIndex(node);
     }
 }
@@ -120,24 +121,25 @@ bool TaGraphConnectionList::isSmaller(const Node* a, const Node* b)
     return a != nullptr && b != nullptr && a->element->GetWeight() < b->element->GetWeight();
 }
 
-/// To its place, the only node that is not there; false where that is too far away.
-bool TaGraphConnectionList::moveNearby(Node* node)
+/// To its place, the only node that is not there; false where that is further away.
+bool TaGraphConnectionList::moveWithin(Node* node, unsigned int mostSteps)
 {
     Node* next = node->next;
     unsigned int steps = 0;
     if (isSmaller(node, node->previous)) {
-        for (next = node->previous; isSmaller(node, next->previous) && steps != kFar; ++steps) {
+        for (next = node->previous; isSmaller(node, next->previous) && steps != mostSteps;
+             ++steps) {
             next = next->previous;
         }
     } else {
-        for (; isSmaller(next, node) && steps != kFar; ++steps) {
+        for (; isSmaller(next, node) && steps != mostSteps; ++steps) {
             next = next->next;
         }
     }
-    if (steps != kFar) {
+    if (steps != mostSteps) {
         moveBefore(node, next);
     }
-    return steps != kFar;
+    return steps != mostSteps;
 }
 
 void TaGraphConnectionList::moveByIndex(Node* node)
@@ -155,7 +157,7 @@ void TaGraphConnectionList::moveByIndex(Node* node)
         m_index->Add(node);
     } catch (const std::bad_alloc&) {
         m_index.reset();
-        List::Sort(); // which only takes longer
+        moveWithin(node, std::numeric_limits<unsigned int>::max()); // which only takes longer
     }
 }
 

@@ -101,7 +101,7 @@ private:
         return *this;
     }
     void moveBack(Node* node);
-    bool moveNearby(Node* node);
+    bool moveWithin(Node* node, unsigned int mostSteps);
     void moveByIndex(Node* node);
     void moveBehind(Node* node, Node* previous);
     static bool isSmaller(const Node* a, const Node* b);

@@ -165,10 +165,16 @@ bool TaGraphRows::readAll(const ShallStop& shallStop)
 
 bool TaGraphRows::readChanged(const ShallStop& shallStop)
 {
-    std::sort(m_changed.begin(), m_changed.end(),
-        [](const TaGraphNode* a, const TaGraphNode* b) { return a->m_index < b->m_index; });
+    std::vector<std::uint32_t> indices; // so that sorting need not look at the nodes
+    indices.reserve(m_changed.size());
+    for (const TaGraphNode* node : m_changed) {
+        indices.push_back(node->m_index);
+    }
+    std::sort(indices.begin(), indices.end());
     TaGraphRows changed(m_graph);
-    changed.m_nodes = m_changed;
+    for (const std::uint32_t index : indices) {
+        changed.m_nodes.push_back(m_nodes[index]);
+    }
     changed.m_begins.assign(1, 0);
     if (!Reader(changed, shallStop).Read(changed.m_nodes)) {
         return false;

@@ -72,7 +72,7 @@ void TaGraphSearch::relaxRow(std::uint32_t node, const ShallStop& shallStop)
     while (!row.empty()) {
         const auto part = row.first(std::min(row.size(), kStepsPerPoll));
         for (const TaGraphRows::SConnection& connection : part) {
-            relax(node, connection);
+            relax(node, connection, shallStop);
         }
         row = row.subspan(part.size());
         if (isStopped(part.size(), shallStop)) {
@@ -81,7 +81,8 @@ void TaGraphSearch::relaxRow(std::uint32_t node, const ShallStop& shallStop)
     }
 }
 
-inline void TaGraphSearch::relax(std::uint32_t node, const TaGraphRows::SConnection& connection)
+inline void TaGraphSearch::relax(
+    std::uint32_t node, const TaGraphRows::SConnection& connection, const ShallStop& shallStop)
 {
     // The node's own weight may have been lowered, by a connection to itself.
     const float candidate = m_weights[node] + connection.weight;
@@ -94,7 +95,7 @@ inline void TaGraphSearch::relax(std::uint32_t node, const TaGraphRows::SConnect
     if (++m_relaxations == m_weights.size()) {
         m_relaxations = 0;
         if (m_rows.HasNegativeWeights()) {
-            checkForCycle();
+            checkForCycle(shallStop);
         }
     }
 }
@@ -103,7 +104,7 @@ inline void TaGraphSearch::relax(std::uint32_t node, const TaGraphRows::SConnect
 /// none. Looking at them once per as many relaxations as there are nodes costs little, and finds a
 /// search that would not end; how many relaxations there were proves nothing, for weights below 0
 /// can lawfully need very many.
-void TaGraphSearch::checkForCycle() const
+void TaGraphSearch::checkForCycle(const ShallStop& shallStop)
 {
     if (m_predecessors[m_start] != kNoNode) {
         throwCycle();
@@ -117,6 +118,9 @@ void TaGraphSearch::checkForCycle() const
         }
         if (node != kNoNode && walks[node] == first) {
             throwCycle();
+        }
+        if (isStopped(1, shallStop)) {
+            return;
         }
     }
 }

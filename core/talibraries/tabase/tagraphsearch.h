@@ -35,8 +35,9 @@ private:
         TaHeapPolicyOperatorUpdatable>;
 
     void relaxRow(std::uint32_t node, const ShallStop& shallStop);
-    void relax(std::uint32_t node, const TaGraphRows::SConnection& connection);
-    void checkForCycle() const;
+    void relax(
+        std::uint32_t node, const TaGraphRows::SConnection& connection, const ShallStop& shallStop);
+    void checkForCycle(const ShallStop& shallStop);
     bool isStopped(std::size_t steps, const ShallStop& shallStop);
 
     TaGraph& m_graph;
