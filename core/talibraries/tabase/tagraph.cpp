@@ -7,6 +7,9 @@
 
 #include <limits>
 
+const unsigned int TaGraph::kNodeBlockSize; // NOLINT: for a library that exports it
+const unsigned int TaGraph::kElementBlockSize; // NOLINT: see above
+
 TaGraph::TaGraph()
     : TaAttributeContainer(kElementBlockSize)
     , m_nodes(kNodeBlockSize)

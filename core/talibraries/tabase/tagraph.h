@@ -41,8 +41,8 @@ public:
     /// The attributes that each node of a graph has.
     enum ENodeAttribute
     {
-        eNA_Branch
-        = 0, // a number that callers give to the branch on which the node lies; 0 at first
+        /// A number that callers give to the branch on which the node lies; 0 at first.
+        eNA_Branch = 0,
     };
 
     TaGraph();

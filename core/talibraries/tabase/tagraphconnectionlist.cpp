@@ -25,6 +25,8 @@ TuCriticalSection& settlingLock()
 
 } // namespace
 
+const unsigned int TaGraphConnectionList::kBlockSize; // NOLINT: for a library that exports it
+
 bool TaGraphConnectionLess::operator()(
     const TuSmartPointer<TaGraphConnection>& a, const TuSmartPointer<TaGraphConnection>& b) const
 {

@@ -26,8 +26,8 @@ class TaGraphNode;
 /// two rules of its own. The search ends where it takes the end node, and a node whose weight is
 /// lowered later is taken once more. With weights below 0 the path is therefore that of these
 /// rules, not always the cheapest one. A sum is rounded to a float at each step and must be
-/// smaller than what was there before: of two equal ways the one found first stays, infinite
-/// weights and NaN are never gone, and an end at exactly the largest float is not reached.
+/// smaller than what was there before: of two equal ways the one found first stays, weights of
+/// +infinity and NaN are never gone, and an end at exactly the largest float is not reached.
 ///
 /// It asks for a break every few thousand steps. Only a list of very many connections that nobody
 /// has looked at is first put in order as a whole, a million in some tenths of a second.
