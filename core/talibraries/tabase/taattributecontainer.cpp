@@ -99,8 +99,7 @@ void TaAttributeContainer::moveTo(std::size_t capacity, std::size_t stride)
 void* TaAttributeContainer::createElement()
 {
     if (m_freeSlots.empty() && m_usedSlots == m_capacity) {
-        const std::size_t half = m_capacity / 2 / m_blockSize * m_blockSize;
-        moveTo(m_capacity + std::max<std::size_t>(m_blockSize, half), m_stride);
+        moveTo(m_capacity + std::max<std::size_t>(m_blockSize, m_capacity), m_stride);
     }
     std::size_t slot = m_usedSlots;
     if (m_freeSlots.empty()) {

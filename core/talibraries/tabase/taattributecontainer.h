@@ -12,9 +12,9 @@
 /// lies in it.
 ///
 /// An object knows its element by address. The container tells where elements are through three
-/// hooks: in a block of memory, element k begins at block + k * stride. The block grows by the
-/// block size or by half, whichever is more, so that adding one object after the other takes linear
-/// time.
+/// hooks: in a block of memory, element k begins at block + k * stride. The block has room for a
+/// block size of elements, then for twice as many each time that it is full, so that adding one
+/// object after the other takes linear time.
 ///
 /// Threads: as the object that derives from it.
 /// Failure: TuExceptionOutOfMemory and TuExceptionPreconditionViolation; all is then as before.

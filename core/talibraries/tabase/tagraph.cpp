@@ -9,14 +9,14 @@
 
 const unsigned int TaGraph::kNodeBlockSize; // NOLINT: for a library that exports it
 const unsigned int TaGraph::kElementBlockSize; // NOLINT: see above
+const unsigned int TaGraph::kConnectionBlockSize; // NOLINT: see above
 
 TaGraph::TaGraph()
     : TaAttributeContainer(kElementBlockSize)
     , m_nodes(kNodeBlockSize)
     , m_branch(
           TuMake<TaAttributeDefinition>(u"eNA_Branch", sizeof(std::uint32_t), m_attributePolicy))
-    , m_connectionNodes(
-          TuMake<TaGraphConnectionList::PlexManager>(TaGraphConnectionList::kBlockSize))
+    , m_connectionNodes(TuMake<TaGraphConnectionList::PlexManager>(kConnectionBlockSize))
 {
     AddAttribute(m_branch);
 }

@@ -37,6 +37,8 @@ class TABASE_API TaGraph : public TaAttributeContainer
 public:
     static constexpr unsigned int kNodeBlockSize = 10;
     static constexpr unsigned int kElementBlockSize = 10000;
+    /// Of the places in the lists of connections, which all nodes of a graph share.
+    static constexpr unsigned int kConnectionBlockSize = 1000;
 
     /// The attributes that each node of a graph has.
     enum ENodeAttribute
