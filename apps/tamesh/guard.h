@@ -4,6 +4,7 @@
 #include "tamesh/exitcode.h"
 #include "tamesh/files.h"
 #include "tamesh/meshfailure.h"
+#include "tamesh/progress.h"
 
 #include <exception>
 #include <string>
@@ -34,6 +35,20 @@ template <class Work> EExitCode Guard(IConsole& console, const std::string& name
         console.WriteError(ReportFailure(name, failure) + "\n");
         return eEC_Failed;
     }
+}
+
+/// Makes an output file of what `write` puts into it, and reports what it throws. An interrupt
+/// leaves what was there before.
+template <class Write>
+EExitCode GuardOutput(IConsole& console, const std::string& name, Write&& write)
+{
+    return Guard(console, name, [&] {
+        CheckInterrupt(console);
+        OutputFile file(name);
+        write(file);
+        CheckInterrupt(console);
+        file.Commit();
+    });
 }
 
 } // namespace tamesh

@@ -180,19 +180,6 @@ namespace {
         return picture.MakeImage();
     }
 
-    /// Writes one file that the user asked for; does nothing for an empty name.
-    template <class Write>
-    EExitCode writeFile(IConsole& console, const std::string& name, Write&& write)
-    {
-        return name.empty() ? eEC_Done : Guard(console, name, [&] {
-            CheckInterrupt(console);
-            OutputFile file(name);
-            write(file);
-            CheckInterrupt(console);
-            file.Commit();
-        });
-    }
-
 } // namespace
 
 EExitCode FindPath(IConsole& console, const std::string& meshFile, const SPathOptions& options)
@@ -205,22 +192,20 @@ EExitCode FindPath(IConsole& console, const std::string& meshFile, const SPathOp
             image = finder.Draw();
         }
     });
-    if (code == eEC_Done) {
-        code = writeFile(console, options.pathFile, [&](OutputFile& file) {
-            OutputText text(file);
-            finder.WritePath(text);
-        });
-    }
-    if (code == eEC_Done) {
-        code = writeFile(console, options.graphFile, [&](OutputFile& file) {
-            OutputText text(file);
-            finder.GetGraph().DumpDot(text, false);
-        });
-    }
-    if (code == eEC_Done) {
-        code = writeFile(console, options.pictureFile,
-            [&](OutputFile& file) { WritePNG(file.GetStream(), *image); });
-    }
+    const auto write = [&](const std::string& name, auto&& writeInto) {
+        if (code == eEC_Done && !name.empty()) {
+            code = GuardOutput(console, name, writeInto);
+        }
+    };
+    write(options.pathFile, [&](OutputFile& file) {
+        OutputText text(file);
+        finder.WritePath(text);
+    });
+    write(options.graphFile, [&](OutputFile& file) {
+        OutputText text(file);
+        finder.GetGraph().DumpDot(text, false);
+    });
+    write(options.pictureFile, [&](OutputFile& file) { WritePNG(file.GetStream(), *image); });
     return code != eEC_Done
         ? code
         : Guard(console, meshFile, [&] { WriteResult(console, finder.Describe()); });

@@ -58,12 +58,8 @@ EExitCode PictureMesh(IConsole& console, const std::string& meshFile, EColoring 
         picture.DrawMesh();
         image = picture.MakeImage();
     });
-    return code != eEC_Done ? code : Guard(console, pictureFile, [&] {
-        CheckInterrupt(console);
-        OutputFile file(pictureFile);
+    return code != eEC_Done ? code : GuardOutput(console, pictureFile, [&](OutputFile& file) {
         WritePNG(file.GetStream(), *image);
-        CheckInterrupt(console);
-        file.Commit();
     });
 }
 

@@ -5,6 +5,7 @@
 #include "support/expectfailure.h"
 #include "support/testlatch.h"
 #include "support/testrandom.h"
+#include "tabase/taheap.h"
 
 #include <gtest/gtest.h>
 
@@ -208,6 +209,31 @@ TEST(TaGraphTest, AttributesStayWithTheirNodesWhileTheirMemoryGrowsAndIsUsedAgai
     graph.RemoveAllNodes();
     nodes.clear();
     growAndCheck(3);
+}
+
+TEST(TaHeapTest, TakesElementsOfItsOwnAndIsOfUseAgainWhenEmptied)
+{
+    TaHeap<TaHeapElementSimple<std::uint32_t, float>, TaHeapPolicyPrecedenceMin,
+        TaHeapPolicyOperatorUpdatable>
+        heap;
+    heap.SetNodeCount(3);
+    heap.PushOrUpdate(2, 5.0F);
+    heap.PushOrUpdate(0, 7.0F);
+    heap.PushOrUpdate(0, 4.0F);
+    EXPECT_EQ(heap.GetTop().node, 0u);
+    heap.RemoveAll();
+    EXPECT_FALSE(heap.Contains(0) || heap.Contains(2));
+    heap.PushOrUpdate(2, 9.0F);
+    EXPECT_EQ(heap.Pop().key, 9.0F);
+
+    TaHeap<TaHeapElementSimple<int, float>> own;
+    own.Push({ 1, 3.0F });
+    for (int i = 0; i != 100; ++i) {
+        own.Push(own.GetTop()); // while the memory moves
+    }
+    while (!own.IsEmpty()) {
+        ASSERT_EQ(own.Pop().key, 3.0F);
+    }
 }
 
 } // namespace
