@@ -1,0 +1,75 @@
+#pragma once
+
+#include "groundwork/iserializable.h"
+#include "groundwork/tureferencecounted.h"
+#include "tabase/tadatanode.h"
+#include "tamesh/coordinateform.h"
+#include "tamesh/mesh.h"
+#include "tamesh/tapackedmeshrecord.h"
+
+#include <memory>
+#include <utility>
+
+namespace tamesh {
+
+class Progress;
+
+/// A mesh as a value of the data tree, and the form in which it is stored. docs/format.md states
+/// its record byte by byte.
+///
+/// Ownership: counted; owns the mesh, which does not change.
+/// Failure:   reading throws what the records of a mesh throw; the value is then as it was.
+class TaMeshData final : public TuReferenceCounted, public ISerializable
+{
+    TU_DECLARE_RTTI
+
+public:
+    TaMeshData() = default;
+    explicit TaMeshData(Mesh mesh)
+        : m_mesh(std::move(mesh))
+    {
+    }
+    TaMeshData(const TaMeshData&) = delete;
+    TaMeshData& operator=(const TaMeshData&) = delete;
+
+    TU_DECLARE_EXTENSIONS;
+    void Serialize(TuStreamWriteBinary& stream) const override;
+    void Serialize(TuStreamReadBinary& stream) override;
+
+    const Mesh& GetMesh() const { return m_mesh; }
+    /// Leaves no mesh.
+    Mesh TakeMesh();
+
+    /// From now on, the mesh is stored in this packed form, which may move its vertices: the value
+    /// itself keeps them. `progress` comes to the count of vertices and faces.
+    void Pack(const CoordinateForm& form, Progress* progress = nullptr);
+    /// From now on, the mesh is stored plainly.
+    void Unpack() { m_packed.reset(); }
+    /// Null where the mesh is stored plainly, as it is at first.
+    const TaPackedMeshRecord* GetPacked() const { return m_packed.get(); }
+
+private:
+    static IObject* CreateByFactory();
+
+    Mesh m_mesh;
+    std::unique_ptr<TaPackedMeshRecord> m_packed; // of the same mesh
+};
+
+/// The node of a mesh.
+class TaMeshNode final : public TaDataNode<TaMeshData>
+{
+    TU_DECLARE_RTTI
+
+public:
+    TaMeshNode() = default;
+    TaMeshNode(const String& name, TuSmartPointer<TaMeshData> data, bool serializeLeaves,
+        bool trackModified)
+        : TaDataNode(name, std::move(data), serializeLeaves, trackModified)
+    {
+    }
+
+private:
+    static IObject* CreateByFactory();
+};
+
+} // namespace tamesh
