@@ -58,8 +58,6 @@ void TaMeshData::Pack(const CoordinateForm& form, Progress* progress)
     m_packed = std::make_unique<TaPackedMeshRecord>(m_mesh, form, progress);
 }
 
-TU_DEFINE_RTTI(TaMeshNode, TaDataNode<TaMeshData>, &TaMeshNode::CreateByFactory, nullptr);
-
-IObject* TaMeshNode::CreateByFactory() { return new TaMeshNode; }
+TA_DEFINE_DATA_NODE(TaMeshNode, TaMeshData)
 
 } // namespace tamesh

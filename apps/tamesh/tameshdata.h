@@ -55,21 +55,6 @@ private:
     std::unique_ptr<TaPackedMeshRecord> m_packed; // of the same mesh
 };
 
-/// The node of a mesh.
-class TaMeshNode final : public TaDataNode<TaMeshData>
-{
-    TU_DECLARE_RTTI
-
-public:
-    TaMeshNode() = default;
-    TaMeshNode(const String& name, TuSmartPointer<TaMeshData> data, bool serializeLeaves,
-        bool trackModified)
-        : TaDataNode(name, std::move(data), serializeLeaves, trackModified)
-    {
-    }
-
-private:
-    static IObject* CreateByFactory();
-};
+TA_DECLARE_DATA_NODE(, TaMeshNode, TaMeshData);
 
 } // namespace tamesh

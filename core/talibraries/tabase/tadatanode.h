@@ -24,8 +24,8 @@ public:
 };
 
 /// A node that carries one shared value: a TuBool … TuString, or any class of shared, serializable
-/// objects. Derive a class with a type record of its own from it (tadatanodes.h has those of the
-/// boxed values): only such a one can be read back from a stream.
+/// objects. Derive a class with a type record of its own from it, as TA_DECLARE_DATA_NODE does
+/// (tadatanodes.h has those of the boxed values): only such a one can be read back from a stream.
 ///
 ///     auto count = TuMake<TuUInt32>(12u);
 ///     manager.InsertNode(TuMake<TaDataNodeUInt32>(u"Count", count, true, true), parent);
@@ -128,3 +128,29 @@ template <class T> void TaDataNode<T>::createData(const String& className, TuInt
         delete object;
     }
 }
+
+/// The class of the nodes that carry a `Value`, with a record and a create function, so that they
+/// can be read back by name; `Api` is what exports it from its library, or nothing. In a source
+/// stands TA_DEFINE_DATA_NODE.
+///
+///     TA_DECLARE_DATA_NODE(, ImageNode, Image);
+#define TA_DECLARE_DATA_NODE(Api, Class, Value)                                                    \
+    class Api Class : public TaDataNode<Value>                                                     \
+    {                                                                                              \
+        TU_DECLARE_RTTI                                                                            \
+                                                                                                   \
+    public:                                                                                        \
+        Class() = default;                                                                         \
+        Class(const String& name, TuSmartPointer<Value> data, bool serializeLeaves,                \
+            bool trackModified)                                                                    \
+            : TaDataNode(name, std::move(data), serializeLeaves, trackModified)                    \
+        {                                                                                          \
+        }                                                                                          \
+                                                                                                   \
+    private:                                                                                       \
+        static IObject* CreateByFactory();                                                         \
+    }
+
+#define TA_DEFINE_DATA_NODE(Class, Value)                                                          \
+    TU_DEFINE_RTTI(Class, TaDataNode<Value>, &Class::CreateByFactory, nullptr);                    \
+    IObject* Class::CreateByFactory() { return new Class; }

@@ -16,10 +16,6 @@ template class TaDataNode<TuFloat32>;
 template class TaDataNode<TuFloat64>;
 template class TaDataNode<TuString>;
 
-#define TA_DEFINE_DATA_NODE(Class, Value)                                                          \
-    TU_DEFINE_RTTI(Class, TaDataNode<Value>, &Class::CreateByFactory, nullptr);                    \
-    IObject* Class::CreateByFactory() { return new Class; }
-
 TA_DEFINE_DATA_NODE(TaDataNodeBool, TuBool)
 TA_DEFINE_DATA_NODE(TaDataNodeChar, TuChar)
 TA_DEFINE_DATA_NODE(TaDataNodeInt8, TuInt8)
