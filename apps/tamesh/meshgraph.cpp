@@ -47,6 +47,9 @@ MeshGraph::MeshGraph(const Mesh& mesh, Progress* progress)
         m_graph.InsertNode(node.get());
         m_nodes.push_back(node.release());
     });
+    auto nowhere = std::make_unique<TaGraphNode>();
+    m_graph.InsertNode(nowhere.get());
+    m_nowhere = nowhere.release();
     constexpr std::uint64_t kEdgesPerPoll = 4096; // a vertex may be an end of all of them
     std::uint64_t edges = 0;
     forEach(mesh.GetVertexCount(), [&](std::uint32_t i) {

@@ -26,6 +26,10 @@ public:
 
     TaGraph& GetGraph() { return m_graph; }
     TaGraphNode& GetNode(std::uint32_t vertex) { return *m_nodes[vertex]; }
+    /// One more node, which no connection leads to: the end of a search that is to reach all
+    /// others.
+    TaGraphNode& GetNowhere() { return *m_nowhere; }
+    std::uint32_t GetVertexCount() const { return static_cast<std::uint32_t>(m_nodes.size()); }
     static std::uint32_t GetVertex(const TaGraphNode& node) { return node.GetIndex(); }
     /// The length in the mesh of what weighs 1.
     double GetUnit() const { return m_unit; }
@@ -33,6 +37,7 @@ public:
 private:
     TaGraph m_graph;
     std::vector<TaGraphNode*> m_nodes;
+    TaGraphNode* m_nowhere;
     double m_unit;
 };
 
