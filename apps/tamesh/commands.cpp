@@ -1,6 +1,5 @@
 #include "tamesh/commands.h"
 
-#include "tamesh/displaytext.h"
 #include "tamesh/document.h"
 #include "tamesh/guard.h"
 #include "tamesh/meshanalysis.h"
@@ -9,10 +8,10 @@
 #include "tamesh/meshreader.h"
 #include "tamesh/progress.h"
 #include "tamesh/tameshstatistics.h"
+#include "tamesh/treelines.h"
 
 #include <algorithm>
 #include <filesystem>
-#include <sstream>
 #include <vector>
 
 namespace tamesh {
@@ -45,50 +44,6 @@ namespace {
         const std::string text = name + " (" + std::string(kind) + ")\n"
             + FormatFigures(analyse(console, options, name, mesh), options.digits) + tree;
         WriteResult(console, text);
-    }
-
-    /// Of a line of a dump; the top has depth 0.
-    int getDepth(std::string_view line)
-    {
-        for (int depth = 1; line.size() >= 4; ++depth) {
-            const std::string_view lead = line.substr(0, 4);
-            if (lead == " |--") {
-                return depth;
-            }
-            if (lead != " |  " && lead != "    ") {
-                break;
-            }
-            line.remove_prefix(4);
-        }
-        return 0;
-    }
-
-    /// The data tree of a document, which may be anybody's, a line for each node.
-    std::string formatTree(const TaNode& root, int depth)
-    {
-        // The lines of a dump grow with the depth, which costs little in a file.
-        constexpr std::size_t kDeepest = 40;
-        std::vector<TaNode::ConstChildrenIterator> open{ root.GetChildren() };
-        while (!open.empty()) {
-            if (open.size() > kDeepest) {
-                return "  (the data tree is too deep to be shown)\n";
-            }
-            if (!open.back()) {
-                open.pop_back();
-            } else {
-                const TaNode& child = *open.back();
-                ++open.back();
-                open.push_back(child.GetChildren());
-            }
-        }
-        std::istringstream lines(root.ToString().ToUtf8());
-        std::string text;
-        for (std::string line; std::getline(lines, line);) {
-            if (getDepth(line) <= depth) {
-                text += "  " + MakeDisplayText(line) + "\n";
-            }
-        }
-        return text;
     }
 
     std::string_view nameOf(EMeshFormat format)
@@ -165,7 +120,7 @@ EExitCode ShowDocuments(
         Document document;
         ReadDocumentFile(console, name, document);
         showFigures(console, options, name, "document", document.GetMesh(),
-            formatTree(*document.GetTree().GetRootNode(), options.treeDepth));
+            FormatTree(*document.GetTree().GetRootNode(), options.treeDepth));
     });
 }
 

@@ -5,6 +5,7 @@
 #include "tabase/tafilesystem.h"
 #include "tamesh/commands.h"
 #include "tamesh/coordinateform.h"
+#include "tamesh/optionforms.h"
 #include "tamesh/optionscommands.h"
 #include "tamesh/settings.h"
 #include "tamesh/tameshstatistics.h"
@@ -20,28 +21,6 @@
 #include <vector>
 
 namespace {
-
-/// Accepts file names with this ending only: a mesh must not be overwritten with a document.
-CLI::Validator endingWith(const std::string& ending)
-{
-    return CLI::Validator(
-        [ending](std::string& name) {
-            const bool ends = name.size() > ending.size()
-                && name.compare(name.size() - ending.size(), ending.size(), ending) == 0;
-            return ends ? std::string() : "the name does not end in " + ending + ": " + name;
-        },
-        "FILE" + ending);
-}
-
-/// Accepts what the function makes something of.
-template <class Parse> CLI::Validator parsedBy(Parse&& parse, const std::string& form)
-{
-    return CLI::Validator(
-        [parse, form](std::string& text) {
-            return parse(text) ? std::string() : "no " + form + " that can be taken: " + text;
-        },
-        form);
-}
 
 tamesh::EExitCode write(tamesh::IConsole& console, const std::string& text)
 {
@@ -106,7 +85,7 @@ public:
         pack->add_option("FILE", m_input, "mesh (.off, .obj, .stl)")->required();
         pack->add_option("-o,--output", m_output, "document to write")
             ->required()
-            ->check(endingWith(".tadoc"));
+            ->check(EndingWith(".tadoc"));
         CLI::Option* bits = pack->add_option("--bits", m_bits,
             "packs it, with coordinates rounded to N bits over the longest side of the box");
         bits->type_name("N")->check(CLI::Range(1U, CoordinateForm::kMostBits));
@@ -126,7 +105,7 @@ public:
         unpack->add_option("DOC", m_input, "document (.tadoc)")->required();
         unpack->add_option("-o,--output", m_output, "mesh to write")
             ->required()
-            ->check(endingWith(".off"));
+            ->check(EndingWith(".off"));
         unpack->callback(
             [this, &console, &code] { code = UnpackDocument(console, m_input, m_output); });
 
@@ -137,32 +116,32 @@ public:
             ->check(CLI::IsMember(m_colorings));
         picture->add_option("-o,--output", m_output, "picture to write")
             ->required()
-            ->check(endingWith(".png"));
-        addPictureOptions(picture);
+            ->check(EndingWith(".png"));
+        m_picture.AddTo(*picture);
         picture->callback([this, &console, &code] {
             code = PictureMesh(
-                console, m_input, m_colorings.at(m_coloring), m_output, getPictureOptions());
+                console, m_input, m_colorings.at(m_coloring), m_output, m_picture.Get());
         });
 
         CLI::App* path = app.add_subcommand("path", "Finds the shortest path along edges");
         path->add_option("FILE", m_input, "mesh (.off, .obj, .stl)")->required();
         path->add_option("--from", m_from, "vertex, by its number or the nearest to X,Y,Z")
             ->required()
-            ->check(parsedBy(ParseVertexName, "V|X,Y,Z"));
+            ->check(ParsedBy(ParseVertexName, "V|X,Y,Z"));
         path->add_option("--to", m_to, "vertex")
             ->required()
-            ->check(parsedBy(ParseVertexName, "V|X,Y,Z"));
-        path->add_option("-o,--output", m_output, "polyline to write")->check(endingWith(".obj"));
+            ->check(ParsedBy(ParseVertexName, "V|X,Y,Z"));
+        path->add_option("-o,--output", m_output, "polyline to write")->check(EndingWith(".obj"));
         path->add_option("--dot", m_graphFile, "graph to write, of a mesh of few vertices")
-            ->check(endingWith(".dot"));
+            ->check(EndingWith(".dot"));
         path->add_option("--picture", m_pictureFile,
                 "picture to write, coloured by the distance from the start")
-            ->check(endingWith(".png"));
-        addPictureOptions(path);
+            ->check(EndingWith(".png"));
+        m_picture.AddTo(*path);
         path->callback([this, &console, &code, &settings] {
             code = FindPath(console, m_input,
                 { *ParseVertexName(m_from), *ParseVertexName(m_to), m_output, m_graphFile,
-                    m_pictureFile, getPictureOptions(), settings.GetDigits() });
+                    m_pictureFile, m_picture.Get(), settings.GetDigits() });
         });
 
         CLI::App* make = app.add_subcommand("make", "Makes a mesh");
@@ -174,7 +153,7 @@ public:
             ->check(CLI::Range(kLowestResolution, kHighestResolution));
         make->add_option("-o,--output", m_output, "mesh to write")
             ->required()
-            ->check(endingWith(".off"));
+            ->check(EndingWith(".off"));
         make->callback([this, &console, &code] {
             code = MakeMesh(console, m_shapes.at(m_shape), m_resolution, m_output);
         });
@@ -183,30 +162,10 @@ public:
     MeshCommands& operator=(const MeshCommands&) = delete;
 
 private:
-    void addPictureOptions(CLI::App* command)
-    {
-        using namespace tamesh;
-        command->add_option("--view", m_view, "direction from which the mesh is seen, X,Y,Z")
-            ->check(parsedBy(ParseDirection, "X,Y,Z"))
-            ->capture_default_str();
-        command->add_option("--up", m_up, "axis that points upward, and along which heights go")
-            ->check(CLI::IsMember(m_axes))
-            ->capture_default_str();
-        command->add_option("--size", m_size, "in pixels, 200x150 to 4000x4000")
-            ->check(parsedBy(ParseSize, "WxH"))
-            ->capture_default_str();
-    }
-    tamesh::SPictureOptions getPictureOptions() const
-    {
-        return { *tamesh::ParseSize(m_size), *tamesh::ParseDirection(m_view), m_axes.at(m_up) };
-    }
-
     const std::map<std::string, tamesh::EShape> m_shapes{ { "terrain", tamesh::eS_Terrain },
         { "torus", tamesh::eS_Torus }, { "sphere", tamesh::eS_Sphere } };
     const std::map<std::string, tamesh::EColoring> m_colorings{ { "height", tamesh::eC_Height },
         { "curvature", tamesh::eC_Curvature }, { "component", tamesh::eC_Component } };
-    const std::map<std::string, tamesh::EAxis> m_axes{ { "x", tamesh::eA_X }, { "y", tamesh::eA_Y },
-        { "z", tamesh::eA_Z } };
     std::vector<std::string> m_inputs;
     std::string m_recordFolder;
     std::string m_input;
@@ -220,9 +179,7 @@ private:
     std::string m_graphFile;
     std::string m_pictureFile;
     std::string m_coloring;
-    std::string m_view = "1,-2,1.5";
-    std::string m_up = "z";
-    std::string m_size = "1200x900";
+    tamesh::PictureForm m_picture;
 };
 
 /// `tamesh options …`.

@@ -5,6 +5,7 @@
 #include "tamesh/figurelines.h"
 #include "tamesh/guard.h"
 #include "tamesh/meshfiles.h"
+#include "tamesh/meshpacking.h"
 #include "tamesh/meshtree.h"
 #include "tamesh/progress.h"
 
@@ -182,9 +183,7 @@ EExitCode PackMesh(IConsole& console, const std::string& meshFile, const std::st
         NameMesh(document.GetTree(), meshFile, TaUniqueID());
         if (isPacked) {
             const Mesh& mesh = document.GetMesh();
-            form = options.form == SPackOptions::eF_Quantized
-                ? CoordinateForm::MakeQuantized(mesh, options.bits)
-                : CoordinateForm::MakeLossless(mesh);
+            form = MakeCoordinateForm(mesh, options);
             Progress progress(console, "packing " + meshFile, getWorkSize(mesh));
             document.Pack(*form, &progress);
         }

@@ -1,8 +1,8 @@
 #include "tamesh/commands.h"
 #include "tamesh/guard.h"
+#include "tamesh/meshdrawing.h"
 #include "tamesh/meshfiles.h"
 #include "tamesh/meshpath.h"
-#include "tamesh/meshpicture.h"
 #include "tamesh/pngwriter.h"
 #include "tamesh/progress.h"
 
@@ -44,11 +44,7 @@ namespace {
         }
         const SColoring coloring = ColorByDistance(
             name, from, FindDistances(console, name, *found.graph, from), found.graph->GetUnit());
-        Progress progress(console, "drawing " + name, MeshPicture::CountSteps(mesh));
-        MeshPicture picture(mesh, coloring, options.picture, &progress);
-        picture.DrawMesh();
-        picture.DrawPath(found.path.vertices);
-        found.image = picture.MakeImage();
+        found.image = DrawMesh(console, name, mesh, coloring, options.picture, found.path.vertices);
     }
 
 } // namespace

@@ -12,6 +12,7 @@ namespace tamesh {
 namespace {
 
     constexpr unsigned int kPathVersion = 0;
+    constexpr unsigned int kNumbersVersion = 0;
     constexpr unsigned int kDistanceVersion = 0;
     constexpr unsigned int kColoringVersion = 0;
     constexpr unsigned int kParameterVersion = 0;
@@ -95,6 +96,23 @@ bool TaPathData::Fits(std::uint32_t vertexCount) const
     return !m_path.vertices.empty()
         && std::ranges::all_of(
             m_path.vertices, [&](std::uint32_t vertex) { return vertex < vertexCount; });
+}
+
+TU_DEFINE_RTTI_ROOT(TaNumbersData, &TaNumbersData::CreateByFactory, nullptr);
+TU_DEFINE_EXTENSIONS(TaNumbersData, ISerializable)
+
+IObject* TaNumbersData::CreateByFactory() { return new TaNumbersData; }
+
+void TaNumbersData::Serialize(TuStreamWriteBinary& stream) const
+{
+    stream.WriteVersion(kNumbersVersion);
+    WriteCoded(stream, m_numbers);
+}
+
+void TaNumbersData::Serialize(TuStreamReadBinary& stream)
+{
+    stream.ReadAndCompareVersion(kNumbersVersion);
+    m_numbers = ReadCodedNumbers(stream);
 }
 
 TU_DEFINE_RTTI_ROOT(TaDistanceData, &TaDistanceData::CreateByFactory, nullptr);
@@ -181,6 +199,7 @@ void TaParameterData::Serialize(TuStreamReadBinary& stream)
     m_parameters = std::move(parameters);
 }
 
+TA_DEFINE_DATA_NODE(TaNumbersNode, TaNumbersData)
 TA_DEFINE_DATA_NODE(TaPathNode, TaPathData)
 TA_DEFINE_DATA_NODE(TaDistanceNode, TaDistanceData)
 TA_DEFINE_DATA_NODE(TaColoringNode, TaColoringData)

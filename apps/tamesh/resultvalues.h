@@ -47,6 +47,30 @@ private:
     SMeshPath m_path;
 };
 
+/// A row of numbers.
+class TaNumbersData final : public TuReferenceCounted, public ISerializable
+{
+    TU_DECLARE_RTTI
+
+public:
+    TaNumbersData() = default;
+    explicit TaNumbersData(std::vector<std::uint32_t> numbers)
+        : m_numbers(std::move(numbers))
+    {
+    }
+
+    TU_DECLARE_EXTENSIONS;
+    void Serialize(TuStreamWriteBinary& stream) const override;
+    void Serialize(TuStreamReadBinary& stream) override;
+
+    const std::vector<std::uint32_t>& GetNumbers() const { return m_numbers; }
+
+private:
+    static IObject* CreateByFactory();
+
+    std::vector<std::uint32_t> m_numbers;
+};
+
 /// The distances of all vertices from one.
 class TaDistanceData final : public TuReferenceCounted, public ISerializable
 {
@@ -128,6 +152,7 @@ private:
     TaParameterSet m_parameters;
 };
 
+TA_DECLARE_DATA_NODE(, TaNumbersNode, TaNumbersData);
 TA_DECLARE_DATA_NODE(, TaPathNode, TaPathData);
 TA_DECLARE_DATA_NODE(, TaDistanceNode, TaDistanceData);
 TA_DECLARE_DATA_NODE(, TaColoringNode, TaColoringData);

@@ -2,6 +2,7 @@
 
 #include "platform/platformapi.h"
 
+#include <string>
 #include <string_view>
 
 namespace platform {
@@ -31,6 +32,16 @@ PLATFORM_API unsigned int GetTerminalWidth(EStandardStream stream);
 /// Writes UTF-8 text to a standard stream, unbuffered, in one piece. A file or a pipe gets the
 /// bytes as they are; a Windows console gets the characters, whatever its code page.
 PLATFORM_API bool WriteStandard(EStandardStream stream, std::string_view text);
+
+/// Whether a person types what comes from standard input.
+PLATFORM_API bool IsInputTerminal();
+
+/// Reads the next line of standard input, without its end; a last one may have none. UTF-8, also
+/// from a Windows console. False at the end of the input, and where it cannot be read. Waits for as
+/// long as it takes: whoever must not wait reads on a thread of its own.
+///
+/// Threads: one at a time, and nothing else reads standard input.
+PLATFORM_API bool ReadStandardLine(std::string& line);
 
 /// Writes UTF-8 text to where the system shows a program's traces: the debugger on Windows,
 /// standard error elsewhere.

@@ -45,6 +45,10 @@ enum EMeshColours
     eMC_Distance, // what `distance` has left there
 };
 
+/// As the user names them.
+const char* GetColoursName(EMeshColours colours);
+const char* GetAxisName(EAxis axis);
+
 /// A command in full. What it does not use is empty.
 struct SCommand
 {

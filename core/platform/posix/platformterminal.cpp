@@ -1,5 +1,7 @@
 #include "platform/platformterminal.h"
 
+#include "platform/inputlines.h"
+
 #include <errno.h>
 #include <fcntl.h>
 #include <poll.h>
@@ -8,6 +10,26 @@
 #include <unistd.h>
 
 namespace platform {
+namespace {
+
+    /// 0 at the end, and where nothing can be read.
+    std::size_t readInput(char* bytes, std::size_t size)
+    {
+        for (;;) {
+            const ssize_t got = read(STDIN_FILENO, bytes, size);
+            if (got >= 0) {
+                return static_cast<std::size_t>(got);
+            }
+            if (errno == EAGAIN) {
+                pollfd more{ STDIN_FILENO, POLLIN, 0 };
+                (void)poll(&more, 1, -1);
+            } else if (errno != EINTR) {
+                return 0;
+            }
+        }
+    }
+
+} // namespace
 
 void SecureStandardStreams()
 {
@@ -52,6 +74,10 @@ bool WriteStandard(EStandardStream stream, std::string_view text)
     }
     return true;
 }
+
+bool IsInputTerminal() { return isatty(STDIN_FILENO) == 1; }
+
+bool ReadStandardLine(std::string& line) { return TakeLine(line, readInput); }
 
 void WriteTrace(std::string_view text) { WriteStandard(eSS_Error, text); }
 

@@ -1,10 +1,12 @@
 #include "platform/platformterminal.h"
 
+#include "platform/inputlines.h"
 #include "platform/platformtext.h"
 #include "platform/win32/platformwindows.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <string>
 
 namespace platform {
@@ -63,6 +65,39 @@ namespace {
         return true;
     }
 
+    /// 0 at the end, and where nothing can be read.
+    std::size_t readInput(char* bytes, std::size_t size)
+    {
+        DWORD got = 0;
+        const auto most = static_cast<DWORD>(size);
+        return ::ReadFile(::GetStdHandle(STD_INPUT_HANDLE), bytes, most, &got, nullptr) ? got : 0;
+    }
+
+    /// A console hands out whole lines, with their ends. One that Ctrl-C has cut off is empty.
+    bool readConsoleLine(HANDLE console, std::string& line)
+    {
+        std::wstring text;
+        do {
+            wchar_t piece[1024];
+            DWORD got = 0;
+            ::SetLastError(NO_ERROR);
+            if (!::ReadConsoleW(console, piece, static_cast<DWORD>(std::size(piece)), &got, nullptr)
+                || (got == 0 && ::GetLastError() != ERROR_OPERATION_ABORTED)) {
+                return false;
+            }
+            if (got == 0) {
+                text = L"\n";
+            }
+            text.append(piece, got);
+        } while (!text.ends_with(L'\n'));
+        text.erase(std::min(text.find_first_of(L"\r\n"), text.size()));
+        if (text.starts_with(L'\x1A')) {
+            return false; // Ctrl-Z, which ends the input there
+        }
+        line = ToUtf8(FromWide(text));
+        return true;
+    }
+
 } // namespace
 
 void SecureStandardStreams()
@@ -97,6 +132,14 @@ bool WriteStandard(EStandardStream stream, std::string_view text)
     const HANDLE handle = handleOf(stream);
     return isConsole(handle) ? writeConsole(handle, ToWide(FromUtf8(text)))
                              : writeBytes(handle, text);
+}
+
+bool IsInputTerminal() { return isConsole(::GetStdHandle(STD_INPUT_HANDLE)); }
+
+bool ReadStandardLine(std::string& line)
+{
+    const HANDLE input = ::GetStdHandle(STD_INPUT_HANDLE);
+    return isConsole(input) ? readConsoleLine(input, line) : TakeLine(line, readInput);
 }
 
 void WriteTrace(std::string_view text) { ::OutputDebugStringW(ToWide(FromUtf8(text)).c_str()); }
