@@ -9,8 +9,10 @@ namespace tamesh {
 
 class Progress;
 
-/// Passes bytes on to another stream, keeps their CRC-32 (the one of ZIP and PNG), and tells how
-/// many there were.
+/// The CRC-32 of ZIP and PNG of the bytes behind those whose checksum is given.
+std::uint32_t AddToChecksum(std::uint32_t checksum, const void* data, unsigned long long size);
+
+/// Passes bytes on to another stream, keeps their checksum, and tells how many there were.
 class ChecksumWriter final : public TuStreamWriteBinary
 {
 public:
@@ -22,13 +24,17 @@ public:
     }
 
     std::uint32_t GetChecksum() const { return m_checksum; }
+    /// Of what comes from now on, behind what has this checksum.
+    void SetChecksum(std::uint32_t checksum) { m_checksum = checksum; }
+    /// How many bytes there were.
+    std::uint64_t GetPosition() const { return m_position; }
 
 private:
     void write(const void* data, unsigned long long size) override;
 
     TuStreamWriteBinary& m_target;
     Progress* m_progress;
-    std::uint64_t m_position = 0; // bytes so far
+    std::uint64_t m_position = 0;
     std::uint32_t m_checksum = 0;
 };
 
@@ -43,6 +49,10 @@ public:
     }
 
     std::uint32_t GetChecksum() const { return m_checksum; }
+    /// Of what comes from now on, behind what has this checksum.
+    void SetChecksum(std::uint32_t checksum) { m_checksum = checksum; }
+    /// How many bytes there were.
+    std::uint64_t GetPosition() const { return m_position; }
 
 private:
     unsigned long long read(void* data, unsigned long long size) override;

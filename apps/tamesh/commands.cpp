@@ -61,20 +61,6 @@ namespace {
         return "unknown";
     }
 
-    template <class Work>
-    EExitCode forEach(IConsole& console, const std::vector<std::string>& names, Work&& work)
-    {
-        EExitCode code = eEC_Done;
-        for (const std::string& name : names) {
-            const EExitCode fileCode = Guard(console, name, [&] { work(name); });
-            code = fileCode != eEC_Done ? fileCode : code;
-            if (code == eEC_Interrupted) {
-                break;
-            }
-        }
-        return code;
-    }
-
     /// Vertices and faces.
     std::uint64_t countElements(EShape shape, std::uint64_t n)
     {
@@ -107,7 +93,7 @@ namespace {
 EExitCode ShowMeshes(
     IConsole& console, const std::vector<std::string>& meshFiles, const SViewOptions& options)
 {
-    return forEach(console, meshFiles, [&](const std::string& name) {
+    return GuardEach(console, meshFiles, [&](const std::string& name) {
         showFigures(
             console, options, name, nameOf(GetMeshFormat(name)), ReadMeshFile(console, name));
     });
@@ -116,11 +102,15 @@ EExitCode ShowMeshes(
 EExitCode ShowDocuments(
     IConsole& console, const std::vector<std::string>& documentFiles, const SViewOptions& options)
 {
-    return forEach(console, documentFiles, [&](const std::string& name) {
+    return GuardEach(console, documentFiles, [&](const std::string& name) {
         Document document;
         ReadDocumentFile(console, name, document);
-        showFigures(console, options, name, "document", document.GetMesh(),
-            FormatTree(*document.GetTree().GetRootNode(), options.treeDepth));
+        const std::string tree = FormatTree(*document.GetTree().GetRootNode(), options.treeDepth);
+        if (document.HasMesh()) {
+            showFigures(console, options, name, "document", document.GetMesh(), tree);
+        } else {
+            WriteResult(console, name + " (document without a mesh)\n" + tree);
+        }
     });
 }
 

@@ -8,6 +8,7 @@
 
 #include <exception>
 #include <string>
+#include <vector>
 
 namespace tamesh {
 
@@ -35,6 +36,22 @@ template <class Work> EExitCode Guard(IConsole& console, const std::string& name
         console.WriteError(ReportFailure(name, failure) + "\n");
         return eEC_Failed;
     }
+}
+
+/// Does the work on one file after the other, until an interrupt: one that fails does not keep the
+/// others from being done.
+template <class Work>
+EExitCode GuardEach(IConsole& console, const std::vector<std::string>& names, Work&& work)
+{
+    EExitCode code = eEC_Done;
+    for (const std::string& name : names) {
+        const EExitCode fileCode = Guard(console, name, [&] { work(name); });
+        code = fileCode != eEC_Done ? fileCode : code;
+        if (code == eEC_Interrupted) {
+            break;
+        }
+    }
+    return code;
 }
 
 /// Makes an output file of what `write` puts into it, and reports what it throws. An interrupt

@@ -5,7 +5,11 @@
 #include "tabase/tafilesystem.h"
 #include "tamesh/commands.h"
 #include "tamesh/coordinateform.h"
+<<<<<<< HEAD
 #include "tamesh/optionforms.h"
+=======
+#include "tamesh/documentcommands.h"
+>>>>>>> 3a47a66 (tamesh: documents of parts, each in a chunk of its own; check and salvage)
 #include "tamesh/optionscommands.h"
 #include "tamesh/settings.h"
 #include "tamesh/tameshstatistics.h"
@@ -182,6 +186,35 @@ private:
     tamesh::PictureForm m_picture;
 };
 
+/// The subcommands that work on documents that may be damaged.
+class DocumentCommands
+{
+public:
+    DocumentCommands(CLI::App& app, tamesh::IConsole& console, tamesh::EExitCode& code)
+    {
+        using namespace tamesh;
+        CLI::App* check = app.add_subcommand("check", "Looks for damage in documents");
+        check->add_option("DOC", m_inputs, "document (.tadoc)")->required();
+        check->callback([this, &console, &code] { code = CheckDocuments(console, m_inputs); });
+
+        CLI::App* salvage
+            = app.add_subcommand("salvage", "Saves what is intact of a damaged document");
+        salvage->add_option("DOC", m_input, "document (.tadoc)")->required();
+        salvage->add_option("-o,--output", m_output, "document to write")
+            ->required()
+            ->check(endingWith(".tadoc"));
+        salvage->callback(
+            [this, &console, &code] { code = SalvageDocument(console, m_input, m_output); });
+    }
+    DocumentCommands(const DocumentCommands&) = delete;
+    DocumentCommands& operator=(const DocumentCommands&) = delete;
+
+private:
+    std::vector<std::string> m_inputs;
+    std::string m_input;
+    std::string m_output;
+};
+
 /// `tamesh options …`.
 class OptionsCommands
 {
@@ -291,6 +324,7 @@ int run(std::vector<std::string> arguments)
         code = write(console, settings.Describe());
     });
     MeshCommands meshCommands(app, console, settings, code);
+    DocumentCommands documentCommands(app, console, code);
     OptionsCommands optionsCommands(app, console, code);
 
     try {

@@ -1,6 +1,7 @@
 #include "tamesh/meshfiles.h"
 
 #include "tamesh/document.h"
+#include "tamesh/documentwriter.h"
 #include "tamesh/files.h"
 #include "tamesh/meshreader.h"
 #include "tamesh/offwriter.h"
@@ -34,9 +35,24 @@ void ReadDocumentFile(IConsole& console, const std::string& name, Document& docu
 
 void WriteDocumentFile(IConsole& console, const std::string& name, const Document& document)
 {
-    Progress progress(console, "writing " + name, document.GetSavedSize());
+    WriteDocumentFile(console, name, *document.GetTree().GetRootNode());
+}
+
+void WriteDocumentFile(IConsole& console, const std::string& name, const TaNode& top)
+{
+    DocumentWriter document;
+    {
+        const Progress measuring(console, "measuring " + name, 1);
+        document.AddParts(top, &measuring);
+    }
+    WriteDocumentFile(console, name, document);
+}
+
+void WriteDocumentFile(IConsole& console, const std::string& name, const DocumentWriter& document)
+{
+    Progress progress(console, "writing " + name, document.GetSize());
     OutputFile file(name);
-    document.Save(file.GetStream(), &progress);
+    document.Write(file.GetStream(), &progress);
     file.Commit();
 }
 

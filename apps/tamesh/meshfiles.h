@@ -4,9 +4,12 @@
 
 #include <string>
 
+class TaNode;
+
 namespace tamesh {
 
 class Document;
+class DocumentWriter;
 class IConsole;
 
 // Whole files that the user named, with a progress bar. Failures are those of InputFile,
@@ -19,5 +22,8 @@ void WriteMeshFile(IConsole& console, const std::string& name, const Mesh& mesh)
 
 void ReadDocumentFile(IConsole& console, const std::string& name, Document& document);
 void WriteDocumentFile(IConsole& console, const std::string& name, const Document& document);
+/// With the children of `top` as the parts: see WriteDocument.
+void WriteDocumentFile(IConsole& console, const std::string& name, const TaNode& top);
+void WriteDocumentFile(IConsole& console, const std::string& name, const DocumentWriter& document);
 
 } // namespace tamesh

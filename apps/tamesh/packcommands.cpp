@@ -8,6 +8,7 @@
 #include "tamesh/meshpacking.h"
 #include "tamesh/meshtree.h"
 #include "tamesh/progress.h"
+#include "tamesh/tameshrecord.h"
 
 #include <algorithm>
 #include <bit>
@@ -203,8 +204,12 @@ EExitCode UnpackDocument(
     IConsole& console, const std::string& documentFile, const std::string& meshFile)
 {
     Document document;
-    const EExitCode code
-        = Guard(console, documentFile, [&] { ReadDocumentFile(console, documentFile, document); });
+    const EExitCode code = Guard(console, documentFile, [&] {
+        ReadDocumentFile(console, documentFile, document);
+        if (!document.HasMesh()) {
+            throw MeshFailure(TU_HERE, documentFile, 0, "the document holds no mesh");
+        }
+    });
     return code != eEC_Done
         ? code
         : Guard(console, meshFile, [&] { WriteMeshFile(console, meshFile, document.GetMesh()); });

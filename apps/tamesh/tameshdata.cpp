@@ -3,6 +3,7 @@
 #include "groundwork/tuexceptions.h"
 #include "groundwork/tustreamreadbinary.h"
 #include "groundwork/tustreamwritebinary.h"
+#include "tamesh/interruptiblereader.h"
 #include "tamesh/tameshrecord.h"
 
 namespace tamesh {
@@ -37,7 +38,8 @@ void TaMeshData::Serialize(TuStreamReadBinary& stream)
     if (isPacked) {
         auto packed = std::make_unique<TaPackedMeshRecord>();
         packed->Serialize(stream);
-        m_mesh = packed->Unpack(nullptr);
+        const auto* interruptible = dynamic_cast<const InterruptibleReader*>(&stream);
+        m_mesh = packed->Unpack(interruptible != nullptr ? interruptible->GetProgress() : nullptr);
         m_packed = std::move(packed);
     } else {
         TaMeshRecord plain;

@@ -25,8 +25,10 @@ class TaMeshData final : public TuReferenceCounted, public ISerializable
 
 public:
     TaMeshData() = default;
-    explicit TaMeshData(Mesh mesh)
+    /// `packed`, where there is one, is of the same mesh.
+    explicit TaMeshData(Mesh mesh, std::unique_ptr<TaPackedMeshRecord> packed = nullptr)
         : m_mesh(std::move(mesh))
+        , m_packed(std::move(packed))
     {
     }
     TaMeshData(const TaMeshData&) = delete;

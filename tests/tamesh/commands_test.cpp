@@ -1,10 +1,9 @@
 #include "tamesh/commands.h"
 
-#include "support/bufferbytes.h"
 #include "support/temporaryfolder.h"
 #include "tabase/tadatanodes.h"
 #include "tabase/tafilesystem.h"
-#include "tamesh/document.h"
+#include "tamesh/documentbytes.h"
 #include "tamesh/fakeconsole.h"
 #include "tamesh/meshgenerator.h"
 
@@ -73,10 +72,15 @@ TEST_F(CommandsTest, WhatADamagedDocumentHoldsReachesNoTerminalUnchanged)
 {
     ASSERT_EQ(MakeMesh(m_console, eS_Sphere, 3, m_mesh), eEC_Done);
     ASSERT_EQ(PackMesh(m_console, m_mesh, m_document), eEC_Done);
-    const std::string bytes = m_folder.ReadAll("a.tadoc");
+    const std::string payload = BytesOf([&](auto& stream) {
+        stream << CString(u"a") << 0u << 1u; // a part with one node
+        stream << 0u << CString(u"b") << static_cast<unsigned char>(4);
+        stream << CString(u"\x1B[2J" + std::u16string(1000, u'x')); // its class
+    });
     m_folder.WriteAll("a.tadoc", BytesOf([&](auto& stream) {
-        stream.WriteBuffer(bytes.data(), 16); // all before the name of the class
-        stream << CString(u"\x1B[2J" + std::u16string(1000, u'x'));
+        DocumentWriter document;
+        document.AddStored(u"a", AsBytes(payload));
+        document.Write(stream);
     }));
     EXPECT_EQ(ShowDocuments(m_console, { m_document }), eEC_Failed);
     EXPECT_TRUE(m_console.error.starts_with(m_document + ": TuException at ")) << m_console.error;

@@ -1,17 +1,16 @@
 #include "tamesh/document.h"
 
-#include "support/bufferbytes.h"
+#include "groundwork/tulittleendian.h"
 #include "support/expectfailure.h"
 #include "support/temporaryfolder.h"
-#include "support/versionedrecord.h"
-#include "tabase/tastreamreadbinarybuffer.h"
+#include "tabase/tadatanodes.h"
 #include "tabase/tauniqueid.h"
+#include "tamesh/documentbytes.h"
 #include "tamesh/meshgenerator.h"
 #include "tamesh/meshtext.h"
 #include "tamesh/meshtree.h"
 
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <cmath>
 #include <limits>
@@ -22,98 +21,121 @@ namespace {
 
 using namespace tamesh;
 
-// Where things lie in a document.
-constexpr std::size_t kFormatVersion = 8;
-constexpr std::size_t kChunkVersion = 12;
-constexpr std::size_t kClassName = 20;
-constexpr std::size_t kRecordVersion = 44;
-constexpr std::size_t kVertexCount = 48;
-constexpr std::size_t kFaceCount = 52;
-constexpr std::size_t kVertices = 56;
+// Where things lie in the payload of "Geometry".
+constexpr std::size_t kTreeVersion = 20;
+constexpr std::size_t kValueClass = 73;
+constexpr std::size_t kDataVersion = 93;
+constexpr std::size_t kRecordVersion = 98;
+constexpr std::size_t kVertexCount = 102;
+constexpr std::size_t kFaceCount = 106;
+constexpr std::size_t kVertices = 110;
 constexpr std::size_t kVertexSize = 24;
 
-std::string save(const Document& document)
-{
-    return BytesOf([&](auto& stream) { document.Save(stream); });
-}
-
-void load(Document& document, const std::string& bytes)
-{
-    TaStreamReadBinaryBuffer stream(bytes.data(), bytes.size());
-    document.Load(stream);
-}
-
-template <class Exception> void expectRefused(const std::string& bytes)
+template <class Exception> std::string expectRefused(const std::string& bytes)
 {
     Document document;
-    ExpectFailure<Exception>([&] { load(document, bytes); });
+    return ExpectFailure<Exception>([&] { LoadFromBytes(document, bytes); });
 }
 
-/// Puts the number in and makes the checksum right again, as an attacker would.
-template <class Number> std::string withNumber(std::string bytes, std::size_t place, Number number)
+template <class Number>
+std::string withNumber(const std::string& bytes, std::size_t place, Number number)
 {
-    auto* data = reinterpret_cast<unsigned char*>(bytes.data());
-    TuStoreLittleEndian(data + place, number);
-    const std::size_t end = bytes.size() - sizeof(std::uint32_t);
-    TuStoreLittleEndian(data + end, static_cast<std::uint32_t>(crc32_z(0, data, end)));
-    return bytes;
+    return WithPayload(bytes, u"Geometry", [&](std::string& payload) {
+        TuStoreLittleEndian(reinterpret_cast<unsigned char*>(payload.data()) + place, number);
+    });
 }
 
-TEST(DocumentTest, ReadsBothVersionsAndWritesTheBytesOfTheLater)
+TuSmartPointer<TaNode> insert(
+    TaDataManager& tree, const TuSmartPointer<TaNode>& node, const TuSmartPointer<TaNode>& parent)
 {
-    const std::string golden = ReadFile(TA_TEST_DATA_FOLDER "/tamesh_document_1.tadoc");
-    for (const char* name : { "/tamesh_document_0.tadoc", "/tamesh_document_1.tadoc" }) {
-        SCOPED_TRACE(name);
+    EXPECT_TRUE(tree.InsertNode(node, parent));
+    return node;
+}
+
+TuSmartPointer<TaNode> makeText()
+{
+    return TuMake<TaDataNodeString>(u"Text", TuMake<TuString>(u"ä€\U0001F642"), true, true);
+}
+
+TEST(DocumentTest, ReadsAllVersionsAndWritesTheBytesOfTheLatest)
+{
+    const std::string golden = ReadFile(TA_TEST_DATA_FOLDER "/tamesh_document_2.tadoc");
+    for (const char version : { '0', '1', '2' }) {
+        SCOPED_TRACE(version);
         Document document;
-        load(document, ReadFile(TA_TEST_DATA_FOLDER + std::string(name)));
+        LoadFromBytes(document,
+            ReadFile(TA_TEST_DATA_FOLDER "/tamesh_document_" + std::string(1, version) + ".tadoc"));
+        EXPECT_EQ(document.GetProgram().ToUtf8(), version == '2' ? "tamesh 0.1.0" : "");
+        EXPECT_FALSE(document.GetTree().GetRootNode()->IsModified(true));
         EXPECT_EQ(WriteMeshText(document.GetMesh()),
             "OFF\n5 2 0\n0 0 0\n1.5 0 0\n0 -2 0\n0.1 1e+300 -0\n5e-324 3 4\n3 0 1 2\n4 4 3 1 0\n");
         if (document.GetTree().FindChild(u"Mesh")->FindChild(u"Name").IsNull()) {
             NameMesh(document.GetTree(), "folder/golden.v1.off", TaUniqueID(platform::Uuid{ 1 }));
         }
-        EXPECT_EQ(save(document), golden);
-        EXPECT_EQ(document.GetSavedSize(), golden.size());
+        EXPECT_EQ(SaveToBytes(document), golden);
     }
 }
 
-TEST(DocumentTest, CutOrChangedAnywhereItIsRefusedAndTheMeshThatWasThereStays)
+TEST(DocumentTest, HoldsAnyPartsOfAnyTreeAndHandsThemOver)
+{
+    TaDataManager session;
+    const auto top = insert(session, TuMake<TaNode>(u"a mesh", true, true), session.GetRootNode());
+    const auto part = insert(session, TuMake<TaNode>(u"Figures", true, true), top);
+    const auto node = insert(session, TuMake<TaNode>(u"Deeper", true, true), part);
+    insert(session, makeText(), node);
+    insert(session, TuMake<TaNode>(u"Empty", true, true), top); // nothing in it is stored
+    const auto save = [&] { return BytesOf([&](auto& stream) { WriteDocument(stream, *top); }); };
+    const std::string bytes = save();
+
+    Document document;
+    LoadFromBytes(document, bytes);
+    EXPECT_FALSE(document.HasMesh());
+    EXPECT_EQ(document.GetMesh().GetVertexCount(), 0u);
+    EXPECT_EQ(document.GetPacked(), nullptr);
+    EXPECT_EQ(document.GetProgram().ToUtf8(), "tamesh " TAMESH_VERSION);
+    EXPECT_EQ(document.GetTree().GetRootNode()->ToString().ToUtf8(),
+        "Root (TaNode)\n |-- Figures (TaNode)\n     |-- Deeper (TaNode)\n"
+        "         |-- Text (TaDataNodeString) = ä€\U0001F642\n");
+    EXPECT_EQ(BytesOf([&](auto& stream) { document.Save(stream); }), bytes);
+
+    TaDataManager other;
+    for (const auto& taken : document.TakeParts()) {
+        insert(other, taken, other.GetRootNode());
+    }
+    EXPECT_EQ(BytesOf([&](auto& stream) { WriteDocument(stream, *other.GetRootNode()); }), bytes);
+    EXPECT_FALSE(document.GetTree().GetRootNode()->HasChildren());
+    LoadFromBytes(document, BytesOf([&](auto& stream) { document.Save(stream); }));
+    EXPECT_FALSE(document.GetTree().GetRootNode()->HasChildren());
+
+    insert(session, makeText(), top); // a value is no part, and must not be left out unseen
+    EXPECT_THROW(save(), TuException);
+}
+
+TEST(DocumentTest, WhatIsNotLoadedLeavesTheDocumentAsItWas)
 {
     Document document(MakeTorus(3));
-    const std::string former = save(document);
-    const std::string bytes = save(Document(MakeSphere(1)));
-    for (std::size_t place = 0; place < bytes.size(); ++place) {
-        SCOPED_TRACE(place);
-        expectRefused<TuExceptionStream>(bytes.substr(0, place));
-        for (int bit = 0; bit < 8; ++bit) {
-            std::string damaged = bytes;
-            damaged[place] = static_cast<char>(damaged[place] ^ (1 << bit));
-            EXPECT_THROW(load(document, damaged), TuException) << bit;
-        }
-    }
-    expectRefused<TuExceptionStream>(bytes + '\0');
-    EXPECT_EQ(save(document), former);
-
-    const std::string large = save(Document(MakeSphere(60))); // more than a block
-    EXPECT_THROW(load(document, large.substr(0, large.size() - 1)), TuExceptionStream);
-    EXPECT_EQ(save(document), former);
-    load(document, large);
-    EXPECT_TRUE(save(document) == large);
+    const std::string former = SaveToBytes(document);
+    const std::string large = SaveToBytes(Document(MakeSphere(60))); // more than a block
+    EXPECT_THROW(LoadFromBytes(document, large.substr(0, large.size() - 1)), TuExceptionStream);
+    EXPECT_EQ(SaveToBytes(document), former);
+    LoadFromBytes(document, large);
+    EXPECT_TRUE(SaveToBytes(document) == large);
 }
 
 TEST(DocumentTest, RefusesForeignFilesLaterVersionsAndUnsoundMeshes)
 {
     const Mesh sphere = MakeSphere(1);
-    const std::string bytes = save(Document(sphere));
+    const std::string bytes = SaveToBytes(Document(sphere));
     expectRefused<TuExceptionWrongFileVersion>("OFF\n3 1 0\n0 0 0\n");
-    for (const std::size_t place : { kFormatVersion, kChunkVersion, kRecordVersion }) {
-        expectRefused<TuExceptionWrongFileVersion>(withNumber(bytes, place, 2u));
+    expectRefused<TuExceptionWrongFileVersion>(bytes.substr(0, 8) + '\3' + bytes.substr(9));
+    for (const std::size_t place : { kTreeVersion, kDataVersion, kRecordVersion }) {
+        const std::string report
+            = expectRefused<TuExceptionWrongFileVersion>(withNumber(bytes, place, 2u));
+        EXPECT_NE(report.find(": chunk 2 (Geometry): "), report.npos) << report;
     }
-    expectRefused<TuException>(withNumber(bytes, kClassName, 'X'));
-    expectRefused<TuExceptionStream>(BytesOf([&](auto& stream) { // a class that is no mesh
-        stream.WriteBuffer(bytes.data(), kChunkVersion);
-        stream.WriteChunk(VersionedRecord());
-        stream << 0u;
-    }));
+    expectRefused<TuException>(withNumber(bytes, kValueClass, 'X'));
+    expectRefused<TuExceptionStream>(
+        WithPayload(bytes, u"Geometry", [](std::string& payload) { payload += '\0'; }));
 
     // Counts that claim more than arrives take no memory for it.
     const std::size_t faceSizes = kVertices + sphere.GetVertexCount() * kVertexSize;
@@ -123,7 +145,8 @@ TEST(DocumentTest, RefusesForeignFilesLaterVersionsAndUnsoundMeshes)
         { faceSizes, 0x7FFFFFFFu }, { corners, sphere.GetVertexCount() } };
     for (const auto& [place, number] : wrongNumbers) {
         Document document; // which record finds the fault depends on the number
-        EXPECT_THROW(load(document, withNumber(bytes, place, number)), TuException) << place;
+        EXPECT_THROW(LoadFromBytes(document, withNumber(bytes, place, number)), TuException)
+            << place;
     }
     // As many corners as before.
     expectRefused<TuExceptionStream>(

@@ -56,6 +56,35 @@ execute_process(COMMAND ${CMAKE_COMMAND} -E compare_files --ignore-eol good.off 
 expect(1 "" "^nothing.tadoc: cannot open: " unpack nothing.tadoc -o nothing.off)
 file(REMOVE ${FOLDER}/small.tadoc ${FOLDER}/back.off)
 
+# A document is checked, and what is intact of a damaged one is saved. (The file holds zero bytes,
+# which CMake's own commands do not take.)
+function(damage where)
+  execute_process(WORKING_DIRECTORY ${FOLDER} COMMAND_ERROR_IS_FATAL ANY COMMAND python3 -c "
+import sys
+bytes = bytearray(open('good.tadoc', 'rb').read())
+bytes[int(sys.argv[1])] ^= 64
+open('damaged.tadoc', 'wb').write(bytes)" ${where})
+endfunction()
+set(sound "\n  head +[0-9]+ bytes, sound\n  Mesh +[0-9]+ bytes, sound\n  Geometry +[0-9]+ bytes, sound\n")
+expect(0 "^good.tadoc \\(document by tamesh [0-9.]+\\)${sound}  end +[0-9]+ bytes, sound\n  verdict: sound\n$"
+  "" check good.tadoc)
+damage(300)
+expect(1 "damaged.tadoc .*\n  Mesh +[0-9]+ bytes, its checksum is wrong\n.*verdict: damaged: Mesh\n.*verdict: sound\n$"
+  "^damaged.tadoc: the document is damaged: Mesh\n$" check damaged.tadoc good.tadoc)
+expect(1 "^saved.tadoc \\(salvaged from damaged.tadoc\\)\n  Mesh +[0-9]+ bytes, lost: its checksum is wrong\n  Geometry +[0-9]+ bytes, kept\n$"
+  "^damaged.tadoc: lost: Mesh\n$" salvage damaged.tadoc -o saved.tadoc)
+expect(0 "verdict: sound\n$" "" check saved.tadoc)
+expect(0 "" "" unpack saved.tadoc -o saved.off)
+damage(1)
+expect(1 "${sound}.*damaged: its marker or its version is damaged\n$" "^damaged.tadoc: the document is damaged: its marker"
+  check damaged.tadoc)
+expect(0 "kept\n" "" salvage damaged.tadoc -o saved.tadoc)
+execute_process(COMMAND ${CMAKE_COMMAND} -E compare_files good.tadoc saved.tadoc
+  WORKING_DIRECTORY ${FOLDER} COMMAND_ERROR_IS_FATAL ANY)
+expect(2 "" "^./saved.tadoc: is the document itself; " salvage saved.tadoc -o ./saved.tadoc)
+expect(1 "" "^old.tadoc: this is no document, and holds no chunk of one\n$" salvage old.tadoc -o saved.tadoc)
+file(REMOVE ${FOLDER}/damaged.tadoc ${FOLDER}/saved.tadoc ${FOLDER}/saved.off)
+
 foreach(shape terrain torus sphere)
   expect(0 "" "" make ${shape} 8 -o ${shape}.off)
   expect(0 "\n  components +1\n" "" info ${shape}.off)
@@ -88,7 +117,8 @@ file(REMOVE ${FOLDER}/empty.off)
 # Settings hold for this run and the later ones.
 expect(0 "digits +0 .*tree-depth +40 " "" --set digits= --set tree-depth= help-settings)
 expect(0 "upper bound +1 1 0\\.4\n" "" --set digits=1 --set tree-depth=1 info torus.off)
-expect(0 "  Root \\(TaNode\\)\n   .-- Mesh \\(TaNode\\)\n$" "" show good.tadoc)
+expect(0 "  Root \\(TaNode\\)\n   .-- Mesh \\(TaNode\\)\n   .-- Geometry \\(TaNode\\)\n$" ""
+  show good.tadoc)
 expect(2 "" "^tamesh: --set: the setting digits is 0 to 17, not '18'\n" --set digits=18 info good.off)
 expect(2 "" "^tamesh: --set: there is no setting 'size'" --set size=1 info good.off)
 set(key "Software\\TaBase\\tamesh\\Settings")
@@ -135,6 +165,8 @@ expect(2 "" "${usage} pack" pack good.off -o good.off)
 expect(2 "" "${usage} pack" pack good.off -o good.tadoc --bits 25)
 expect(2 "" "${usage} pack" pack good.off -o good.tadoc --bits 8 --lossless)
 expect(2 "" "${usage} unpack" unpack good.tadoc -o good.tadoc)
+expect(2 "" "${usage} check" check)
+expect(2 "" "${usage} salvage" salvage good.tadoc -o good.off)
 expect(2 "" "^tamesh: --from: [^\n]*: 1,2\n.*${usage} path" path good.off --from 1,2 --to 3)
 expect(2 "" "${usage} path" path good.off --from 1)
 expect(2 "" "${usage} picture" picture good.off --by height)
