@@ -41,6 +41,9 @@ public:
     std::uint64_t GetMilliseconds() const override;
     const TuEvent& GetInterrupt() const override { return m_interrupt; }
 
+    /// For programs that go on after an interrupt: they clear it.
+    TuEvent& GetInterruptToClear() { return m_interrupt; }
+
     void SetProgressWanted(bool isWanted) { m_isProgressWanted = isWanted; }
     /// What Ctrl-C does. A second one, later than a second after the first, ends the program where
     /// it stands. (What sends the signal to a program and to its group sends it twice at once.)

@@ -5,12 +5,11 @@
 #include "tabase/tafilesystem.h"
 #include "tamesh/commands.h"
 #include "tamesh/coordinateform.h"
-<<<<<<< HEAD
-#include "tamesh/optionforms.h"
-=======
 #include "tamesh/documentcommands.h"
->>>>>>> 3a47a66 (tamesh: documents of parts, each in a chunk of its own; check and salvage)
+#include "tamesh/optionforms.h"
 #include "tamesh/optionscommands.h"
+#include "tamesh/session/script.h"
+#include "tamesh/session/shell.h"
 #include "tamesh/settings.h"
 #include "tamesh/tameshstatistics.h"
 
@@ -202,7 +201,7 @@ public:
         salvage->add_option("DOC", m_input, "document (.tadoc)")->required();
         salvage->add_option("-o,--output", m_output, "document to write")
             ->required()
-            ->check(endingWith(".tadoc"));
+            ->check(EndingWith(".tadoc"));
         salvage->callback(
             [this, &console, &code] { code = SalvageDocument(console, m_input, m_output); });
     }
@@ -213,6 +212,35 @@ private:
     std::vector<std::string> m_inputs;
     std::string m_input;
     std::string m_output;
+};
+
+/// `tamesh run` and `tamesh shell`.
+class SessionCommands
+{
+public:
+    SessionCommands(CLI::App& app, tamesh::StandardConsole& console, tamesh::Settings& settings,
+        tamesh::EExitCode& code)
+    {
+        CLI::App* run = app.add_subcommand("run", "Opens a mesh and carries out commands on it");
+        run->add_option("FILE", m_options.file, "mesh or document")->required();
+        run->add_option("--script", m_options.script, "commands, a line for each")->required();
+        run->add_flag("--keep-going", m_options.isKeptGoing, "goes on behind one that fails");
+        run->callback([this, &console, &settings, &code] {
+            code = tamesh::RunScript(console, settings, m_options);
+        });
+
+        CLI::App* shell = app.add_subcommand("shell", "Carries out commands as they are typed");
+        shell->add_option("FILE", m_options.file, "mesh or document");
+        shell->callback([this, &console, &settings, &code] {
+            code = tamesh::RunShell(
+                console, console.GetInterruptToClear(), settings, m_options.file);
+        });
+    }
+    SessionCommands(const SessionCommands&) = delete;
+    SessionCommands& operator=(const SessionCommands&) = delete;
+
+private:
+    tamesh::SRunOptions m_options;
 };
 
 /// `tamesh options …`.
@@ -325,6 +353,7 @@ int run(std::vector<std::string> arguments)
     });
     MeshCommands meshCommands(app, console, settings, code);
     DocumentCommands documentCommands(app, console, code);
+    SessionCommands sessionCommands(app, console, settings, code);
     OptionsCommands optionsCommands(app, console, code);
 
     try {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tamesh/exitcode.h"
 #include "tamesh/session/sessioncommand.h"
 #include "tamesh/settings.h"
 

@@ -1,0 +1,9 @@
+// For builds without a library that edits lines.
+
+#include "tamesh/session/linesource.h"
+
+namespace tamesh {
+
+std::unique_ptr<ILineSource> MakeLineSource(Completer) { return std::make_unique<PlainLines>(); }
+
+} // namespace tamesh
