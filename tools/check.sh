@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Everything that guards the code: format, layering and lists, headers on their own, both compilers
-# with warnings as errors and thread-safety analysis, sanitizers, Windows under Wine, fuzzers for a
-# while, installation.
+# Everything that guards the code: format, layering and lists, the reference, headers on their own,
+# both compilers with warnings as errors and thread-safety analysis, sanitizers, Windows under Wine,
+# fuzzers for a while, installation.
 #   --without-tests   leaves out the release build's tests, for a caller who has just run them
 #   STEP...           runs only these steps
 set -euo pipefail
@@ -14,6 +14,12 @@ step_tests() { tools/test.sh; }
 step_format() { tools/format.sh --check; }
 
 step_rules() { python3 tools/check.py; }
+
+# The reference, with the guides as pages, in build/doxygen/html; a warning fails.
+step_doxygen() {
+    mkdir -p build
+    doxygen docs/Doxyfile
+}
 
 step_headers() { cmake --build --preset release --target groundwork_headers tabase_headers; }
 
@@ -94,7 +100,7 @@ step_fuzz() {
     done
 }
 
-steps=(tests format rules headers tidy benchmarks install windows debug asan tsan fuzz)
+steps=(tests format rules doxygen headers tidy benchmarks install windows debug asan tsan fuzz)
 if [ "${1:-}" = --without-tests ]; then
     shift
     steps=("${steps[@]:1}")

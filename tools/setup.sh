@@ -21,7 +21,8 @@ for argument in "$@"; do
     case $argument in
     --check)
         packages+=(clang lld libclang-rt-14-dev # second compiler, fuzzers, thread-safety analysis
-            clang-format clang-tidy util-linux libbenchmark-dev)
+            clang-format clang-tidy util-linux libbenchmark-dev
+            doxygen) # the reference of the public headers
         ;;
     --bench)
         packages+=(libbenchmark-dev

@@ -82,8 +82,8 @@ private:
     [[no_unique_address]] Less m_less;
 };
 
-template <class T, int F, class S, class O, class L, class C, class P, class Z>
-TuListSorted<T, F, S, O, L, C, P, Z>::TuListSorted(std::initializer_list<T> elements, O less)
+template <class T, int F, class S, class Less, class L, class C, class P, class Z>
+TuListSorted<T, F, S, Less, L, C, P, Z>::TuListSorted(std::initializer_list<T> elements, Less less)
     : TuListSorted(std::move(less))
 {
     for (const T& element : elements) {
