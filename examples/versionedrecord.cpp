@@ -1,14 +1,17 @@
-// A class with a type record that is shared, stored as a versioned record, and read back by name.
+// A class that is stored as a versioned record: into a file, and read back by the name of the
+// class; from a record of its first version, which knew less; and from one of a version to come.
 
 #include "groundwork/iserializable.h"
 #include "groundwork/tuexceptions.h"
 #include "groundwork/tuscopedpointer.h"
 #include "groundwork/tusmartpointer.h"
-#include "groundwork/tuweakpointer.h"
+#include "platform/platformfile.h"
 #include "tabase/tastreamreadbinarybuffer.h"
+#include "tabase/tastreamreadbinaryfile.h"
 #include "tabase/tastreamwritebinarybuffer.h"
+#include "tabase/tastreamwritebinaryfile.h"
 
-#include <cstdio>
+#include <iostream>
 
 namespace {
 
@@ -27,23 +30,8 @@ public:
     int GetSpokes() const { return m_spokes; }
     double GetRim() const { return m_rim; }
 
-    void Serialize(TuStreamWriteBinary& stream) const override
-    {
-        stream.WriteVersion(1);
-        stream << m_spokes << m_rim;
-    }
-    void Serialize(TuStreamReadBinary& stream) override
-    {
-        const unsigned int version = stream.ReadAndCompareVersion(1);
-        int spokes = 0;
-        double rim = 0.0; // what records of version 0 do not say
-        stream >> spokes;
-        if (version >= 1) {
-            stream >> rim;
-        }
-        m_spokes = spokes;
-        m_rim = rim;
-    }
+    void Serialize(TuStreamWriteBinary& stream) const override;
+    void Serialize(TuStreamReadBinary& stream) override;
     TU_DECLARE_EXTENSIONS;
 
 private:
@@ -56,24 +44,74 @@ private:
 TU_DEFINE_RTTI_ROOT(Wheel, &Wheel::CreateByFactory, nullptr);
 TU_DEFINE_EXTENSIONS(Wheel, ISerializable)
 
+void Wheel::Serialize(TuStreamWriteBinary& stream) const
+{
+    stream.WriteVersion(1); // 1: the rim was added
+    stream << m_spokes << m_rim;
+}
+
+void Wheel::Serialize(TuStreamReadBinary& stream)
+{
+    const unsigned int version = stream.ReadAndCompareVersion(1);
+    int spokes = 0;
+    double rim = 0.0; // what records of version 0 do not say
+    stream >> spokes;
+    if (version >= 1) {
+        stream >> rim;
+    }
+    m_spokes = spokes; // only now: a failed read leaves the object as it was
+    m_rim = rim;
+}
+
+void store(const Wheel& wheel, const CString& path)
+{
+    TaStreamWriteBinaryFile file(path, TaStreamWriteBinaryFile::eWM_Safe);
+    file.WriteChunk(wheel);
+    file.Commit(); // the old file, or the new one, never a half
+}
+
+/// The reader knows no wheels: the class is found by the name in the chunk.
+TuScopedPointer<ISerializable> load(const CString& path)
+{
+    TaStreamReadBinaryFile file(path);
+    return TuScopedPointer<ISerializable>(file.ReadChunk());
+}
+
+/// The beginning of a record as a program of another version writes it.
+TaStreamReadBinaryBuffer readRecord(TaStreamWriteBinaryBuffer& record, unsigned int version)
+{
+    record.Clear();
+    record.WriteVersion(version);
+    record << 36;
+    return TaStreamReadBinaryBuffer(record);
+}
+
 } // namespace
 
 int main()
 {
-    TuSmartPointer<Wheel> wheel = TuMake<Wheel>(16, 622.0);
-    const TuWeakPointer<Wheel> observer(wheel.Get());
+    const CString path = u"versionedrecord.bin";
+    store(*TuMake<Wheel>(16, 622.0), path);
+    const TuScopedPointer<ISerializable> object = load(path);
+    const bool isRemoved = platform::RemovePath(path.GetView());
+    std::cout << "a chunk of the class " << CString(object->GetClassName()).ToUtf8() << '\n';
 
-    TaStreamWriteBinaryBuffer written;
-    written.WriteChunk(*wheel);
-    wheel.Reset(); // the last reference: the observer's link is cleared
-    std::printf("%zu bytes written, the wheel is %s\n", written.GetSize(),
-        observer.Lock().IsNull() ? "gone" : "still there");
+    const auto* const back = dynamic_cast<const Wheel*>(object.Get());
+    const bool isBack = back != nullptr && back->GetSpokes() == 16 && back->GetRim() == 622.0;
 
-    // The reader knows no wheels: the class is found by the name in the chunk.
-    TaStreamReadBinaryBuffer reader(written.GetData(), written.GetSize());
-    const TuScopedPointer<ISerializable> object(reader.ReadChunk());
-    const auto& back = dynamic_cast<const Wheel&>(*object);
-    std::printf("%s: %d spokes, %.0f mm\n", CString(object->GetClassName()).ToUtf8().c_str(),
-        back.GetSpokes(), back.GetRim());
-    return back.GetSpokes() == 16 && object->IsKindOf(Wheel::RTTI) ? 0 : 1;
+    TaStreamWriteBinaryBuffer record;
+    Wheel old(1, 1.0);
+    auto fromOlder = readRecord(record, 0);
+    old.Serialize(fromOlder);
+    const bool isOld = old.GetSpokes() == 36 && old.GetRim() == 0.0;
+
+    bool isRefused = false;
+    try {
+        auto fromNewer = readRecord(record, 2);
+        old.Serialize(fromNewer);
+    } catch (const TuExceptionWrongFileVersion& failure) {
+        std::cout << "refused: " << failure.what() << '\n';
+        isRefused = old.GetSpokes() == 36;
+    }
+    return isRemoved && isBack && isOld && isRefused ? 0 : 1;
 }

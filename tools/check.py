@@ -110,6 +110,31 @@ def check_links():
                 find(name, line, f"links to {match[1]}, which is not there")
 
 
+def check_quotes():
+    """A code block behind <!-- from FILE --> stands in that file, but for indentation; a line `...`
+    leaves some out. So guides cannot drift away from the examples, which the tests build and run."""
+    for name in tracked("*.md"):
+        lines = (ROOT / name).read_text().split("\n")
+        for number, line in enumerate(lines, 1):
+            mark = re.fullmatch(r"<!-- from (\S+) -->", line)
+            if not mark:
+                continue
+            if not (ROOT / mark[1]).exists() or not lines[number].startswith("```"):
+                find(name, number, "a file of the tree stands in the mark, and a code block behind it")
+                continue
+            source = [text.strip() for text in (ROOT / mark[1]).read_text().split("\n")]
+            quoted = [text.strip() for text in lines[number + 1:lines.index("```", number + 1)]]
+            at = 0
+            while quoted:
+                length = quoted.index("...") if "..." in quoted else len(quoted)
+                part, quoted = quoted[:length], quoted[length + 1:]
+                at = next((i for i in range(at, len(source)) if source[i:i + length] == part), None)
+                if at is None:
+                    find(name, number, f"{mark[1]} has no such lines, in this order: {part[0]}")
+                    break
+                at += length
+
+
 def main():
     for name in tracked("*.h", "*.cpp"):
         lines = (ROOT / name).read_text(encoding="utf-8").split("\n")
@@ -118,6 +143,7 @@ def main():
     check_lists()
     check_maps()
     check_links()
+    check_quotes()
     for finding in sorted(findings):
         print(finding)
     print(f"rules: {len(findings)} findings" if findings else "rules: kept")
