@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -60,14 +61,15 @@ protected:
 
     void compute() override
     {
-        m_smoothed = m_heights;
+        std::vector<double> row = m_heights;
         for (int step = 0; step < m_steps; ++step) {
             setProgress(static_cast<double>(step) / m_steps, u"smoothing");
             if (isBreak()) {
                 return;
             }
-            smoothOnce();
+            smoothOnce(row);
         }
+        m_smoothed = std::move(row);
     }
 
     void describeInterface() const override
@@ -79,15 +81,15 @@ protected:
     }
 
 private:
-    void smoothOnce()
+    void smoothOnce(std::vector<double>& row) const
     {
-        const std::vector<double> before = m_smoothed;
+        const std::vector<double> before = row;
         for (std::size_t i = 1; i + 1 < before.size(); ++i) {
-            m_smoothed[i] = (before[i - 1] + before[i] + before[i + 1]) / 3;
+            row[i] = (before[i - 1] + before[i] + before[i + 1]) / 3;
         }
         if (!IsFlagsSet(kKeepEnds)) {
-            m_smoothed.front() = (before[0] + before[1]) / 2;
-            m_smoothed.back() = (before[before.size() - 1] + before[before.size() - 2]) / 2;
+            row.front() = (before[0] + before[1]) / 2;
+            row.back() = (before[before.size() - 1] + before[before.size() - 2]) / 2;
         }
     }
 
