@@ -1,5 +1,5 @@
-// A tree that two threads share: one builds and changes it under write locks, the other reads it, and
-// what they made is stored and read back.
+// A tree that two threads share: one builds and changes it under write locks, the other reads it,
+// and what they made is stored and read back.
 
 #include "tabase/tadatahandlelockonly.h"
 #include "tabase/tadatamanager.h"
