@@ -15,11 +15,8 @@ step_format() { tools/format.sh --check; }
 
 step_rules() { python3 tools/check.py; }
 
-# The reference, with the guides as pages, in build/doxygen/html; a warning fails.
-step_doxygen() {
-    mkdir -p build
-    doxygen docs/Doxyfile
-}
+# The reference, with the guides as pages, in build/doxygen; a warning fails.
+step_doxygen() { doxygen docs/Doxyfile; }
 
 step_headers() { cmake --build --preset release --target groundwork_headers tabase_headers; }
 
