@@ -13,6 +13,7 @@ packages=(g++ cmake ninja-build ccache pkg-config git python3 ca-certificates
     zlib1g-dev         # the ZIP codec, checksums
     liblzma-dev        # a library for the dictionary codec
     libcli11-dev       # tamesh: command line
+    libedit-dev        # tamesh: lines that can be edited
     libstb-dev         # tamesh: PNG files, letters in pictures
     libglib2.0-dev     # an example: handlers in the loop of another library
     libgtest-dev       # tests

@@ -6,22 +6,36 @@
 #include "tamesh/guard.h"
 #include "tamesh/session/jobconsole.h"
 
+#include <algorithm>
 #include <sstream>
 #include <stdexcept>
+#include <string_view>
 
 namespace tamesh {
 
 namespace {
 
-    /// An account of the library, line by line.
-    std::string indent(const CString& account)
+    /// The lines of an account of the library for which isWanted(line).
+    template <class IsWanted> std::string takeLines(const CString& account, IsWanted&& isWanted)
     {
         std::istringstream lines(account.ToUtf8());
         std::string text;
         for (std::string line; std::getline(lines, line);) {
-            text += "  " + MakeDisplayText(line) + "\n";
+            if (isWanted(line)) {
+                text += "  " + MakeDisplayText(line) + "\n";
+            }
         }
         return text;
+    }
+
+    /// The account of a manager begins with the tree, which `tree` shows.
+    std::string describeLocks(TaDataManager& manager)
+    {
+        const std::string locks = takeLines(manager.ToString(), [](std::string_view line) {
+            return line.substr(std::min(line.find_first_not_of(' '), line.size()))
+                .starts_with("thread ");
+        });
+        return locks.empty() ? "  no part of the tree is locked\n" : locks;
     }
 
 } // namespace
@@ -57,12 +71,12 @@ long long StatusHandler::handleMessage(const TaMessage& message)
 std::string StatusHandler::describe(const SCommand& command)
 {
     if (command.id == eCI_Locks) {
-        return indent(m_session.tree.GetManager().ToString());
+        return describeLocks(m_session.tree.GetManager());
     }
     if (command.id == eCI_Queues) {
         TuStreamWriteASCIIStringT<CString> account;
         TaMessageDispatcher::GetInstance().Dump(account);
-        return indent(account.GetText());
+        return takeLines(account.GetText(), [](const std::string&) { return true; });
     }
     return changeSettings(command.assignments);
 }
