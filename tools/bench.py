@@ -194,7 +194,10 @@ def write_table(results, output):
         *growth_rows(results),
     ]
     notes = (ROOT / "benchmarks/notes.md").read_text().strip()
-    output.write_text("\n".join([*head, *lines, *growth, "", notes]) + "\n")
+    former = output.read_text() if output.exists() else ""
+    road = re.search(r"^## The road of tamesh\n.*?(?=^## )", former, re.S | re.M)
+    kept = [road.group(0).rstrip(), ""] if road else []
+    output.write_text("\n".join([*head, *lines, *growth, "", *kept, notes]) + "\n")
     print(f"wrote {output}")
 
 
