@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds tamesh and runs it on real scanned meshes: draws pictures of them,
-# finds paths, packs them as documents, whole and small, and shows those with their figures; makes meshes of its
-# own, too. A second run does only what is new. Nothing is written outside build/.
+# finds paths, packs them as documents, whole and small, and shows those with their figures; makes
+# meshes of its own, too. Then the whole road in one session: meshes from a file and from a server,
+# commands beside one another, results in a document, and that as a report. A second run does only
+# what is new. Nothing is written outside build/.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -193,6 +195,55 @@ for mesh in "${inputs[@]}"; do
     pack_small "$mesh"
 done
 
+serve() { # a folder; prints the port: a server on this machine alone, until the demo ends
+    python3 - "$1" <<'PYTHON' >"$results/port" &
+import functools, http.server, sys
+handler = functools.partial(http.server.SimpleHTTPRequestHandler, directory=sys.argv[1])
+handler.log_message = lambda *_: None
+server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), handler)
+print(server.server_port, flush=True)
+server.serve_forever()
+PYTHON
+    server=$!
+    trap 'kill $server 2>/dev/null || true' EXIT
+    for _ in $(seq 100); do
+        [ ! -s "$results/port" ] || break
+        sleep 0.1
+    done
+}
+
+step 'The whole road: a session from a mesh to a document and a report'
+first=${inputs[0]}
+name=$(basename "$first" .off)
+road=$results/road
+up=z
+[ "${first%/*}" != "$meshes" ] || up=y
+serve "$(dirname "$first")"
+"$tamesh" make terrain 60 -o "$results/small.off"
+cat >"$road.txt" <<SCRIPT
+# What happens in the background and what comes behind it work on different meshes.
+open $results/small.off
+info $name; components $name
+distance $name --from 0 &
+picture small -o $results/small.png --size 600x400
+wait
+path $name --from 0 --to $(($(figure vertices "$tamesh" info "$first") - 1))
+colour $name --by distance
+picture $name --path --up $up --view 1,1,2 -o $road.png
+pack $name --bits 16
+save $name -o $road.tadoc
+close $name
+open $road.tadoc --as again
+SCRIPT
+echo "http://127.0.0.1:PORT/$name.off, and the commands of $road.txt:"
+"$tamesh" run "http://127.0.0.1:$(cat "$results/port")/$name.off" --script "$road.txt" \
+    | cut -c1-100 | tee "$road.log"
+check 'the number of vertices that came over the network and through the document' \
+    "$(sed -n 's/^again: \([0-9]*\) vertices.*/\1/p' "$road.log")" \
+    "$(figure vertices "$tamesh" info "$first")"
+"$tamesh" check "$road.tadoc"
+"$tamesh" report "$road.tadoc" -o "$road.html"
+
 step 'A mesh with a fault'
 printf 'OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 7\n' >"$results/fault.off"
 code=0
@@ -201,4 +252,7 @@ check 'the exit code' "$code" 1
 
 step 'Done'
 echo "Pictures (.png), documents (.tadoc) and their figures (.txt) are in $results, the"
-echo "meshes in $meshes and $results. Try: $tamesh --help"
+echo "meshes in $meshes and $results. Try: $tamesh --help, or $tamesh shell $first"
+echo "a picture:  $road.png"
+echo "a document: $road.tadoc"
+echo "a report:   $road.html"
