@@ -166,6 +166,9 @@ namespace {
                 lines.Add(nameOf(item), item.size, "bytes,", getFate(item));
             }
         }
+        if (survey.GetForm() == Survey::eF_Chunks && !survey.GetFault().empty()) {
+            lines.Add("put right:", MakeDisplayText(survey.GetFault()));
+        }
         return lines.GetText();
     }
 
