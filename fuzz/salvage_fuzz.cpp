@@ -16,10 +16,12 @@ void demand(bool isTrue)
     }
 }
 
+/// A part that is.
 bool hasUnknown(const DocumentSurvey& survey)
 {
-    return std::ranges::any_of(survey.GetItems(),
-        [](const auto& item) { return item.state == DocumentSurvey::eS_Unknown; });
+    return std::ranges::any_of(survey.GetItems(), [](const auto& item) {
+        return item.IsRescued() && item.state == DocumentSurvey::eS_Unknown;
+    });
 }
 
 bool canBeLoaded(const std::vector<std::uint8_t>& bytes)

@@ -244,6 +244,14 @@ check 'the number of vertices that came over the network and through the documen
 "$tamesh" check "$road.tadoc"
 "$tamesh" report "$road.tadoc" -o "$road.html"
 
+step 'A document without its end'
+"$tamesh" check "$results/sphere.tadoc"
+head -c 9000 "$results/sphere.tadoc" >"$results/damaged.tadoc"
+code=0
+"$tamesh" salvage "$results/damaged.tadoc" -o "$results/salvaged.tadoc" 2>&1 || code=$?
+check 'the exit code of the loss' "$code" 1
+"$tamesh" check "$results/salvaged.tadoc"
+
 step 'A mesh with a fault'
 printf 'OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 7\n' >"$results/fault.off"
 code=0

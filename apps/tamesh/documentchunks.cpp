@@ -94,7 +94,7 @@ CString ReadPartName(TaStreamReadBinaryBuffer& payload)
 TuSmartPointer<TaNode> ReadPart(std::span<const unsigned char> payload, const Progress* progress)
 {
     TaStreamReadBinaryBuffer stream(payload.data(), payload.size());
-    const auto part = TuMake<TaNode>(ReadPartName(stream), true, true);
+    auto part = TuMake<TaNode>(ReadPartName(stream), true, true);
     InterruptibleReader interruptible(stream, progress);
     TaNodeTreeReader(interruptible).Read(part);
     checkAtEnd(stream);

@@ -175,7 +175,7 @@ namespace {
     /// Empty where nothing is.
     std::string findLoss(const Survey& survey)
     {
-        const std::string names
+        std::string names
             = listNames(survey, [](const Survey::SItem& item) { return item.IsLost(); });
         if (survey.GetForm() == Survey::eF_Chunks && !survey.IsPartsKnown()) {
             return (names.empty() ? "" : names + ", and ")

@@ -189,7 +189,10 @@ private:
             item.fault = "a damaged copy of another chunk";
         } else {
             item.state = eS_Damaged;
-            item.fault = "its checksum is wrong";
+            const bool isWhole
+                = place.size >= kFrameOverhead && frame.length == place.size - kFrameOverhead;
+            item.fault
+                = isWhole ? "its checksum is wrong" : "bytes of it are missing, or others added";
         }
         m_items.push_back(std::move(item));
     }
@@ -293,7 +296,7 @@ void DocumentSurvey::surveyChunks(bool isStartSound, const Progress* progress)
     Listing(walk, names.chunks, m_items).List(progress);
     const auto isLater
         = [](const SItem& item) { return item.kind == eCK_Head && item.state == eS_Unknown; };
-    if (std::ranges::any_of(m_items, isLater)) {
+    if (m_program.IsEmpty() && std::ranges::any_of(m_items, isLater)) {
         m_form = eF_Later;
     } else if (isStartSound
         || std::ranges::any_of(m_items, [](const SItem& item) { return item.kind.has_value(); })) {

@@ -61,9 +61,9 @@ void DocumentWriter::AddParts(const TaNode& top, const Progress* progress)
             = [&node](TuStreamWriteBinary& stream) { TaNodeTreeWriter(stream).Write(node); };
         const std::uint64_t treeSize = countBytes(writeTree, progress);
         if (treeSize != kNothing) {
-            const CString name = node.GetName();
-            const auto writeName = [name](TuStreamWriteBinary& stream) { stream << name; };
-            m_head.parts.push_back(name);
+            const auto writeName
+                = [name = node.GetName()](TuStreamWriteBinary& stream) { stream << name; };
+            m_head.parts.push_back(node.GetName());
             m_parts.push_back({ countBytes(writeName) + treeSize,
                 [writeName, writeTree](TuStreamWriteBinary& stream) {
                     writeName(stream);
