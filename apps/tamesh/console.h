@@ -23,6 +23,8 @@ public:
     virtual unsigned int GetErrorWidth() const = 0;
     /// Whether the user wants to be told how far long work is.
     virtual bool IsProgressWanted() const { return true; }
+    /// How long to wait for the other side of a connection, in milliseconds.
+    virtual unsigned int GetNetworkTimeout() const { return 30'000; }
     /// From a clock that never goes back.
     virtual std::uint64_t GetMilliseconds() const = 0;
     /// Set, once and for all, when the user wants the program to stop.
@@ -38,6 +40,7 @@ public:
     bool IsErrorTerminal() const override;
     unsigned int GetErrorWidth() const override;
     bool IsProgressWanted() const override { return m_isProgressWanted; }
+    unsigned int GetNetworkTimeout() const override { return m_networkTimeout; }
     std::uint64_t GetMilliseconds() const override;
     const TuEvent& GetInterrupt() const override { return m_interrupt; }
 
@@ -45,6 +48,7 @@ public:
     TuEvent& GetInterruptToClear() { return m_interrupt; }
 
     void SetProgressWanted(bool isWanted) { m_isProgressWanted = isWanted; }
+    void SetNetworkTimeout(unsigned int milliseconds) { m_networkTimeout = milliseconds; }
     /// What Ctrl-C does. A second one, later than a second after the first, ends the program where
     /// it stands. (What sends the signal to a program and to its group sends it twice at once.)
     /// One thread at a time.
@@ -52,6 +56,7 @@ public:
 
 private:
     bool m_isProgressWanted = true;
+    unsigned int m_networkTimeout = 30'000;
     TuEvent m_interrupt{ true };
     std::uint64_t m_interruptTime = 0;
 };

@@ -344,6 +344,7 @@ int run(std::vector<std::string> arguments)
         ->trigger_on_parse();
     app.parse_complete_callback([&] {
         console.SetProgressWanted(settings.IsProgressShown());
+        console.SetNetworkTimeout(settings.GetNetworkTimeout());
         if (!settings.Remember()) {
             console.WriteError("tamesh: the settings cannot be kept for later runs\n");
         }

@@ -4,6 +4,7 @@
 #include "tamesh/documentwriter.h"
 #include "tamesh/files.h"
 #include "tamesh/meshreader.h"
+#include "tamesh/networkmesh.h"
 #include "tamesh/offwriter.h"
 #include "tamesh/progress.h"
 
@@ -11,6 +12,9 @@ namespace tamesh {
 
 Mesh ReadMeshFile(IConsole& console, const std::string& name)
 {
+    if (IsNetworkName(name)) {
+        return ReadNetworkMesh(console, name);
+    }
     InputFile file(name);
     Progress progress(console, "reading " + name, file.GetSize());
     return ReadMesh({ name, file.GetStream(), file.GetSize(), &progress });

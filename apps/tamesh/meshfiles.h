@@ -15,7 +15,7 @@ class IConsole;
 // Whole files that the user named, with a progress bar. Failures are those of InputFile,
 // OutputFile, and what reads or writes their contents.
 
-/// By the format that the name tells.
+/// By the format that the name tells; of a file, or a text on the network (see ReadNetworkMesh).
 Mesh ReadMeshFile(IConsole& console, const std::string& name);
 /// As OFF.
 void WriteMeshFile(IConsole& console, const std::string& name, const Mesh& mesh);

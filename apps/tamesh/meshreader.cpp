@@ -21,20 +21,25 @@ EMeshFormat GetMeshFormat(std::string_view fileName)
                             : eMF_Unknown;
 }
 
+void CheckMeshFormat(const std::string& fileName)
+{
+    if (GetMeshFormat(fileName) == eMF_Unknown) {
+        throw MeshFailure(
+            TU_HERE, fileName, 0, "unknown format; the name of a mesh ends in .off, .obj or .stl");
+    }
+}
+
 Mesh ReadMesh(const SMeshInput& input)
 {
+    CheckMeshFormat(input.name);
     switch (GetMeshFormat(input.name)) {
     case eMF_OFF:
         return ReadOFF(input);
     case eMF_OBJ:
         return ReadOBJ(input);
-    case eMF_STL:
+    default:
         return ReadSTL(input);
-    case eMF_Unknown:
-        break;
     }
-    throw MeshFailure(
-        TU_HERE, input.name, 0, "unknown format; the name of a mesh ends in .off, .obj or .stl");
 }
 
 } // namespace tamesh

@@ -19,6 +19,9 @@ enum EMeshFormat
 /// By the ending of the name, in capitals or not.
 EMeshFormat GetMeshFormat(std::string_view fileName);
 
+/// Throws MeshFailure for a name that tells none.
+void CheckMeshFormat(const std::string& fileName);
+
 /// Reads a whole mesh. What comes back is sound: coordinates are finite, and every face has at
 /// least three corners, which name vertices that are there.
 ///

@@ -18,6 +18,7 @@ namespace {
     {
         eT_Digits = 1,
         eT_Progress,
+        eT_Timeout,
         eT_TreeDepth,
     };
 
@@ -28,6 +29,8 @@ namespace {
             return "significant digits of coordinates, 0 for as many as they need";
         case eT_Progress:
             return "whether long work shows how far it is";
+        case eT_Timeout:
+            return "how many seconds the other side of a connection is waited for";
         case eT_TreeDepth:
             return "how many levels of a document's data tree are shown";
         default:
@@ -49,6 +52,8 @@ namespace {
         add(u"digits", 0, eT_Digits);
         limit(u"digits", 0, 17);
         add(u"progress", true, eT_Progress);
+        add(u"timeout", 30, eT_Timeout);
+        limit(u"timeout", 1, 3600);
         add(u"tree-depth", 40, eT_TreeDepth);
         limit(u"tree-depth", 0, 40); // the lines of a tree grow with the depth
         return description;

@@ -33,6 +33,11 @@ public:
     int GetDigits() const { return get(u"digits").ToInt(); }
     /// How deep data trees are shown.
     int GetTreeDepth() const { return get(u"tree-depth").ToInt(); }
+    /// In milliseconds.
+    unsigned int GetNetworkTimeout() const
+    {
+        return static_cast<unsigned int>(get(u"timeout").ToInt()) * 1000;
+    }
     bool IsProgressShown() const { return get(u"progress").ToBool(); }
 
     /// A line for each setting: its name, value, limits, and what it is.

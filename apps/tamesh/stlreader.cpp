@@ -170,11 +170,16 @@ Mesh ReadSTL(const SMeshInput& input)
             reinterpret_cast<const unsigned char*>(head.data()) + kHeadSize - sizeof(count));
         expected = kHeadSize + std::uint64_t{ count } * kTriangleSize;
     }
-    if (expected != 0 && expected == input.size) {
+    const bool isBinary = expected != 0 && expected == input.size;
+    if (isBinary && !input.isTextOnly) {
         return readTriangles(input, count);
     }
-    if (startsAsText(begun)) {
+    if (!isBinary && startsAsText(begun)) {
         return TextSTLReader(input, begun).Read();
+    }
+    if (input.isTextOnly) {
+        throw MeshFailure(TU_HERE, input.name, 0,
+            "is no text STL, which begins with \"solid\"; binary STL is not read over the network");
     }
     throw MeshFailure(TU_HERE, input.name, 0,
         expected == 0
