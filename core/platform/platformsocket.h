@@ -78,8 +78,8 @@ public:
     bool ShutDownSending();
 
     bool IsOpen() const { return m_handle != kNoHandle; }
-    /// Bytes sent still travel, unless some that came in were not received: then the other side may
-    /// find the connection reset.
+    /// Bytes sent still travel; but where some that came in were not received, the other side may
+    /// find the connection reset, and lose them.
     void Close();
 
 private:

@@ -110,6 +110,7 @@ TEST_F(NetworkMeshTest, WhatDoesNotComeWholeIsRefusedWithItsReason)
     expectFailure(info("tcp", faltering(kMesh)), late);
 
     // What comes whole is looked at as a file is.
+    m_console.timeout = 30'000;
     EXPECT_EQ(infoOf("tcp", kMesh.substr(0, 16)), eEC_Failed);
     EXPECT_TRUE(m_console.error.starts_with(m_name + ":3: the file ends after")) << m_console.error;
     EXPECT_EQ(infoOf("http", answerWith("")), eEC_Failed);

@@ -42,10 +42,13 @@ void TaExchangeHTTP(const TaNetworkAddress& address, const STaHTTPRequest& reque
         std::size_t count = 0;
         do {
             count = socket.Receive(buffer.get(), kBufferSize);
+            if (!response.Take({ buffer.get(), count })) {
+                break;
+            }
             if (request.progress != nullptr) {
                 request.progress->onProgress(response.GetFraction(), CString());
             }
-        } while (count != 0 && response.Take({ buffer.get(), count }));
+        } while (count != 0);
     }
     response.End(socket.GetEnd());
 }

@@ -28,9 +28,6 @@ TaStreamWriteASCIITCPIP::TaStreamWriteASCIITCPIP(TaSocket&& connection, bool sep
 
 TaStreamWriteASCIITCPIP::~TaStreamWriteASCIITCPIP()
 {
-    if (GetEnd().kind != eNE_None) {
-        return; // has been thrown before
-    }
     try {
         Close();
     } catch (const std::exception& failure) {
@@ -43,11 +40,10 @@ TaStreamWriteASCIITCPIP::~TaStreamWriteASCIITCPIP()
 
 void TaStreamWriteASCIITCPIP::Flush()
 {
-    if (!IsOpen()) {
-        throw TuExceptionStream(TU_HERE, u"cannot send: the connection is closed");
-    }
+    checkOpen();
     if (!getSocket().Send(m_buffer.data(), m_buffer.size())) {
-        throw TuExceptionStream(TU_HERE, u"cannot send: " + GetEnd().text);
+        getSocket().Close(); // so that the loss is thrown, and not reported once more
+        checkOpen();
     }
     m_buffer.clear();
 }
@@ -57,12 +53,7 @@ void TaStreamWriteASCIITCPIP::Close()
     if (!IsOpen()) {
         return;
     }
-    try {
-        Flush();
-    } catch (...) {
-        getSocket().Close();
-        throw;
-    }
+    Flush();
     getSocket().ShutDownSending();
     getSocket().Close();
 }
@@ -73,11 +64,19 @@ void TaStreamWriteASCIITCPIP::write(const char16_t* text) { append(platform::ToC
 
 void TaStreamWriteASCIITCPIP::append(std::string_view text)
 {
-    if (!IsOpen()) {
-        throw TuExceptionStream(TU_HERE, u"cannot send: the connection is closed");
-    }
+    checkOpen();
     m_buffer += text;
     if (m_buffer.size() >= kBufferSize) {
         Flush();
+    }
+}
+
+void TaStreamWriteASCIITCPIP::checkOpen() const
+{
+    if (!IsOpen()) {
+        throw TuExceptionStream(TU_HERE,
+            u"cannot send: "
+                + (GetEnd().kind == eNE_None ? CString(u"the connection is closed")
+                                             : GetEnd().text));
     }
 }

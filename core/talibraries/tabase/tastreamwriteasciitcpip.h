@@ -33,6 +33,7 @@ private:
     void write(const char* text) override;
     void write(const char16_t* text) override;
     void append(std::string_view text);
+    void checkOpen() const;
 
     std::string m_buffer;
 };
