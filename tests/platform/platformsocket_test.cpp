@@ -8,7 +8,6 @@
 #include <atomic>
 #include <string>
 #include <thread>
-#include <utility>
 
 namespace {
 
@@ -138,23 +137,6 @@ TEST(PlatformSocketTest, WhatFailsSaysWhy)
     EXPECT_EQ(none.Accept(socket, kPatience), eSR_Failed);
     EXPECT_FALSE(none.ShutDownSending());
     EXPECT_EQ(none.GetPort(), 0);
-}
-
-TEST(PlatformSocketTest, AMovedSocketIsTheConnection)
-{
-    SPair pair;
-    Socket moved(std::move(pair.near));
-    pair.near = std::move(moved);
-    EXPECT_FALSE(moved.IsOpen());
-    EXPECT_EQ(pair.near.Send("x", 1, kPatience), eSR_Done);
-    moved = std::move(pair.near);
-    { // the former connection is closed
-        Socket other;
-        moved = std::move(other);
-    }
-    ESocketResult end = eSR_Done;
-    EXPECT_EQ(receiveAll(pair.far, end), "x");
-    EXPECT_EQ(end, eSR_Ended);
 }
 
 TEST(PlatformSocketTest, AHostIsFoundByItsName)
