@@ -118,6 +118,9 @@ namespace {
 ESocketResult Socket::Connect(std::string_view host, std::uint16_t port, const SSocketWait& wait)
 {
     Close();
+    if (wait.isStopped && wait.isStopped()) {
+        return eSR_Stopped; // before the name is looked up, which nothing stops
+    }
     const std::uint64_t deadline = GetDeadline(wait.milliseconds);
     Addresses addresses;
     ESocketResult result = findAddresses(host, port, addresses);

@@ -169,6 +169,9 @@ ESocketResult Socket::Connect(std::string_view host, std::uint16_t port, const S
     if (!isStarted()) {
         return eSR_Failed;
     }
+    if (wait.isStopped && wait.isStopped()) {
+        return eSR_Stopped; // before the name is looked up, which nothing stops
+    }
     const std::uint64_t deadline = GetDeadline(wait.milliseconds);
     Addresses addresses;
     ESocketResult result = findAddresses(host, port, addresses);
