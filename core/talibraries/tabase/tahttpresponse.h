@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 /// The answer of an HTTP server (version 1.0 or 1.1) to one request, taken apart as its bytes
 /// arrive; it knows nothing of connections.
