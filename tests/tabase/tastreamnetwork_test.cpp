@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -160,14 +161,17 @@ TEST(TaStreamTCPIPTest, WithoutAConnectionThereIsNoStream)
 TEST(TaStreamHTTPTest, TheEndComesWithTheLastByte)
 {
     std::string request;
-    const LoopbackServer server([&](LoopbackServer::Connection& connection) {
-        request = connection.ReceiveUntil("\r\n\r\n");
-        connection.Send("HTTP/1.1 200 OK\r\nContent-Length: 6\r\n\r\n12 \xFF"
-                        "45");
-    });
-    const CString address = addressOf(server, "/a b.off?c");
-    TaStreamReadASCIIHTTP words(address);
-    const std::string authority = server.GetAddress("http").substr(7);
+    std::string authority;
+    const auto fetch = [&] {
+        const LoopbackServer server([&](LoopbackServer::Connection& connection) {
+            request = connection.ReceiveUntil("\r\n\r\n");
+            connection.Send("HTTP/1.1 200 OK\r\nContent-Length: 6\r\n\r\n12 \xFF"
+                            "45");
+        });
+        authority = server.GetAddress("http").substr(7);
+        return TaStreamReadASCIIHTTP(addressOf(server, "/a b.off?c"));
+    };
+    TaStreamReadASCIIHTTP words = fetch();
     EXPECT_EQ(request,
         "GET /a%20b.off?c HTTP/1.1\r\nHost: " + authority
             + "\r\nUser-Agent: TaBase\r\nAccept: */*\r\nAccept-Encoding: identity\r\n"
@@ -221,6 +225,7 @@ TEST(TaStreamHTTPTest, ASourceKnowsWhyItsAnswerIsNotWhole)
     TuEvent stop(true);
     end = endOf(
         [&](LoopbackServer::Connection& connection) {
+            connection.ReceiveUntil("\r\n\r\n"); // the connection is there
             connection.Send(begun);
             stop.Set();
             connection.AwaitEnd();
@@ -234,26 +239,30 @@ TEST(TaStreamHTTPTest, ASourceKnowsWhyItsAnswerIsNotWhole)
 
 TEST(TaStreamHTTPTest, WhatIsSentIsWhatWasWritten)
 {
-    std::string request;
-    std::string body;
-    std::string answer = "HTTP/1.1 500 Full\r\n\r\n";
-    const LoopbackServer server([&](LoopbackServer::Connection& connection) {
-        request = connection.ReceiveUntil("\r\n\r\n");
-        body = connection.Receive(5005);
-        connection.Send(answer);
-    });
-    TaStreamWriteASCIIHTTP writer(addressOf(server));
-    writer << 17 << CString(std::u16string(5000, u'x')); // longer than a conversion at a time
-    const std::string account = ExpectFailure<TuExceptionStream>([&] { writer.Send(); });
-    EXPECT_NE(account.find("cannot send: the server answers 500 Full"), account.npos) << account;
-    EXPECT_EQ(writer.GetStatus(), 500u);
-    body.clear();
-    answer = "HTTP/1.1 201 Created\r\nContent-Length: 2\r\n\r\n";
-    writer.Send(); // it has been kept
-    EXPECT_EQ(writer.GetEnd().kind, eNE_Complete);
-    EXPECT_EQ(body, "17\n" + std::string(5000, 'x') + "\r\n");
+    std::vector<std::string> requests;
+    {
+        const LoopbackServer server([&](LoopbackServer::Connection& connection) {
+            requests.push_back(connection.ReceiveUntil("\r\n\r\n"));
+            requests.back() += connection.Receive(5005);
+            connection.Send(requests.size() == 1
+                    ? "HTTP/1.1 500 Full\r\n\r\n"
+                    : "HTTP/1.1 201 Created\r\nContent-Length: 2\r\n\r\n");
+        });
+        TaStreamWriteASCIIHTTP writer(addressOf(server));
+        writer << 17 << CString(std::u16string(5000, u'x')); // longer than a conversion at a time
+        const std::string account = ExpectFailure<TuExceptionStream>([&] { writer.Send(); });
+        EXPECT_NE(account.find("cannot send: the server answers 500 Full"), account.npos)
+            << account;
+        EXPECT_EQ(writer.GetStatus(), 500u);
+        writer.Send(); // it has been kept
+        EXPECT_EQ(writer.GetEnd().kind, eNE_Complete);
+    }
+    ASSERT_EQ(requests.size(), 2u);
+    EXPECT_EQ(requests[0], requests[1]);
+    const std::string& request = requests[1];
     EXPECT_TRUE(request.starts_with("PUT /a.off HTTP/1.1\r\n")) << request;
-    EXPECT_NE(request.find("\r\nContent-Length: 5005\r\n"), request.npos) << request;
+    EXPECT_TRUE(request.ends_with(
+        "\r\nContent-Length: 5005\r\n\r\n17\n" + std::string(5000, 'x') + "\r\n"));
 }
 
 } // namespace
