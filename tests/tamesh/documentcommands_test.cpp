@@ -104,7 +104,7 @@ TEST_F(DocumentCommandsTest, WhatIsLostIsNamedHarmlessly)
     m_folder.WriteAll("a.tadoc", BytesOf([&](auto& stream) {
         DocumentWriter writer;
         writer.AddStored(u"\x1B[2J", AsBytes(payload)); // of a later version of trees
-        writer.AddStored(u"\x1B[2J", AsBytes(payload.substr(0, 14))); // cut, but with a checksum
+        writer.AddStored(u"\x1B[2J", AsBytes(payload).first(14)); // cut, but with a checksum
         writer.Write(stream);
     }));
     EXPECT_EQ(CheckDocuments(m_console, { name("a.tadoc") }), eEC_Failed);
