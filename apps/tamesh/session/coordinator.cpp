@@ -39,10 +39,12 @@ unsigned int Coordinator::Start(SCommand command, const SCommandSettings& settin
 
 EExitCode Coordinator::WaitFor(unsigned int job)
 {
+    m_awaited = job;
     while (m_running.contains(job)) {
         serve();
     }
-    return m_lastCode;
+    m_awaited = 0;
+    return m_awaitedCode;
 }
 
 EExitCode Coordinator::WaitForAll()
@@ -86,8 +88,9 @@ void Coordinator::onReport(const JobReport& report)
 {
     if (report.GetKind() == JobReport::eK_Ended) {
         m_running.erase(report.GetJob());
-        m_lastCode = report.GetCode();
-        if (m_worstCode == eEC_Done) {
+        if (report.GetJob() == m_awaited) {
+            m_awaitedCode = report.GetCode(); // which WaitFor tells
+        } else if (m_worstCode == eEC_Done) {
             m_worstCode = report.GetCode();
         }
     }

@@ -51,7 +51,7 @@ public:
     /// Posts it, and returns its job number.
     unsigned int Start(SCommand command, const SCommandSettings& settings);
     /// Serves the handlers of this thread until the job has ended, or all have. Returns what the
-    /// job ended with, or the first of all that did not end well.
+    /// job ended with, or the first code of those that nobody waited for and that did not end well.
     EExitCode WaitFor(unsigned int job);
     EExitCode WaitForAll();
     bool IsIdle() const { return m_running.empty(); }
@@ -67,8 +67,9 @@ private:
     TaObservable m_reports;
     unsigned int m_lastJob = 0;
     std::set<unsigned int> m_running;
-    EExitCode m_lastCode = eEC_Done; // of the job that has ended last
-    EExitCode m_worstCode = eEC_Done; // since WaitForAll
+    unsigned int m_awaited = 0; // the job that WaitFor waits for; 0 for none
+    EExitCode m_awaitedCode = eEC_Done;
+    EExitCode m_worstCode = eEC_Done; // of the others since WaitForAll
     bool m_hasLine = false;
     std::optional<std::string> m_line;
 };
