@@ -8,6 +8,7 @@
 #include "tamesh/documentcommands.h"
 #include "tamesh/optionforms.h"
 #include "tamesh/optionscommands.h"
+#include "tamesh/reportcommand.h"
 #include "tamesh/session/script.h"
 #include "tamesh/session/shell.h"
 #include "tamesh/settings.h"
@@ -214,6 +215,28 @@ private:
     std::string m_output;
 };
 
+/// `tamesh report`.
+class ReportCommand
+{
+public:
+    ReportCommand(CLI::App& app, tamesh::IConsole& console, tamesh::EExitCode& code)
+    {
+        CLI::App* report = app.add_subcommand("report", "Shows a document in a page for browsers");
+        report->add_option("DOC", m_input, "document (.tadoc)")->required();
+        report->add_option("-o,--output", m_output, "page to write")
+            ->required()
+            ->check(tamesh::EndingWith(".html"));
+        report->callback(
+            [this, &console, &code] { code = tamesh::ReportDocument(console, m_input, m_output); });
+    }
+    ReportCommand(const ReportCommand&) = delete;
+    ReportCommand& operator=(const ReportCommand&) = delete;
+
+private:
+    std::string m_input;
+    std::string m_output;
+};
+
 /// `tamesh run` and `tamesh shell`.
 class SessionCommands
 {
@@ -354,6 +377,7 @@ int run(std::vector<std::string> arguments)
     });
     MeshCommands meshCommands(app, console, settings, code);
     DocumentCommands documentCommands(app, console, code);
+    ReportCommand reportCommand(app, console, code);
     SessionCommands sessionCommands(app, console, settings, code);
     OptionsCommands optionsCommands(app, console, code);
 
