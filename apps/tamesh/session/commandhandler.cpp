@@ -41,7 +41,7 @@ long long CommandHandler::handleMessage(const TaMessage& message)
         return TaMessageHandlerThreaded::handleMessage(message);
     }
     const SCommand& command = order->GetCommand();
-    JobConsole console(m_session.console, m_session.reader, order->GetJob(), command.isBackground);
+    JobConsole console(m_session.console, m_session.reader, *order);
     const EExitCode code = Guard(console, getSubject(command), [&] {
         CheckInterrupt(console); // it may have waited for long
         carryOut({ command, order->GetSettings(), console });

@@ -6,11 +6,10 @@
 namespace tamesh {
 
 JobConsole::JobConsole(
-    const IConsole& user, const TaMessageHandlerBase& reader, unsigned int job, bool isBackground)
+    const IConsole& user, const TaMessageHandlerBase& reader, const SessionCommand& command)
     : m_user(user)
     , m_reader(reader)
-    , m_job(job)
-    , m_isBackground(isBackground)
+    , m_command(command)
 {
 }
 
@@ -27,7 +26,7 @@ void JobConsole::End(EExitCode code) { post(JobReport::eK_Ended, {}, code); }
 void JobConsole::post(JobReport::EKind kind, std::string_view text, EExitCode code)
 {
     TaMessageDispatcher::PostMessage(TU_HERE_IN("apps/tamesh/session/jobconsole"),
-        TuMake<JobReport>(m_job, kind, std::string(text), code), m_reader);
+        TuMake<JobReport>(m_command.GetJob(), kind, std::string(text), code), m_reader);
 }
 
 } // namespace tamesh

@@ -2,6 +2,7 @@
 
 #include "tamesh/console.h"
 #include "tamesh/session/jobreport.h"
+#include "tamesh/session/sessioncommand.h"
 
 class TaMessageHandlerBase;
 
@@ -15,18 +16,25 @@ namespace tamesh {
 class JobConsole final : public IConsole
 {
 public:
-    /// Of a command in the background the user sees no bar.
-    JobConsole(const IConsole& user, const TaMessageHandlerBase& reader, unsigned int job,
-        bool isBackground);
+    /// Of a command in the background the user sees no bar. The command outlives the console.
+    JobConsole(
+        const IConsole& user, const TaMessageHandlerBase& reader, const SessionCommand& command);
 
     [[nodiscard]] bool WriteOutput(std::string_view text) override;
     void WriteError(std::string_view text) override;
     /// The last report.
     void End(EExitCode code);
 
-    bool IsErrorTerminal() const override { return !m_isBackground && m_user.IsErrorTerminal(); }
+    bool IsErrorTerminal() const override
+    {
+        return !m_command.GetCommand().isBackground && m_user.IsErrorTerminal();
+    }
     unsigned int GetErrorWidth() const override { return m_user.GetErrorWidth(); }
-    bool IsProgressWanted() const override { return m_user.IsProgressWanted(); }
+    bool IsProgressWanted() const override { return m_command.GetSettings().isProgressShown; }
+    unsigned int GetNetworkTimeout() const override
+    {
+        return m_command.GetSettings().networkTimeout;
+    }
     std::uint64_t GetMilliseconds() const override { return m_user.GetMilliseconds(); }
     const TuEvent& GetInterrupt() const override { return m_user.GetInterrupt(); }
 
@@ -35,8 +43,7 @@ private:
 
     const IConsole& m_user;
     const TaMessageHandlerBase& m_reader;
-    const unsigned int m_job;
-    const bool m_isBackground;
+    const SessionCommand& m_command;
 };
 
 } // namespace tamesh

@@ -43,7 +43,8 @@ public:
 private:
     SCommandSettings getSettings() const
     {
-        return { m_settings.GetDigits(), m_settings.GetTreeDepth() };
+        return { m_settings.GetDigits(), m_settings.GetTreeDepth(), m_settings.IsProgressShown(),
+            m_settings.GetNetworkTimeout() };
     }
 
     IConsole& m_console;

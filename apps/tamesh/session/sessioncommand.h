@@ -75,6 +75,8 @@ struct SCommandSettings
 {
     int digits = 0; // as SViewOptions
     int treeDepth = 40;
+    bool isProgressShown = true;
+    unsigned int networkTimeout = 30'000; // in milliseconds
 };
 
 /// A command of the user, on its way to the handler that carries it out.

@@ -61,7 +61,7 @@ long long StatusHandler::handleMessage(const TaMessage& message)
         return TaMessageHandler::handleMessage(message);
     }
     const SCommand& command = order->GetCommand();
-    JobConsole console(m_session.console, m_session.reader, order->GetJob(), command.isBackground);
+    JobConsole console(m_session.console, m_session.reader, *order);
     const EExitCode code
         = Guard(console, command.text, [&] { WriteResult(console, describe(command)); });
     console.End(code);
