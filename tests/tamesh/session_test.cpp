@@ -404,6 +404,12 @@ TEST_F(RunTest, AnInterruptBreaksTheLineOfAShellWhichThenGoesOn)
         eEC_Done);
     EXPECT_EQ(takeErrors(), "path --from 0 --to 6000: interrupted\n");
     EXPECT_TRUE(takeOutput().find("(path)") != std::string::npos);
+    // Between two commands it breaks neither, but the line all the same.
+    m_console.interruptBy = "(components)";
+    EXPECT_EQ(type({ { "open @strip.off" }, { "components; close; quit" } }), eEC_Interrupted);
+    EXPECT_EQ(takeErrors(), "close: interrupted\n");
+    EXPECT_TRUE(takeOutput().find("closed") == std::string::npos);
+    m_console.interrupt.Reset();
     // One that comes at the prompt breaks what goes on, and no more.
     EXPECT_EQ(type({ { "open @sphere.off" }, { "distance --from 0 &" },
                   { "close", [&] { m_console.interrupt.Set(); } } }),

@@ -24,6 +24,9 @@ public:
     bool WriteOutput(std::string_view text) override
     {
         output += text;
+        if (!interruptBy.empty() && text.find(interruptBy) != text.npos) {
+            interrupt.Set();
+        }
         return !isFull;
     }
     void WriteError(std::string_view text) override { error += text; }
@@ -41,6 +44,7 @@ public:
     std::string output;
     std::string error;
     bool isFull = false;
+    std::string interruptBy; // a result
     mutable std::atomic<unsigned int> looks = 0;
     std::atomic<unsigned int> interruptAt = 0; // which look; 0 for none
     TuEvent interrupt{ true };

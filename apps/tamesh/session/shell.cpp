@@ -31,6 +31,7 @@ namespace {
 
     private:
         bool carryOut(const std::string& line);
+        void sayInterrupted(const SCommand& next);
         void forgetInterrupt();
 
         IConsole& m_console;
@@ -80,15 +81,25 @@ namespace {
         }
         forgetInterrupt();
         for (const SCommand& command : commands) {
+            if (&command != &commands.front() && m_console.GetInterrupt().IsSet()) {
+                sayInterrupted(command); // the rest of the line is not begun
+                break;
+            }
             if (command.id == eCI_Quit) {
                 return false;
             }
             m_code = m_session.Execute(command);
-            if (m_console.GetInterrupt().IsSet()) {
-                break; // the rest of the line is not begun
-            }
         }
         return true;
+    }
+
+    /// One that came between two commands has broken none that could say so.
+    void Shell::sayInterrupted(const SCommand& next)
+    {
+        if (m_code != eEC_Interrupted) {
+            m_session.GetPrinter().PrintNotice(next.text + ": interrupted\n");
+            m_code = eEC_Interrupted;
+        }
     }
 
     /// One that came while nothing was to be interrupted, or what it has broken has ended.
