@@ -11,6 +11,7 @@ import shutil
 import signal
 import subprocess
 import sys
+import threading
 
 TIMEOUT = 100
 signal.signal(signal.SIGINT, signal.SIG_DFL)  # a test in the background is started without
@@ -59,7 +60,7 @@ def run(commands, code, out_pattern, error_pattern, *options):
 
 
 expect(0, '', '', 'make', 'torus', '12', '-o', 'torus.off')
-expect(0, '', '', 'make', 'sphere', '60', '-o', 'sphere.off')
+expect(0, '', '', 'make', 'sphere', '150', '-o', 'sphere.off')
 OPENED = r'^torus: 144 vertices, 144 faces, of torus\.off\n'
 
 # Each command, what it says, and what it says where it fails.
@@ -111,8 +112,12 @@ expect(2, '', '^there is no command', 'shell', stdin='ä'.encode())
 
 
 def start(*words):
-    return subprocess.Popen([*program, *words], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+    work = subprocess.Popen([*program, *words], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                             stderr=subprocess.PIPE)
+    end = threading.Timer(TIMEOUT, work.kill)  # else who reads its output may wait for ever
+    end.daemon = True
+    end.start()
+    return work
 
 
 # An interrupt ends a script, whatever it does just now, and leaves no half of a file.
