@@ -95,7 +95,9 @@ TEST_F(SessionLocksTest, AnInterruptEndsCommandsThatWaitForLocks)
     say("close a &");
     ASSERT_TRUE(isAsking("asks to write Root/a"));
     m_console.interrupt.Set();
+    const std::uint64_t deadline = platform::GetDeadline(TreeLocks::kPatienceMs / 3);
     EXPECT_EQ(m_session.Wait(), eEC_Interrupted);
+    EXPECT_NE(platform::GetMillisecondsUntil(deadline), 0u); // they have not run out of patience
     std::string errors = takeErrors();
     EXPECT_EQ(std::ranges::count(errors, '\n'), 4) << errors;
     for (const char* line : { "a: interrupted\n", "b: interrupted\n" }) {
@@ -154,7 +156,7 @@ TEST_F(SessionLocksTest, TheCodeOfACommandIsItsOwnWhateverEndsInTheBackground)
 /// An interrupt at every look at the clock, which each step of the work takes.
 TEST_F(SessionLocksTest, AnInterruptInTheMidstOfACommandLeavesAllAsItWas)
 {
-    writeMesh("big.off", MakeSphere(35));
+    writeMesh("big.off", MakeSphere(60));
     answer("open @big.off; path big --from 0 --to 4000");
     const auto before = getParts("big");
     for (const std::string line : { "info big", "components big", "colour big --by curvature",
@@ -175,11 +177,13 @@ TEST_F(SessionLocksTest, AnInterruptInTheMidstOfACommandLeavesAllAsItWas)
         unsigned int broken = 0;
         for (unsigned int look = 1; look <= looks; look += 1 + looks / 20) {
             const auto parts = getParts("big");
-            m_console.interruptAt = m_console.looks + look;
+            const unsigned int begun = m_console.looks;
+            m_console.interruptAt = begun + look;
             const EExitCode code = say(line);
             m_console.interruptAt = 0;
             if (code == eEC_Interrupted) {
                 ++broken;
+                EXPECT_LE(m_console.looks - begun, look + 3) << looks; // at once
                 EXPECT_EQ(m_session.GetTree().GetNames().size(), 3u);
                 EXPECT_TRUE(line.starts_with("save") || getParts("big") == parts);
             }
