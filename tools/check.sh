@@ -104,7 +104,7 @@ if [ "${1:-}" = --without-tests ]; then
 fi
 [ $# -eq 0 ] || steps=("$@")
 
-tools/setup.sh --check
+tools/setup.sh --check --report
 for step in "${steps[@]}"; do
     echo "== $step"
     start=$SECONDS

@@ -3,6 +3,7 @@
 #   --check   also what tools/check.sh needs
 #   --bench   also the benchmarks and their peers
 #   --windows also building for Windows and running that here
+#   --report  also the browser in which a report of tamesh is tested
 # On another system it prints what is needed and fails if something is missing.
 set -euo pipefail
 
@@ -36,8 +37,11 @@ for argument in "$@"; do
         packages+=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine64
             googletest) # its sources: there is no package for the target
         ;;
+    --report)
+        packages+=(chromium)
+        ;;
     *)
-        echo "usage: tools/setup.sh [--check] [--bench] [--windows]" >&2
+        echo "usage: tools/setup.sh [--check] [--bench] [--windows] [--report]" >&2
         exit 2
         ;;
     esac

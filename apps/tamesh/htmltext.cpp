@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstdint>
 
 namespace tamesh {
 
@@ -34,12 +35,6 @@ HtmlText& HtmlText::Text(std::string_view text)
             m_text += unit;
         }
     }
-    return *this;
-}
-
-HtmlText& HtmlText::Number(std::uint64_t number)
-{
-    m_text += std::to_string(number);
     return *this;
 }
 

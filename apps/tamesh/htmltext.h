@@ -1,7 +1,7 @@
 #pragma once
 
+#include <concepts>
 #include <cstddef>
-#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -26,7 +26,11 @@ public:
     /// For people to read, between tags or in an attribute: without control characters, cut where
     /// it is long. What is no UTF-8 becomes U+FFFD.
     HtmlText& Text(std::string_view text);
-    HtmlText& Number(std::uint64_t number);
+    template <std::integral T> HtmlText& Number(T number)
+    {
+        m_text += std::to_string(number);
+        return *this;
+    }
     /// With three decimals: for places in drawings.
     HtmlText& Place(double number);
     /// In the alphabet of RFC 4648, padded.

@@ -22,6 +22,7 @@ namespace {
 
         void Take(const SMessageHistory::SStep& step)
         {
+            noteSeen(step);
             const bool isNew = step.step == SMessageTrace::eS_Queued;
             SMessageSpan* const span = isNew ? open(step) : find(step);
             if (span == nullptr) {
@@ -36,6 +37,9 @@ namespace {
                 break;
             case SMessageTrace::eS_Delivered:
                 span->delivered = step.microseconds;
+                if (!step.isSend && !span->command.empty()) {
+                    m_busy[step.threadID] = static_cast<std::size_t>(span - m_spans.data());
+                }
                 break;
             default:
                 span->ended = step.microseconds;
@@ -46,6 +50,18 @@ namespace {
         std::vector<SMessageSpan> TakeSpans() { return std::move(m_spans); }
 
     private:
+        void noteSeen(const SMessageHistory::SStep& step)
+        {
+            const auto busy = m_busy.find(step.threadID);
+            if (busy == m_busy.end()) {
+                return;
+            }
+            if (step.step == SMessageTrace::eS_Delivered && !step.isSend) {
+                m_busy.erase(busy); // the thread begins with another
+            } else {
+                m_spans[busy->second].lastSeen = step.microseconds;
+            }
+        }
         /// The one that the step goes on with: of the same message, and of the same handler where
         /// both are known. Null where there is none, and no room for another.
         SMessageSpan* find(const SMessageHistory::SStep& step)
@@ -92,6 +108,7 @@ namespace {
         std::map<std::uint32_t, const std::string*> m_commands;
         std::vector<SMessageSpan> m_spans;
         std::multimap<std::uint32_t, std::size_t> m_open; // places of those without an end
+        std::map<std::uint32_t, std::size_t> m_busy; // by thread: the command it works on
     };
 
 } // namespace

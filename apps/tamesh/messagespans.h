@@ -24,6 +24,9 @@ struct SMessageSpan
     std::optional<std::uint64_t> queued;
     std::optional<std::uint64_t> delivered;
     std::optional<std::uint64_t> ended;
+    /// Of a command: the last step of any message that the thread made which handles it. The end of
+    /// a posted message leaves no step of its own.
+    std::optional<std::uint64_t> lastSeen;
 
     std::uint64_t GetStart() const
     {
@@ -32,7 +35,7 @@ struct SMessageSpan
     /// Of what is known of it.
     std::uint64_t GetEnd() const
     {
-        return std::max(GetStart(), ended.value_or(delivered.value_or(0)));
+        return std::max(GetStart(), ended.value_or(lastSeen.value_or(delivered.value_or(0))));
     }
 };
 

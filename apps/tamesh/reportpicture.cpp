@@ -104,8 +104,8 @@ namespace {
         TaStreamWriteBinaryBuffer png;
         WritePNG(png, image);
         html.Mark("<img id=\"picture\" alt=\"").Text(title).Mark("\" width=\"");
-        html.Number(static_cast<std::uint64_t>(image.GetSize().width)).Mark("\" height=\"");
-        html.Number(static_cast<std::uint64_t>(image.GetSize().height));
+        html.Number(image.GetSize().width).Mark("\" height=\"");
+        html.Number(image.GetSize().height);
         html.Mark("\" src=\"data:image/png;base64,");
         html.Base64({ png.GetData(), png.GetSize() }).Mark("\">\n");
     }

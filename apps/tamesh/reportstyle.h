@@ -20,8 +20,10 @@ p.about, .more, i { color: var(--soft); }
 img { max-width: 100%; height: auto; background: #fff; }
 table { border-collapse: collapse; }
 th, td { padding: .15rem .9rem .15rem 0; text-align: left; vertical-align: top;
-  overflow-wrap: anywhere; border-bottom: 1px solid var(--line); unicode-bidi: isolate; }
+  border-bottom: 1px solid var(--line); unicode-bidi: isolate; }
 table.values th { min-width: 12rem; font-weight: normal; color: var(--soft); }
+table.values th, table.values td { overflow-wrap: anywhere; }
+.wide th, .wide td { white-space: nowrap; }
 td.number { text-align: right; font-variant-numeric: tabular-nums; }
 .parts { display: flex; flex-wrap: wrap; gap: 0 3rem; }
 .parts section { min-width: 0; }
@@ -35,7 +37,7 @@ svg text.time { fill: var(--soft); }
 svg text.lane { font-weight: bold; }
 svg .lane { fill: var(--lane); }
 svg text.lane { fill: var(--ink); }
-svg .tick { stroke: var(--line); }
+svg .tick { stroke: var(--line); pointer-events: none; }
 svg .wait { fill: var(--wait); }
 svg .work { fill: var(--work); }
 svg .begin { stroke: var(--ink); }

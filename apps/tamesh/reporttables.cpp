@@ -148,7 +148,6 @@ namespace {
             }
             const auto isReached
                 = [](float distance) { return distance != TaGraphNode::GetInitialWeight(); };
-            addRow(lead + "from vertex", std::to_string(data.GetFrom()));
             addRow(lead + "vertices reached",
                 std::to_string(std::ranges::count_if(distances, isReached)));
             addRow(lead + "unit", format(data.GetUnit()));

@@ -1,5 +1,6 @@
 #include "tamesh/timeline.h"
 
+#include "tamesh/figurelines.h"
 #include "tamesh/htmltext.h"
 #include "tamesh/messagespans.h"
 
@@ -29,6 +30,13 @@ namespace {
     double toMilliseconds(std::uint64_t microseconds)
     {
         return static_cast<double>(microseconds) / 1000.0;
+    }
+
+    /// With the digits that tell the ticks of an axis apart.
+    std::string formatTime(double milliseconds)
+    {
+        constexpr int kDigits = 9;
+        return std::string(FormatNumber(milliseconds, kDigits).GetView());
     }
 
     /// The part of a session that the spans take, as the width of the drawing.
@@ -68,9 +76,9 @@ namespace {
                     break;
                 }
                 html.Mark("<line class=\"tick\" x1=\"").Place(place).Mark("%\" x2=\"");
-                html.Place(place).Mark("%\" y1=\"0\" y2=\"").Place(height).Mark("\"/>");
+                html.Place(place).Mark("%\" y1=\"0\" y2=\"").Number(height).Mark("\"/>");
                 html.Mark("<text class=\"time\" dx=\"3\" y=\"12\" x=\"").Place(place);
-                html.Mark("%\">").Place(time).Mark(" ms</text>\n");
+                html.Mark("%\">").Text(formatTime(time)).Mark(" ms</text>\n");
             }
         }
 
@@ -149,7 +157,13 @@ namespace {
 
     std::string_view getOutcome(const SMessageSpan& span)
     {
-        return span.isDropped ? "dropped" : span.ended ? "answered" : "without an answer";
+        if (span.isDropped) {
+            return "dropped";
+        }
+        if (!span.delivered) {
+            return span.ended ? "answered" : "waiting";
+        }
+        return span.ended ? "answered" : span.isSend ? "without an answer" : "delivered";
     }
 
     void addTime(HtmlText& html, std::optional<std::uint64_t> time)
@@ -177,9 +191,9 @@ namespace {
 
         void Add(const SLane& lane)
         {
-            m_html.Mark("<rect class=\"lane\" width=\"100%\" y=\"").Place(m_top);
-            m_html.Mark("\" height=\"").Place(lane.GetHeight() - 2).Mark("\"/>");
-            m_html.Mark("<text class=\"lane\" x=\"4\" y=\"").Place(m_top + 13).Mark("\">");
+            m_html.Mark("<rect class=\"lane\" width=\"100%\" y=\"").Number(m_top);
+            m_html.Mark("\" height=\"").Number(lane.GetHeight() - 2).Mark("\"/>");
+            m_html.Mark("<text class=\"lane\" x=\"4\" y=\"").Number(m_top + 13).Mark("\">");
             m_html.Text(getHandlerName(lane.name)).Mark("</text>\n");
             for (const SLane::SBar& bar : lane.bars) {
                 addBar(*bar.span, m_top + kNameHeight + static_cast<int>(bar.row) * kRowHeight);
@@ -197,7 +211,7 @@ namespace {
             m_html.Text(getLabel(span)).Mark("\n").Text(getOutcome(span)).Mark(", waited ");
             addTime(m_html, getDuration(span.queued, span.delivered));
             m_html.Mark(" ms, took ");
-            addTime(m_html, getDuration(span.delivered, span.ended));
+            addTime(m_html, getDuration(span.delivered, span.GetEnd()));
             m_html.Mark(" ms</title>");
             m_html.Mark("<rect class=\"wait\"");
             addBox(start, begin, top);
@@ -220,15 +234,15 @@ namespace {
             } else {
                 m_html.Mark("<line class=\"begin\" x1=\"");
             }
-            m_html.Place(place).Mark("%\" x2=\"").Place(place).Mark("%\" y1=\"").Place(top);
-            m_html.Mark("\" y2=\"").Place(top + kBarHeight).Mark("\"/>");
+            m_html.Place(place).Mark("%\" x2=\"").Place(place).Mark("%\" y1=\"").Number(top);
+            m_html.Mark("\" y2=\"").Number(top + kBarHeight).Mark("\"/>");
         }
         void addBox(std::uint64_t start, std::uint64_t end, int top)
         {
             const double left = m_axis.GetPlace(start);
             m_html.Mark(" x=\"").Place(left).Mark("%\" width=\"");
-            m_html.Place(m_axis.GetPlace(end) - left).Mark("%\" y=\"").Place(top);
-            m_html.Mark("\" height=\"").Place(kBarHeight).Mark("\"");
+            m_html.Place(m_axis.GetPlace(end) - left).Mark("%\" y=\"").Number(top);
+            m_html.Mark("\" height=\"").Number(kBarHeight).Mark("\"");
         }
 
         HtmlText& m_html;
@@ -246,7 +260,7 @@ namespace {
         html.Mark(
             "<div class=\"wide\"><svg id=\"timeline\" role=\"img\" aria-label=\"Messages over "
             "time\" width=\"100%\" height=\"");
-        html.Place(height).Mark("\">\n");
+        html.Number(height).Mark("\">\n");
         const TimeAxis axis(spans);
         Drawing drawing(html, axis);
         for (const SLane& lane : lanes) {
@@ -271,7 +285,7 @@ namespace {
             html.Mark("</td><td class=\"number\">");
             addTime(html, getDuration(span.queued, span.delivered));
             html.Mark("</td><td class=\"number\">");
-            addTime(html, getDuration(span.delivered, span.ended));
+            addTime(html, getDuration(span.delivered, span.GetEnd()));
             html.Mark("</td><td>").Text(getOutcome(span)).Mark("</td></tr>\n");
         }
         html.Mark("</table></div>\n");
@@ -290,6 +304,10 @@ void AddTimeline(HtmlText& html, const SMessageHistory& history)
     if (spans.empty()) {
         return;
     }
+    html.Mark(
+        "<p class=\"about\">A bar is light while a message waits, dark while it is handled, and "
+        "ends with a thick mark where it was dropped. No trace tells the end of a posted "
+        "message: that of a command is the last message that its thread sent meanwhile.</p>\n");
     addDrawing(html, spans);
     if (spans.size() == kMostSpans) {
         html.Mark("<p class=\"more\">Messages behind the first ").Number(kMostSpans);

@@ -85,6 +85,17 @@ expect(2 "" "^./saved.tadoc: is the document itself; " salvage saved.tadoc -o ./
 expect(1 "" "^old.tadoc: this is no document, and holds no chunk of one\n$" salvage old.tadoc -o saved.tadoc)
 file(REMOVE ${FOLDER}/damaged.tadoc ${FOLDER}/saved.tadoc ${FOLDER}/saved.off)
 
+# A page for browsers.
+expect(0 "" "" report good.tadoc -o report.html)
+file(READ ${FOLDER}/report.html page)
+if(NOT page MATCHES "^<!DOCTYPE html>.*good.tadoc.*data:image/png;base64,iVBOR.*Source file.*</html>\n$")
+  message(SEND_ERROR "report.html is no report:\n${page}")
+endif()
+expect(1 "" "^old.tadoc: TuException[^\n]+\n$" report old.tadoc -o report.html)
+file(REMOVE ${FOLDER}/report.html)
+expect(1 "" "^nowhere/a.html: cannot create a temporary file beside it: "
+  report good.tadoc -o nowhere/a.html)
+
 foreach(shape terrain torus sphere)
   expect(0 "" "" make ${shape} 8 -o ${shape}.off)
   expect(0 "\n  components +1\n" "" info ${shape}.off)
@@ -167,6 +178,7 @@ expect(2 "" "${usage} pack" pack good.off -o good.tadoc --bits 8 --lossless)
 expect(2 "" "${usage} unpack" unpack good.tadoc -o good.tadoc)
 expect(2 "" "${usage} check" check)
 expect(2 "" "${usage} salvage" salvage good.tadoc -o good.off)
+expect(2 "" "${usage} report" report good.tadoc -o good.tadoc)
 expect(2 "" "^tamesh: --from: [^\n]*: 1,2\n.*${usage} path" path good.off --from 1,2 --to 3)
 expect(2 "" "${usage} path" path good.off --from 1)
 expect(2 "" "${usage} picture" picture good.off --by height)
