@@ -3,6 +3,8 @@
 #include "tabase/tamessagetrace.h"
 
 #include <map>
+#include <span>
+#include <utility>
 
 namespace tamesh {
 
@@ -116,7 +118,8 @@ namespace {
 std::vector<SMessageSpan> FindMessageSpans(const SMessageHistory& history, std::size_t most)
 {
     SpanFinder finder(history, most);
-    for (const SMessageHistory::SStep& step : history.steps) {
+    const std::span steps(history.steps);
+    for (const auto& step : steps.first(std::min(steps.size(), kMostTracedSteps))) {
         finder.Take(step);
     }
     return finder.TakeSpans();

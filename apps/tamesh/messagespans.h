@@ -39,8 +39,10 @@ struct SMessageSpan
     }
 };
 
-/// In the order in which the messages turn up, at most so many. A trace may begin and end amid the
-/// way of a message, and may be anybody's.
+constexpr std::size_t kMostTracedSteps = 30000;
+
+/// In the order in which the messages turn up, at most so many, of the first kMostTracedSteps
+/// steps. A trace may begin and end amid the way of a message, and may be anybody's.
 std::vector<SMessageSpan> FindMessageSpans(const SMessageHistory& history, std::size_t most);
 
 } // namespace tamesh

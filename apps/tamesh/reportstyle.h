@@ -13,8 +13,6 @@ body { margin: 0 auto; max-width: 75rem; padding: 1rem 1.5rem; background: var(-
   color: var(--ink); font: 15px/1.45 system-ui, sans-serif; }
 h1 { margin: .5rem 0 0; overflow-wrap: anywhere; }
 h2 { margin: 2rem 0 .5rem; border-bottom: 1px solid var(--line); }
-nav a { margin-right: 1rem; }
-a { color: inherit; }
 p.about, .more, i { color: var(--soft); }
 .note { color: var(--bad); }
 img { max-width: 100%; height: auto; background: #fff; }
@@ -42,7 +40,7 @@ svg .wait { fill: var(--wait); }
 svg .work { fill: var(--work); }
 svg .begin { stroke: var(--ink); }
 svg .dropped { stroke: var(--bad); stroke-width: 3; }
-@media print { nav, button, label { display: none; } .wide { overflow: visible; } }
+@media print { button, label { display: none; } .wide { overflow: visible; } }
 )";
 
 // Its hash stands in the page's policy: a browser tells the new one when it refuses a changed one.

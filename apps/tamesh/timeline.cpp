@@ -129,13 +129,15 @@ namespace {
         }
     };
 
-    std::vector<SLane> makeLanes(const Spans& spans)
+    /// Of the first handlers. Counts the messages of the others.
+    std::vector<SLane> makeLanes(const Spans& spans, std::size_t& leftOut)
     {
         std::vector<SLane> lanes;
         for (const SMessageSpan& span : spans) {
             auto lane = std::ranges::find(lanes, span.handler, &SLane::name);
             if (lane == lanes.end()) {
                 if (lanes.size() == kMostLanes) {
+                    ++leftOut;
                     continue;
                 }
                 lane = lanes.insert(lane, { span.handler, {}, {} });
@@ -252,7 +254,8 @@ namespace {
 
     void addDrawing(HtmlText& html, const Spans& spans)
     {
-        const std::vector<SLane> lanes = makeLanes(spans);
+        std::size_t leftOut = 0;
+        const std::vector<SLane> lanes = makeLanes(spans, leftOut);
         int height = kAxisHeight;
         for (const SLane& lane : lanes) {
             height += lane.GetHeight();
@@ -268,6 +271,10 @@ namespace {
         }
         axis.Draw(html, height);
         html.Mark("</svg></div>\n");
+        if (leftOut != 0) {
+            html.Mark("<p class=\"more\">… ").Number(leftOut);
+            html.Mark(" more messages, of other handlers</p>\n");
+        }
     }
 
     void addTable(HtmlText& html, const Spans& spans)
@@ -309,9 +316,8 @@ void AddTimeline(HtmlText& html, const SMessageHistory& history)
         "ends with a thick mark where it was dropped. No trace tells the end of a posted "
         "message: that of a command is the last message that its thread sent meanwhile.</p>\n");
     addDrawing(html, spans);
-    if (spans.size() == kMostSpans) {
-        html.Mark("<p class=\"more\">Messages behind the first ").Number(kMostSpans);
-        html.Mark(" are left out.</p>\n");
+    if (spans.size() == kMostSpans || history.steps.size() > kMostTracedSteps) {
+        html.Mark("<p class=\"more\">The trace goes on; the rest of it is left out.</p>\n");
     }
     addTable(html, spans);
 }
