@@ -81,7 +81,7 @@ for good, said, bad, complaint in (
          'cannot create a temporary file beside "no/p.tadoc"'),
         ('close', 'torus: closed\n$', 'close; close', "^session: no mesh is open; 'open FILE' "),
         ('tree', r'  Root \(TaNode\), modified\n   \|-- torus \(TaNode\)\n', 'tree b', '^b: no such mesh'),
-        ('locks', 'torus', None, None),
+        ('locks', 'no part of the tree is locked', None, None),
         ('queues', 'Compute', None, None),
         ('settings', 'digits +0 ', 'settings digits=x', '^settings: '),
         ('help', "(?s:  open .*  quit .*)'COMMAND --help' shows its options", None, None)):
