@@ -447,11 +447,14 @@ TEST(TaMessageDispatcherTest, AHookSeesEveryStepOfAMessageAndWhereItCameFrom)
     TaMessageDispatcher::SendMessage(u"f", 3, NumberMessage(0), local);
     TaMessageDispatcher::PostMessage(u"f", 4, TuMake<NumberMessage>(0));
     TaMessageDispatcher::PostMessage(u"f", 5, TuMake<NumberMessage>(0), handler);
+    TaMessageDispatcher::SendMessage(u"f", 6, NumberMessage(0), handler); // behind both
     WaitForDispatcher();
     EXPECT_EQ(TaMessageTrace::SetHook(nullptr), &trace);
     const std::string all = s_trace.Take();
-    for (const char* const part : { "queued-sent-h-f2 ", "queued-sent-l-f3 delivered-sent-l-f3 ",
-             "queued-posted-h-f4 ", "queued-posted-h-f5 " }) {
+    for (const char* const part :
+        { "queued-sent-h-f2 ", "queued-sent-l-f3 delivered-sent-l-f3 ", "queued-posted-h-f4 ",
+            "queued-posted-h-f5 ", "delivered-posted-h-f4 answered-posted-h-f4 ",
+            "delivered-posted-h-f5 answered-posted-h-f5 " }) {
         EXPECT_NE(all.find(part), std::string::npos) << all;
     }
 }

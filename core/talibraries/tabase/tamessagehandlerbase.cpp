@@ -11,6 +11,7 @@
 #include "tabase/tamessagesubscription.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -383,11 +384,22 @@ void TaMessageHandlerBase::run(TaSendNotification& notification) noexcept
 
 void TaMessageHandlerBase::run(TaPostNotification& notification) noexcept
 {
+    std::optional<CString> name; // a copy: the handler may end itself meanwhile
+    if (TaMessageTrace::IsOn()) {
+        try {
+            name = getOwnName();
+        } catch (...) { // no memory: the trace does without it
+        }
+    }
     TaMessageTrace::Report(SMessageTrace::eS_Delivered, false, notification.GetMessage(),
         notification.GetSource(), &getOwnName());
     try {
         processPostNotification(notification);
     } catch (...) { // who has posted it does not wait
+    }
+    if (!notification.GetSharedMessage().IsNull()) { // the dispatcher passes it on
+        TaMessageTrace::Report(SMessageTrace::eS_Answered, false, notification.GetMessage(),
+            notification.GetSource(), name ? &*name : nullptr);
     }
 }
 

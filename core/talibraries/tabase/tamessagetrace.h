@@ -48,12 +48,13 @@ public:
 
     /// Returns the former one; null turns it off.
     static Hook SetHook(Hook hook) noexcept;
+    static bool IsOn() noexcept { return s_hook.load(std::memory_order_acquire) != nullptr; }
 
     /// `handler` is a name; it may be null.
     static void Report(SMessageTrace::EStep step, bool isSend, const TaMessage& message,
         SMessageSource source, const CString* handler) noexcept
     {
-        if (s_hook.load(std::memory_order_acquire) != nullptr) {
+        if (IsOn()) {
             report(step, isSend, message, source, handler);
         }
     }
