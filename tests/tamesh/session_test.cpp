@@ -4,6 +4,7 @@
 #include "tamesh/meshanalysis.h"
 #include "tamesh/meshgenerator.h"
 #include "tamesh/resultvalues.h"
+#include "tamesh/session/newpart.h"
 #include "tamesh/session/script.h"
 #include "tamesh/session/shell.h"
 #include "tamesh/sessionfixture.h"
@@ -51,7 +52,8 @@ protected:
 TEST_F(SessionTest, MeshesAreKnownByTheNamesUnderWhichTheyWereOpened)
 {
     EXPECT_EQ(complaint("info"), "session: no mesh is open; 'open FILE' opens one\n");
-    EXPECT_TRUE(complaint("open @missing.off").starts_with("@missing.off: cannot open: "));
+    EXPECT_TRUE(
+        complaint("open @missing.off --as strip").starts_with("@missing.off: cannot open: "));
     EXPECT_EQ(answer("open @strip.off"), "strip: 8 vertices, 3 faces, of @strip.off\n");
     EXPECT_EQ(answer("tree strip").substr(0, 16), " strip (TaNode)\n");
     EXPECT_FALSE(node("strip")->IsModified(true));
@@ -124,6 +126,21 @@ TEST_F(SessionTest, APathIsShownKeptAndWritten)
     m_folder.WriteAll("empty.off", "OFF\n0 0 0\n");
     answer("open @empty.off");
     EXPECT_EQ(complaint("path empty --from 0 --to 0"), "empty: has no vertices\n");
+    expectConsistent();
+}
+
+TEST_F(SessionTest, APartThatIsNotFinishedLeavesTheFormerOneInItsPlace)
+{
+    answer("open @strip.off; path --from 0 --to 1");
+    const auto parts = getParts("strip");
+    {
+        const TaDataHandleLockOnly<1> handle(manager(), node("strip"));
+        ASSERT_TRUE(manager().TryLock());
+        NewPart part(manager(), node("strip"), SPartNames::kPath);
+        part.AddValue<TaPathNode, TaPathData>(SPartNames::kData, SMeshPath());
+        EXPECT_EQ(find<TaPathData>("strip", SPartNames::kPath)->GetPath().to, 1u);
+    }
+    EXPECT_EQ(getParts("strip"), parts);
     expectConsistent();
 }
 

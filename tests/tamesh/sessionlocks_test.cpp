@@ -92,8 +92,9 @@ TEST_F(SessionLocksTest, AnInterruptEndsCommandsThatWaitForLocks)
     say("path a --from 0 --to 9 &");
     say("info b &"); // waits for its handler
     say("picture a -o @a.png &");
+    ASSERT_TRUE(isAsking("asks to read Root/a;"));
     say("close a &");
-    ASSERT_TRUE(isAsking("asks to write Root/a"));
+    ASSERT_TRUE(isAsking("asks to write Root/a;"));
     m_console.interrupt.Set();
     const std::uint64_t deadline = platform::GetDeadline(TreeLocks::kPatienceMs / 3);
     EXPECT_EQ(m_session.Wait(), eEC_Interrupted);
