@@ -145,6 +145,18 @@ TEST(ScriptTest, CommandsKnowTheirLinesAndTheFirstErrorIsReportedWithIts)
     }
 }
 
+TEST(SessionTreeTest, NamesDifferInTheTreeToo)
+{
+    SessionTree tree;
+    EXPECT_EQ(tree.Reserve(""), "mesh");
+    EXPECT_EQ(tree.Reserve("mesh"), "mesh-2");
+    const std::string name = tree.Reserve("a\xFF"); // which is no text
+    EXPECT_EQ(name, CString::FromUtf8(name).ToUtf8());
+    EXPECT_EQ(tree.Reserve("a\xFE"), name + "-2");
+    tree.Release(name);
+    EXPECT_EQ(tree.Reserve("a\xFE"), name);
+}
+
 TEST(ShellTest, ALineIsCompletedByCommandsMeshesAndFiles)
 {
     const TemporaryFolder folder;

@@ -1,5 +1,6 @@
 #include "tamesh/session/sessiontree.h"
 
+#include "groundwork/cstring.h"
 #include "tamesh/displaytext.h"
 #include "tamesh/meshfailure.h"
 
@@ -15,7 +16,9 @@ SessionTree::SessionTree()
 
 std::string SessionTree::Reserve(std::string_view wish)
 {
-    const std::string base = wish.empty() ? "mesh" : MakeDisplayText(wish);
+    // As a node can have it: names that are no text would else be two here, and one in the tree.
+    const std::string text = CString::FromUtf8(wish).ToUtf8();
+    const std::string base = text.empty() ? "mesh" : MakeDisplayText(text);
     const TuCriticalSectionAuto guard(m_lock);
     std::string name = base;
     for (unsigned int number = 2; std::ranges::count(m_names, name, &SName::name) != 0; ++number) {
