@@ -417,7 +417,8 @@ TEST_F(RunTest, AnInterruptBreaksTheLineOfAShellWhichThenGoesOn)
     EXPECT_EQ(type({ { "open @sphere.off" },
                   { "path --from 0 --to 6000; close",
                       [&] { m_console.interruptAt = m_console.looks + 3; } },
-                  { "tree" }, { "path --from 0 --to 6000" } }),
+                  { "tree", [&] { EXPECT_FALSE(m_console.interrupt.IsSet()); } },
+                  { "path --from 0 --to 6000" } }),
         eEC_Done);
     EXPECT_EQ(takeErrors(), "path --from 0 --to 6000: interrupted\n");
     EXPECT_TRUE(takeOutput().find("(path)") != std::string::npos);
@@ -426,7 +427,6 @@ TEST_F(RunTest, AnInterruptBreaksTheLineOfAShellWhichThenGoesOn)
     EXPECT_EQ(type({ { "open @strip.off" }, { "components; close; quit" } }), eEC_Interrupted);
     EXPECT_EQ(takeErrors(), "close: interrupted\n");
     EXPECT_TRUE(takeOutput().find("closed") == std::string::npos);
-    m_console.interrupt.Reset();
     // One that comes at the prompt breaks what goes on, and no more.
     EXPECT_EQ(type({ { "open @sphere.off" }, { "distance --from 0 &" },
                   { "close", [&] { m_console.interrupt.Set(); } } }),

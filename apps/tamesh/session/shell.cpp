@@ -90,6 +90,8 @@ namespace {
             }
             m_code = m_session.Execute(command);
         }
+        forgetInterrupt(); // one more at the prompt is a first one again, and does not end the
+                           // program
         return true;
     }
 
