@@ -256,6 +256,7 @@ std::vector<SCommand> ParseCommandLine(std::string_view line)
 std::vector<std::string> GetCommandNames()
 {
     std::vector<std::string> names;
+    names.reserve(kEntries.size());
     for (const SEntry& entry : kEntries) {
         names.emplace_back(entry.name);
     }

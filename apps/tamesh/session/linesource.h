@@ -24,7 +24,7 @@ using Completer = std::function<std::vector<std::string>(const std::string& line
 
 /// Where a person types: lines that can be edited, with a history and completion, as far as the
 /// system has them; elsewhere, plain ones, and no prompt but on a terminal.
-std::unique_ptr<ILineSource> MakeLineSource(Completer completer);
+std::unique_ptr<ILineSource> MakeLineSource(const Completer& completer);
 
 /// Lines of standard input as they come.
 class PlainLines final : public ILineSource

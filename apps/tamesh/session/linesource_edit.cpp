@@ -157,12 +157,12 @@ namespace {
 
 } // namespace
 
-std::unique_ptr<ILineSource> MakeLineSource(Completer completer)
+std::unique_ptr<ILineSource> MakeLineSource(const Completer& completer)
 {
     if (!platform::IsInputTerminal() || !platform::IsTerminal(platform::eSS_Output)) {
         return std::make_unique<PlainLines>();
     }
-    return std::make_unique<EditedLines>(std::move(completer));
+    return std::make_unique<EditedLines>(completer);
 }
 
 } // namespace tamesh

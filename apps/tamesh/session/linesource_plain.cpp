@@ -4,6 +4,9 @@
 
 namespace tamesh {
 
-std::unique_ptr<ILineSource> MakeLineSource(Completer) { return std::make_unique<PlainLines>(); }
+std::unique_ptr<ILineSource> MakeLineSource([[maybe_unused]] const Completer& completer)
+{
+    return std::make_unique<PlainLines>();
+}
 
 } // namespace tamesh

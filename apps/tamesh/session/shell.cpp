@@ -90,8 +90,7 @@ namespace {
             }
             m_code = m_session.Execute(command);
         }
-        forgetInterrupt(); // one more at the prompt is a first one again, and does not end the
-                           // program
+        forgetInterrupt(); // one at the prompt is then a first one, which does not end the program
         return true;
     }
 
