@@ -389,6 +389,11 @@ TEST_F(RunTest, AnInterruptEndsAScriptAndAllThatGoesOn)
         eEC_Interrupted);
     EXPECT_EQ(takeErrors(), "sphere: interrupted\n");
     EXPECT_EQ(takeOutput().find("closed"), std::string::npos);
+    m_console.interrupt.Reset();
+
+    m_console.interruptBy = "(components)"; // so it breaks none
+    EXPECT_EQ(run("components\nclose"), eEC_Interrupted);
+    EXPECT_EQ(takeOutput().find("closed"), std::string::npos);
 }
 
 TEST_F(RunTest, AShellGoesOnBehindFailuresAndTellsHowItsLastCommandEnded)
