@@ -221,6 +221,7 @@ TEST_F(SessionTest, WhatIsSavedOpensAsTheSameParts)
     const std::string bytes = m_folder.ReadAll("a.tadoc");
     EXPECT_TRUE(bytesOf("torus") == bytes);
     EXPECT_TRUE(bytesOf("copy") == bytes);
+    EXPECT_NE(find<TaMeshData>("copy", u"Geometry")->GetPacked(), nullptr);
     EXPECT_EQ(getParts("copy").size() + 1, getParts("torus").size()); // the graph is not stored
 
     const auto trace = find<TaTraceData>("copy", u"Trace")->GetHistory();
