@@ -1,5 +1,6 @@
 #pragma once
 
+#include "groundwork/tuexceptions.h"
 #include "tamesh/console.h"
 #include "tamesh/exitcode.h"
 #include "tamesh/files.h"
@@ -52,6 +53,17 @@ EExitCode GuardEach(IConsole& console, const std::vector<std::string>& names, Wo
         }
     }
     return code;
+}
+
+/// Does the work on a file, whose name the failures of its stream then begin with.
+template <class Work> void NameFailures(const std::string& name, Work&& work)
+{
+    try {
+        work();
+    } catch (const TuExceptionStream& failure) {
+        const std::string report = ReportFailure(name, failure); // "NAME: what is wrong"
+        throw MeshFailure(TU_HERE_IN("apps/tamesh/guard"), name, 0, report.substr(name.size() + 2));
+    }
 }
 
 /// Makes an output file of what `write` puts into it, and reports what it throws. An interrupt

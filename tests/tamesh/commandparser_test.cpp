@@ -129,7 +129,7 @@ TEST(CommandParserTest, HelpExplainsEveryCommand)
 TEST(ScriptTest, CommandsKnowTheirLinesAndTheFirstErrorIsReportedWithIts)
 {
     const std::vector<SScriptCommand> commands
-        = ParseScript("# a script\r\n\r\ninfo; tree\r\nlocks &", "s");
+        = ParseScript("\xEF\xBB\xBF# a script\r\n\r\ninfo; tree\r\nlocks &", "s");
     ASSERT_EQ(commands.size(), 3u);
     EXPECT_EQ(commands[0].line, 3u);
     EXPECT_EQ(commands[1].line, 3u);

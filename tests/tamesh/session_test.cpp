@@ -41,7 +41,9 @@ protected:
     }
     bool isFileRefused(const std::string& line)
     {
-        return complaint(line).find(": cannot create a temporary file beside \"@no/") != line.npos;
+        const std::string text = complaint(line);
+        return text.starts_with("@no/")
+            && text.find(": cannot create a temporary file beside it: ") != text.npos;
     }
     std::string bytesOf(const std::string& mesh)
     {
@@ -259,6 +261,21 @@ TEST_F(SessionTest, AMeshThatIsClosedIsForgottenAndSaysWhetherItWasSaved)
     EXPECT_EQ(complaint("close"), "session: no mesh is open; 'open FILE' opens one\n");
     EXPECT_FALSE(manager().GetRootNode()->HasChildren());
     expectConsistent();
+}
+
+TEST_F(SessionTest, APartOfSomebodyElsesMayBeCalledGraph)
+{
+    Document document(MakeTorus(8));
+    TaDataManager& tree = document.GetTree();
+    const auto part = TuMake<TaNode>(u"Graph", true, true);
+    ASSERT_TRUE(tree.InsertNode(part, tree.GetRootNode()));
+    ASSERT_TRUE(
+        tree.InsertNode(TuMake<TaDataNodeInt32>(u"Number", TuMake<TuInt32>(1), true, true), part));
+    m_folder.WriteAll("graph.tadoc", BytesOf([&](auto& stream) { document.Save(stream); }));
+    answer("open @graph.tadoc");
+    const std::string path = answer("path --from 0 --to 9");
+    EXPECT_EQ(answer("path --from 0 --to 9"), path);
+    EXPECT_EQ(find<TuInt32>("graph", u"Graph", u"Number")->GetValue(), 1);
 }
 
 TEST_F(SessionTest, TreeLocksQueuesAndSettingsAreShown)

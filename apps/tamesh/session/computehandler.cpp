@@ -118,10 +118,12 @@ void ComputeHandler::path(const SJob& job, MeshTarget& target)
     const std::uint32_t to = find(job.command.to);
     const SMeshPath path = FindMeshPath(job.console, name, graph, from, to);
     if (!job.command.output.empty()) {
-        OutputFile file(job.command.output);
-        OutputText text(file);
-        WriteMeshPath(text, mesh, path);
-        file.Commit();
+        NameFailures(job.command.output, [&] {
+            OutputFile file(job.command.output);
+            OutputText text(file);
+            WriteMeshPath(text, mesh, path);
+            file.Commit();
+        });
     }
     target.Store(SPartNames::kPath, [&](NewPart& part) {
         TaParameterSet parameters;

@@ -57,7 +57,8 @@ void DocumentHandler::save(const SJob& job)
     // Nothing may change between what is written and the mark that all of it is.
     target.WriteAll();
     packUnlessDone(job, target);
-    WriteDocumentFile(job.console, job.command.output, *target.GetNode());
+    NameFailures(job.command.output,
+        [&] { WriteDocumentFile(job.console, job.command.output, *target.GetNode()); });
     target.GetNode()->SetModified(false, true);
     WriteResult(job.console, target.GetName() + ": saved in " + job.command.output + "\n");
 }

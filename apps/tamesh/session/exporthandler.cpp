@@ -67,7 +67,8 @@ void ExportHandler::picture(const SJob& job)
         = job.command.withPath ? getPath(target) : std::vector<std::uint32_t>();
     const Image image = DrawMesh(
         job.console, target.GetName(), target.GetMesh(), coloring, job.command.picture, path);
-    WriteImageFile(job.console, job.command.output, image);
+    NameFailures(
+        job.command.output, [&] { WriteImageFile(job.console, job.command.output, image); });
     target.Store(SPartNames::kPicture, [&](NewPart& part) {
         part.AddValue<TaParameterNode, TaParameterData>(
             SPartNames::kParameters, toParameters(job.command));

@@ -55,12 +55,13 @@ void MeshTarget::WriteGeometry()
 
 MeshGraph& MeshTarget::ReadWithGraph()
 {
+    // A document of somebody else's may have a part of that name: then the graph is not kept.
     const TuSmartPointer<TaNode> node = m_node->FindChild(TaMeshGraphNode::kName);
     m_locks.Read(getGeometry());
     m_locks.Write(node); // none locks nothing
     m_locks.Acquire(m_name);
-    if (!node.IsNull()) {
-        return dynamic_cast<TaMeshGraphNode&>(*node).GetGraph();
+    if (auto* const found = dynamic_cast<TaMeshGraphNode*>(node.Get()); found != nullptr) {
+        return found->GetGraph();
     }
     const Mesh& mesh = GetMesh();
     if (mesh.GetVertexCount() == 0) {

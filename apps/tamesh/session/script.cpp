@@ -2,6 +2,7 @@
 
 #include "tamesh/files.h"
 #include "tamesh/guard.h"
+#include "tamesh/meshlines.h"
 #include "tamesh/session/commandparser.h"
 #include "tamesh/session/session.h"
 
@@ -81,6 +82,7 @@ namespace {
 std::vector<SScriptCommand> ParseScript(std::string_view text, const std::string& name)
 {
     std::vector<SScriptCommand> commands;
+    text = WithoutByteOrderMark(text);
     for (std::uint64_t number = 1; !text.empty(); ++number) {
         const std::size_t end = std::min(text.find('\n'), text.size());
         try {

@@ -1,10 +1,8 @@
 #include "tamesh/session/treelocks.h"
 
-#include "platform/platformclock.h"
 #include "tamesh/meshfailure.h"
 #include "tamesh/progress.h"
 
-#include <algorithm>
 #include <new>
 
 namespace tamesh {
@@ -15,7 +13,7 @@ namespace {
 
 } // namespace
 
-TreeLocks::TreeLocks(TaDataManager& manager, const IConsole& console)
+TreeLocks::TreeLocks(TaDataManager& manager, IConsole& console)
     : m_manager(manager)
     , m_console(console)
 {
@@ -23,11 +21,11 @@ TreeLocks::TreeLocks(TaDataManager& manager, const IConsole& console)
 
 void TreeLocks::Acquire(const std::string& name)
 {
-    const std::uint64_t deadline = platform::GetDeadline(kPatienceMs);
-    for (;;) {
+    constexpr std::uint64_t kPatience = 3000; // in milliseconds: of a user who knows no reason
+    const std::uint64_t noticeTime = m_console.GetMilliseconds() + kPatience;
+    for (bool isTold = false;;) {
         CheckInterrupt(m_console);
-        const unsigned int left = platform::GetMillisecondsUntil(deadline);
-        switch (attempt(std::min(left, kSliceMs))) {
+        switch (attempt(kSliceMs)) {
         case TaDataManager::eLS_Granted:
             return;
         case TaDataManager::eLS_InvalidHandle:
@@ -39,10 +37,9 @@ void TreeLocks::Acquire(const std::string& name)
         default:
             break;
         }
-        if (left == 0) {
-            throw MeshFailure(TU_HERE, name, 0,
-                "other commands have not given it free for " + std::to_string(kPatienceMs / 1000)
-                    + " seconds; 'locks' shows which");
+        if (!isTold && m_console.GetMilliseconds() >= noticeTime) {
+            m_console.WriteError(name + ": waits for other commands; 'locks' shows which\n");
+            isTold = true;
         }
     }
 }
