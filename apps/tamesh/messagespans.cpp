@@ -2,6 +2,7 @@
 
 #include "tabase/tamessagetrace.h"
 
+#include <algorithm>
 #include <map>
 #include <span>
 #include <utility>
@@ -24,8 +25,11 @@ namespace {
 
         void Take(const SMessageHistory::SStep& step)
         {
-            noteSeen(step);
+            m_end = std::max(m_end, step.microseconds);
             const bool isNew = step.step == SMessageTrace::eS_Queued;
+            if (isNew && !step.isSend) {
+                endPassedOn(step);
+            }
             SMessageSpan* const span = isNew ? open(step) : find(step);
             if (span == nullptr) {
                 return;
@@ -39,29 +43,35 @@ namespace {
                 break;
             case SMessageTrace::eS_Delivered:
                 span->delivered = step.microseconds;
-                if (!step.isSend && !span->command.empty()) {
-                    m_busy[step.threadID] = static_cast<std::size_t>(span - m_spans.data());
-                }
+                span->threadID = step.threadID;
                 break;
             default:
                 span->ended = step.microseconds;
                 span->isDropped = step.step == SMessageTrace::eS_Dropped;
+                span->isPassedOn = false;
             }
         }
 
-        std::vector<SMessageSpan> TakeSpans() { return std::move(m_spans); }
+        std::vector<SMessageSpan> TakeSpans()
+        {
+            for (SMessageSpan& span : m_spans) {
+                span.traceEnd = m_end;
+            }
+            return std::move(m_spans);
+        }
 
     private:
-        void noteSeen(const SMessageHistory::SStep& step)
+        /// The dispatcher, which does not answer, queues the message that it handles once more.
+        void endPassedOn(const SMessageHistory::SStep& step)
         {
-            const auto busy = m_busy.find(step.threadID);
-            if (busy == m_busy.end()) {
-                return;
-            }
-            if (step.step == SMessageTrace::eS_Delivered && !step.isSend) {
-                m_busy.erase(busy); // the thread begins with another
-            } else {
-                m_spans[busy->second].lastSeen = step.microseconds;
+            const auto [begin, end] = m_open.equal_range(step.messageID);
+            for (auto place = begin; place != end; ++place) {
+                SMessageSpan& span = m_spans[place->second];
+                if (!span.isSend && span.delivered && !span.ended
+                    && span.threadID == step.threadID) {
+                    span.ended = step.microseconds;
+                    span.isPassedOn = true;
+                }
             }
         }
         /// The one that the step goes on with: of the same message, and of the same handler where
@@ -109,8 +119,8 @@ namespace {
         const std::size_t m_most;
         std::map<std::uint32_t, const std::string*> m_commands;
         std::vector<SMessageSpan> m_spans;
-        std::multimap<std::uint32_t, std::size_t> m_open; // places of those without an end
-        std::map<std::uint32_t, std::size_t> m_busy; // by thread: the command it works on
+        std::multimap<std::uint32_t, std::size_t> m_open; // places of those without an answer
+        std::uint64_t m_end = 0; // of the trace
     };
 
 } // namespace

@@ -21,22 +21,19 @@ struct SMessageSpan
     std::string command; // what the user asked for; empty for other messages
     bool isSend = false; // else it was posted
     bool isDropped = false; // it ended without an answer
+    bool isPassedOn = false; // it ended when the dispatcher queued it for the handlers
+    std::uint32_t threadID = 0; // of the thread that handled it; 0 where it is not known
     std::optional<std::uint64_t> queued;
     std::optional<std::uint64_t> delivered;
     std::optional<std::uint64_t> ended;
-    /// Of a command: the last step of any message that the thread made which handles it. The end of
-    /// a posted message leaves no step of its own.
-    std::optional<std::uint64_t> lastSeen;
+    std::uint64_t traceEnd = 0; // one without an end had none yet
 
     std::uint64_t GetStart() const
     {
         return queued.value_or(delivered.value_or(ended.value_or(0)));
     }
-    /// Of what is known of it.
-    std::uint64_t GetEnd() const
-    {
-        return std::max(GetStart(), ended.value_or(lastSeen.value_or(delivered.value_or(0))));
-    }
+    /// What is not over lasts to the end of the trace.
+    std::uint64_t GetEnd() const { return std::max(GetStart(), ended.value_or(traceEnd)); }
 };
 
 constexpr std::size_t kMostTracedSteps = 30000;

@@ -162,10 +162,13 @@ namespace {
         if (span.isDropped) {
             return "dropped";
         }
-        if (!span.delivered) {
-            return span.ended ? "answered" : "waiting";
+        if (span.isPassedOn) {
+            return "passed on";
         }
-        return span.ended ? "answered" : span.isSend ? "without an answer" : "delivered";
+        if (span.ended) {
+            return span.isSend ? "answered" : "handled";
+        }
+        return span.delivered ? "not over" : "waiting";
     }
 
     void addTime(HtmlText& html, std::optional<std::uint64_t> time)
@@ -313,8 +316,8 @@ void AddTimeline(HtmlText& html, const SMessageHistory& history)
     }
     html.Mark(
         "<p class=\"about\">A bar is light while a message waits, dark while it is handled, and "
-        "ends with a thick mark where it was dropped. No trace tells the end of a posted "
-        "message: that of a command is the last message that its thread sent meanwhile.</p>\n");
+        "ends with a thick mark where it was dropped. What was not over when the trace was saved "
+        "goes on to its end.</p>\n");
     addDrawing(html, spans);
     if (spans.size() == kMostSpans || history.steps.size() > kMostTracedSteps) {
         html.Mark("<p class=\"more\">The trace goes on; the rest of it is left out.</p>\n");

@@ -222,20 +222,35 @@ TEST(HtmlReportTest, LargeDocumentsMakePagesOfBoundedSize)
 TEST(MessageSpansTest, StepsBecomeTheWayOfAMessage)
 {
     SMessageHistory history = makeHistory();
-    // The end of a message of which the trace tells no more; its thread then begins with another.
-    history.steps.push_back({ 7000, SMessageTrace::eS_Delivered, false, 9, 2, 0, 1 });
-    history.steps.push_back({ 8000, SMessageTrace::eS_Answered, true, 3, 2, 0, 1 });
+    history.texts.push_back("dispatcher");
+    const std::uint8_t queued = SMessageTrace::eS_Queued;
+    const std::uint8_t delivered = SMessageTrace::eS_Delivered;
+    const std::uint8_t answered = SMessageTrace::eS_Answered;
+    for (const SStep& step : {
+             SStep{ 6500, answered, false, 7, 2, 0, 1 },
+             // The dispatcher passes a message on, and does not answer it.
+             SStep{ 6600, queued, false, 9, 1, 0, 2 }, SStep{ 6700, delivered, false, 9, 3, 0, 2 },
+             SStep{ 6800, queued, false, 9, 3, 0, 1 },
+             SStep{ 7000, delivered, false, 9, 2, 0, 1 }, // is not over
+             SStep{ 8000, answered, true, 3, 2, 0, 1 }, // began before the trace
+         }) {
+        history.steps.push_back(step);
+    }
     const std::vector<SMessageSpan> spans = FindMessageSpans(history, 100);
-    ASSERT_EQ(spans.size(), 4u);
+    ASSERT_EQ(spans.size(), 5u);
     EXPECT_EQ(spans[0].command, kHostile);
     EXPECT_EQ(spans[0].GetStart(), 1000u);
     EXPECT_EQ(spans[0].delivered, 2000u);
-    EXPECT_EQ(spans[0].GetEnd(), 6000u); // when its thread was seen last
-    EXPECT_FALSE(spans[0].ended);
+    EXPECT_EQ(spans[0].GetEnd(), 6500u);
+    EXPECT_FALSE(spans[0].isDropped);
     EXPECT_TRUE(spans[1].isDropped);
     EXPECT_EQ(spans[1].GetEnd(), 6000u);
-    EXPECT_EQ(spans[2].GetStart(), 7000u);
-    EXPECT_EQ(spans[3].GetStart(), 8000u);
+    EXPECT_TRUE(spans[2].isPassedOn);
+    EXPECT_EQ(spans[2].GetEnd(), 6800u);
+    EXPECT_EQ(spans[3].GetStart(), 6800u);
+    EXPECT_FALSE(spans[3].ended);
+    EXPECT_EQ(spans[3].GetEnd(), 8000u); // the end of the trace
+    EXPECT_EQ(spans[4].GetStart(), 8000u);
     EXPECT_EQ(FindMessageSpans(history, 1).size(), 1u);
 }
 
