@@ -12,8 +12,8 @@
 /// and change it.
 ///
 /// Ownership: owns the connection; movable, not copyable.
-/// Threads:   one thread may send while another receives; else one thread at a time. Any thread may
-///            set the stop event.
+/// Threads:   one thread at a time, for the end is one of both directions. Any thread may set the
+///            stop event.
 /// Failure:   TuExceptionStream, with host, port and reason, where there comes no connection.
 ///            Afterwards nothing is thrown; GetEnd() tells.
 class TABASE_API TaSocket
