@@ -29,6 +29,7 @@ td.number { text-align: right; font-variant-numeric: tabular-nums; }
 #tree { font: 13px/1.5 ui-monospace, monospace; overflow-wrap: anywhere; }
 #tree details > details, #tree .leaf, #tree .more { margin-left: 1.4rem; unicode-bidi: isolate; }
 #tree i { font-style: normal; }
+#tree b, #tree span, h1 { unicode-bidi: isolate; }
 summary { cursor: pointer; }
 svg text { font: 11px system-ui, sans-serif; fill: var(--ink); }
 svg text.time { fill: var(--soft); }

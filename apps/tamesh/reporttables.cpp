@@ -36,7 +36,7 @@ namespace {
                 if (child.IsSerializable()) {
                     addValue(child, lead);
                 } else if (depth < kDeepest) {
-                    AddChildren(child, lead + child.GetName().ToUtf8() + " ", depth + 1);
+                    AddChildren(child, extend(lead, child.GetName()), depth + 1);
                 }
             }
         }
@@ -51,6 +51,12 @@ namespace {
         }
 
     private:
+        /// Cut, so that a name that is as long as the document is not copied for each of its rows.
+        static std::string extend(const std::string& lead, const CString& name)
+        {
+            constexpr std::size_t kLongest = 1000; // more than is shown
+            return lead.size() < kLongest ? lead + name.Left(kLongest).ToUtf8() + " " : lead;
+        }
         /// Whether there is room for it.
         bool startRow(const std::string& name)
         {
@@ -125,8 +131,7 @@ namespace {
             }
             parameters.GetGroupNames(names);
             for (unsigned int i = 0; i < names.GetSize() && depth < kDeepest; ++i) {
-                const std::string group = lead + names[i].ToUtf8() + " ";
-                addParameters(parameters.GetGroup(names[i]), group, depth + 1);
+                addParameters(parameters.GetGroup(names[i]), extend(lead, names[i]), depth + 1);
             }
         }
         void addPath(const TaPathData& data, const std::string& lead)
