@@ -146,9 +146,11 @@ EStep Await(Handle socket, EReady ready, unsigned int milliseconds)
     const auto slice = static_cast<long>(milliseconds);
     timeval time{ slice / 1000, slice % 1000 * 1000 };
     fd_set sockets{ 1, { asSocket(socket) } };
+    // Of a connection that is refused the third set tells. For one that receives, it would tell of
+    // urgent data, which nobody takes: the wait would never end.
     fd_set failed = sockets;
-    const int count = ::select(0, ready == eR_Read ? &sockets : nullptr,
-        ready == eR_Write ? &sockets : nullptr, &failed, &time);
+    const int count = ready == eR_Read ? ::select(0, &sockets, nullptr, nullptr, &time)
+                                       : ::select(0, nullptr, &sockets, &failed, &time);
     return count > 0 ? eS_Done : count == 0 ? eS_Again : eS_Failed;
 }
 
