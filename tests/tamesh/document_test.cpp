@@ -1,19 +1,24 @@
 #include "tamesh/document.h"
 
 #include "groundwork/tulittleendian.h"
+#include "support/allocationlimit.h"
 #include "support/expectfailure.h"
 #include "support/temporaryfolder.h"
 #include "tabase/tadatanodes.h"
+#include "tabase/tamessagetrace.h"
 #include "tabase/tauniqueid.h"
 #include "tamesh/documentbytes.h"
 #include "tamesh/meshgenerator.h"
 #include "tamesh/meshtext.h"
 #include "tamesh/meshtree.h"
+#include "tamesh/resultvalues.h"
+#include "tamesh/tatracedata.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <string>
 #include <utility>
 
@@ -74,6 +79,69 @@ TEST(DocumentTest, ReadsAllVersionsAndWritesTheBytesOfTheLatest)
         }
         EXPECT_EQ(SaveToBytes(document), golden);
     }
+}
+
+/// A document with one of each result. docs/format.md has led another program to the same values.
+Document makeResults(const SMessageHistory& history)
+{
+    Document document;
+    const auto part = TuMake<TaNode>(u"Results", true, true);
+    insert(document.GetTree(), part, document.GetTree().GetRootNode());
+    const auto add = [&](const auto& node) { insert(document.GetTree(), node, part); };
+    std::vector<std::uint32_t> numbers(70'000); // more than a block
+    std::iota(numbers.begin(), numbers.end(), 5u);
+    SColoring coloring;
+    coloring.title = "title";
+    coloring.lower = -1.5;
+    coloring.upper = 2.5;
+    coloring.names = { "a", "b" };
+    coloring.table = TuMake<TaColorTable>(2ul, 0.25F, 0.75F);
+    coloring.table->SetUnderflowColor(TaColor::FromDword(0x01020304u));
+    coloring.table->SetOverflowColor(TaColor::FromDword(0x05060708u));
+    coloring.table->SetEntryColor(0, TaColor::FromDword(0x090A0B0Cu));
+    coloring.table->SetEntryColor(1, TaColor::FromDword(0x0D0E0F10u));
+    coloring.values = { 0.5F, -0.0F, 1e-40F };
+    TaParameterSet parameters;
+    parameters.SetParameter(u"to", 7);
+    parameters.SetParameter(u"by", u"height");
+    add(TuMake<TaPathNode>(
+        u"Path", TuMake<TaPathData>(SMeshPath{ 3, 9, 1.25, { 3, 4, 9 } }), true, true));
+    add(TuMake<TaNumbersNode>(u"Numbers", TuMake<TaNumbersData>(numbers), true, true));
+    add(TuMake<TaDistanceNode>(u"Distance",
+        TuMake<TaDistanceData>(
+            3u, 0.5, std::vector{ 0.0F, 1.5F, std::numeric_limits<float>::max() }),
+        true, true));
+    add(TuMake<TaColoringNode>(u"Colours", TuMake<TaColoringData>(coloring), true, true));
+    add(TuMake<TaParameterNode>(u"Parameters", TuMake<TaParameterData>(parameters), true, true));
+    add(TuMake<TaTraceNode>(u"Trace", TuMake<TaTraceData>(history), true, true));
+    return document;
+}
+
+TEST(DocumentTest, ResultsAreReadAndWrittenAsTheBytesOfTheirFirstVersion)
+{
+    SMessageHistory history;
+    history.texts = { "Command", "Export" };
+    history.steps = { { 1'000'000'000'000, SMessageTrace::eS_Dropped, true, 7, 8, 0, 1 } };
+    history.commands = { { 7, "info" } };
+    const std::string golden = ReadFile(TA_TEST_DATA_FOLDER "/tamesh_results_2.tadoc");
+    EXPECT_TRUE(SaveToBytes(makeResults(history)) == golden);
+    Document document;
+    LoadFromBytes(document, golden);
+    EXPECT_TRUE(SaveToBytes(document) == golden);
+    for (int i = 0; i < 3; ++i) { // steps that make no sense
+        SMessageHistory wrong = history;
+        wrong.steps[0].step = i == 0 ? SMessageTrace::eS_Dropped + 1 : SMessageTrace::eS_Queued;
+        wrong.steps[0].messageClass = i == 1 ? 2 : 0;
+        wrong.steps[0].handler = i == 2 ? 2 : 0;
+        expectRefused<TuExceptionStream>(SaveToBytes(makeResults(wrong)));
+    }
+    const std::string hostile = WithPayload(golden, u"Results", [](std::string& payload) {
+        const std::string count("\2\0\0\0\0\0\x80\x3E", 8); // of colours, and their range
+        payload.replace(payload.find(count), 4, "\xFF\xFF\xFF\xFF");
+    });
+    const AllocationLimit limit(1'000'000);
+    expectRefused<TuExceptionStream>(hostile);
+    EXPECT_LT(limit.GetLargest(), std::size_t{ 1 } << 20);
 }
 
 TEST(DocumentTest, HoldsAnyPartsOfAnyTreeAndHandsThemOver)
