@@ -184,6 +184,17 @@ TEST(HtmlReportTest, WhatDoesNotFitTheMeshIsLeftOutWithANote)
         EXPECT_TRUE(has(page, note)) << note;
     }
     EXPECT_TRUE(has(page, "width=\"1200\" height=\"900\" src=\"data:"));
+
+    Document another(makeSquare());
+    TaParameterSet nowhere = makePictureOptions(200);
+    nowhere.SetParameter(u"view-x", std::numeric_limits<double>::quiet_NaN());
+    PartMaker(another, SPartNames::kPicture)
+        .Add<TaParameterNode>(SPartNames::kParameters, TaParameterData(nowhere));
+    PartMaker(another, SPartNames::kPath) // longer than any through four vertices
+        .Add<TaPathNode>(SPartNames::kData, TaPathData({ 0, 1, 1.0, { 0, 1, 0, 1, 0, 1 } }));
+    const std::string second = report(another);
+    EXPECT_TRUE(has(second, "The stored options make no picture"));
+    EXPECT_TRUE(has(second, "The path is left out"));
 }
 
 TEST(HtmlReportTest, LargeDocumentsMakePagesOfBoundedSize)
@@ -211,8 +222,19 @@ TEST(HtmlReportTest, LargeDocumentsMakePagesOfBoundedSize)
         .Add<TaTraceNode>(SPartNames::kData, TaTraceData(history))
         .Add<TaNumbersNode>(
             u"numbers", TaNumbersData(std::vector<std::uint32_t>(std::size_t{ 1 } << 20)));
+    for (int i = 0; i < 40; ++i) {
+        PartMaker many(document, u"many");
+        for (int j = 0; j < 100; ++j) {
+            many.Add<TaDataNodeUInt64>(u"counted", TuUInt64(4));
+        }
+    }
     const std::string page = report(document);
     EXPECT_LT(page.size(), 2u << 20);
+    std::size_t nodes = 0;
+    for (std::size_t at = 0; (at = page.find("<b>", at)) != page.npos; ++at) {
+        ++nodes;
+    }
+    EXPECT_LE(nodes, 3000u);
     for (const char* text : { "… 9800 more", "… 1 more", "… and more",
              "messages, of other handlers", "The trace goes on" }) {
         EXPECT_TRUE(has(page, text)) << text;
