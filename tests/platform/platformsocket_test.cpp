@@ -52,7 +52,10 @@ TEST(PlatformSocketTest, BothSidesSendUntilTheyShutDown)
     ASSERT_TRUE(pair.near.ShutDownSending());
     EXPECT_EQ(receiveAll(pair.far, end), "ask");
     EXPECT_EQ(end, eSR_Ended);
-    const std::string text(3'000'000, 'x'); // more than the system keeps on the way
+    std::string text(20'000'000, 'x'); // more than the system keeps on the way
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        text[i] = static_cast<char>(i % 251);
+    }
     std::thread sender([&] {
         EXPECT_EQ(pair.far.Send(text.data(), text.size(), kPatience), eSR_Done);
         pair.far.Close();

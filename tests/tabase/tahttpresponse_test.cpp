@@ -192,6 +192,11 @@ TEST(TaHTTPResponseTest, TheEndOfTheConnectionCountsOnlyWhereTheAnswerHasNone)
     EXPECT_EQ(response.GetEnd().text, u"late");
     EXPECT_EQ(response.GetBody(), u"12");
     EXPECT_EQ(response.GetStatus(), 200u);
+
+    TaHTTPResponse endless;
+    EXPECT_TRUE(endless.Take("HTTP/1.1 200 OK\r\n\r\n12"));
+    endless.End({ eNE_Failed, u"reset" });
+    EXPECT_EQ(endless.GetEnd().kind, eNE_Failed);
 }
 
 } // namespace

@@ -96,6 +96,11 @@ TEST(TaStreamTCPIPTest, WhatIsWrittenIsReadBack)
     EXPECT_TRUE(text.IsEmpty());
     EXPECT_TRUE(reader.IsEndOfStream());
     EXPECT_EQ(reader.GetEnd().kind, eNE_Closed);
+
+    TaStreamReadASCIITCPIP closed("127.0.0.1", server.GetPort());
+    closed >> number;
+    closed.Close(); // with what has come and was not read
+    ExpectFailure<TuExceptionStream>([&] { closed >> real; });
 }
 
 TEST(TaStreamTCPIPTest, ASourceKnowsWhyItEnded)
