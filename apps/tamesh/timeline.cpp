@@ -213,11 +213,18 @@ namespace {
             const std::uint64_t end = span.GetEnd();
             const std::uint64_t begin = std::clamp(span.delivered.value_or(end), start, end);
             m_html.Mark("<g class=\"bar\"><title>");
-            m_html.Text(getLabel(span)).Mark("\n").Text(getOutcome(span)).Mark(", waited ");
-            addTime(m_html, getDuration(span.queued, span.delivered));
-            m_html.Mark(" ms, took ");
-            addTime(m_html, getDuration(span.delivered, span.GetEnd()));
-            m_html.Mark(" ms</title>");
+            m_html.Text(getLabel(span)).Mark("\n").Text(getOutcome(span));
+            if (const auto waited = getDuration(span.queued, span.delivered); waited) {
+                m_html.Mark(", waited ");
+                addTime(m_html, waited);
+                m_html.Mark(" ms");
+            }
+            if (const auto took = getDuration(span.delivered, span.GetEnd()); took) {
+                m_html.Mark(", took ");
+                addTime(m_html, took);
+                m_html.Mark(" ms");
+            }
+            m_html.Mark("</title>");
             m_html.Mark("<rect class=\"wait\"");
             addBox(start, begin, top);
             m_html.Mark("/><rect class=\"work\"");
