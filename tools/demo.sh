@@ -195,7 +195,8 @@ for mesh in "${inputs[@]}"; do
     pack_small "$mesh"
 done
 
-serve() { # a folder; prints the port: a server on this machine alone, until the demo ends
+serve() { # a folder: a server on this machine alone, until the demo ends; its port is in a file
+    rm -f "$results/port"
     python3 - "$1" <<'PYTHON' >"$results/port" &
 import functools, http.server, sys
 handler = functools.partial(http.server.SimpleHTTPRequestHandler, directory=sys.argv[1])
