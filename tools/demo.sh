@@ -136,6 +136,24 @@ find_path() { # a mesh, the length that its path should have
     echo "$name.png: $(figure length cat "$name.txt") long, $(figure vertices cat "$name.txt") vertices"
 }
 
+serve() { # a folder: a server on this machine alone, until the demo ends; its port is in a file
+    rm -f "$results/port"
+    python3 - "$1" <<'PYTHON' >"$results/port" &
+import functools, http.server, sys
+handler = functools.partial(http.server.SimpleHTTPRequestHandler, directory=sys.argv[1])
+handler.log_message = lambda *_: None
+server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), handler)
+print(server.server_port, flush=True)
+server.serve_forever()
+PYTHON
+    server=$!
+    trap 'kill $server 2>/dev/null || true' EXIT
+    for _ in $(seq 100); do
+        [ ! -s "$results/port" ] || break
+        sleep 0.1
+    done
+}
+
 step 'What it needs, and building it'
 tools/setup.sh
 quietly cmake --preset release
@@ -194,24 +212,6 @@ step 'Packed to a fraction: lossless, then with 14 bits for each coordinate'
 for mesh in "${inputs[@]}"; do
     pack_small "$mesh"
 done
-
-serve() { # a folder: a server on this machine alone, until the demo ends; its port is in a file
-    rm -f "$results/port"
-    python3 - "$1" <<'PYTHON' >"$results/port" &
-import functools, http.server, sys
-handler = functools.partial(http.server.SimpleHTTPRequestHandler, directory=sys.argv[1])
-handler.log_message = lambda *_: None
-server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), handler)
-print(server.server_port, flush=True)
-server.serve_forever()
-PYTHON
-    server=$!
-    trap 'kill $server 2>/dev/null || true' EXIT
-    for _ in $(seq 100); do
-        [ ! -s "$results/port" ] || break
-        sleep 0.1
-    done
-}
 
 step 'The whole road: a session from a mesh to a document and a report'
 first=${inputs[0]}
