@@ -100,9 +100,14 @@ def measure(tamesh):
     return table
 
 
+def three_digits(number):
+    return f"{number:,.0f}" if number >= 100 else f"{number:.3g}"
+
+
 def cell(result, vertices):
     seconds, memory = result
-    text = f"{seconds * 1e3:.3g} ms, {seconds / vertices * 1e9:.3g} ns"
+    time_text = f"{three_digits(seconds)} s" if seconds >= 1 else f"{three_digits(seconds * 1e3)} ms"
+    text = f"{time_text}, {three_digits(seconds / vertices * 1e9)} ns"
     return text + (f", {memory:,.0f} MiB" if memory else "")
 
 
