@@ -49,12 +49,6 @@ void TaMeshData::Serialize(TuStreamReadBinary& stream)
     }
 }
 
-Mesh TaMeshData::TakeMesh()
-{
-    m_packed.reset();
-    return std::exchange(m_mesh, Mesh());
-}
-
 void TaMeshData::Pack(const CoordinateForm& form, Progress* progress)
 {
     m_packed = std::make_unique<TaPackedMeshRecord>(m_mesh, form, progress);

@@ -39,14 +39,10 @@ public:
     void Serialize(TuStreamReadBinary& stream) override;
 
     const Mesh& GetMesh() const { return m_mesh; }
-    /// Leaves no mesh.
-    Mesh TakeMesh();
 
     /// From now on, the mesh is stored in this packed form, which may move its vertices: the value
     /// itself keeps them. `progress` comes to the count of vertices and faces.
     void Pack(const CoordinateForm& form, Progress* progress = nullptr);
-    /// From now on, the mesh is stored plainly.
-    void Unpack() { m_packed.reset(); }
     /// Null where the mesh is stored plainly, as it is at first.
     const TaPackedMeshRecord* GetPacked() const { return m_packed.get(); }
 

@@ -373,10 +373,10 @@ TEST_F(RunTest, AFailureEndsTheScriptUnlessItIsToGoOn)
     const std::string error = "nothing: no such mesh is open, but: strip\n";
     EXPECT_EQ(run(script), eEC_Failed);
     EXPECT_EQ(takeOutput(), "strip: 8 vertices, 3 faces, of @strip.off\n");
-    EXPECT_EQ(takeErrors(), error);
-    EXPECT_EQ(run(script, true), eEC_Failed);
+    EXPECT_EQ(takeErrors(), error + "@script:1: failed: info nothing\n");
+    EXPECT_EQ(run("\n" + script, true), eEC_Failed);
     EXPECT_TRUE(takeOutput().ends_with(" path 0 1\n"));
-    EXPECT_EQ(takeErrors(), error);
+    EXPECT_EQ(takeErrors(), error + "@script:2: failed: info nothing\n");
     // One in the background is noticed at the latest at the end.
     EXPECT_EQ(run("info nothing &\nlocks"), eEC_Failed);
     EXPECT_EQ(takeErrors(), error);

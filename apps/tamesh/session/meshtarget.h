@@ -18,7 +18,7 @@ class MeshGraph;
 ///     target.Store(SPartNames::kPath, [&](NewPart& part) { part.Add(...); });
 ///
 /// Threads: one.
-/// Failure: MeshFailure for what is not there, or held by others for too long; Interrupted.
+/// Failure: MeshFailure for what is not there, or not any more; Interrupted.
 class MeshTarget
 {
 public:

@@ -11,7 +11,7 @@ NewPart::NewPart(TaDataManager& manager, const TuSmartPointer<TaNode>& mesh, con
     , m_former(mesh->FindChild(name))
     , m_part(TuMake<TaNode>(name, true, true))
 {
-    Add(m_part, mesh);
+    insert(m_part, mesh);
 }
 
 NewPart::~NewPart()
@@ -25,7 +25,7 @@ NewPart::~NewPart()
     }
 }
 
-void NewPart::Add(const TuSmartPointer<TaNode>& node, const TuSmartPointer<TaNode>& parent)
+void NewPart::insert(const TuSmartPointer<TaNode>& node, const TuSmartPointer<TaNode>& parent)
 {
     if (!m_manager.InsertNode(node, parent)) {
         throw TuException(TU_HERE);

@@ -10,7 +10,7 @@ namespace tamesh {
 /// A part of a mesh that a command puts in the place of an older one of that name.
 ///
 ///     NewPart part(manager, mesh, SPartNames::kPath);
-///     part.Add<TaDataNodeFloat64, TuFloat64>(u"Length", length);
+///     part.AddValue<TaDataNodeFloat64, TuFloat64>(u"Length", length);
 ///     part.Finish();
 ///
 /// Threads: the thread holds a write lock on the mesh's node, and loses it in Finish.
@@ -24,25 +24,19 @@ public:
     NewPart(const NewPart&) = delete;
     NewPart& operator=(const NewPart&) = delete;
 
-    /// Below the part, or below a node of it.
-    void Add(const TuSmartPointer<TaNode>& node) { Add(node, m_part); }
-    void Add(const TuSmartPointer<TaNode>& node, const TuSmartPointer<TaNode>& parent);
+    void Add(const TuSmartPointer<TaNode>& node) { insert(node, m_part); }
     /// A data node with a new value, made of `value`.
     template <class DataNode, class Data, class Value>
     void AddValue(const CString& name, Value&& value)
     {
-        AddValue<DataNode, Data>(name, std::forward<Value>(value), m_part);
-    }
-    template <class DataNode, class Data, class Value>
-    void AddValue(const CString& name, Value&& value, const TuSmartPointer<TaNode>& parent)
-    {
-        Add(TuMake<DataNode>(name, TuMake<Data>(std::forward<Value>(value)), true, true), parent);
+        Add(TuMake<DataNode>(name, TuMake<Data>(std::forward<Value>(value)), true, true));
     }
 
     /// Takes the older one away, and gives back all locks of the thread.
     void Finish();
 
 private:
+    void insert(const TuSmartPointer<TaNode>& node, const TuSmartPointer<TaNode>& parent);
     void remove(const TuSmartPointer<TaNode>& part);
 
     TaDataManager& m_manager;

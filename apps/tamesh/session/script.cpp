@@ -52,7 +52,11 @@ namespace {
                 if (mustStop() || command.command.id == eCI_Quit) {
                     break;
                 }
-                execute(command.command);
+                if (execute(command.command) == eEC_Failed && command.command.id != eCI_Wait) {
+                    m_session.GetPrinter().PrintNotice(m_options.script + ":"
+                        + std::to_string(command.line) + ": failed: " + command.command.text
+                        + "\n");
+                }
             }
             take(m_session.Wait());
             if (m_session.GetPrinter().IsOutputLost()) {
@@ -63,7 +67,12 @@ namespace {
         }
 
     private:
-        void execute(const SCommand& command) { take(m_session.Execute(command)); }
+        EExitCode execute(const SCommand& command)
+        {
+            const EExitCode code = m_session.Execute(command);
+            take(code);
+            return code;
+        }
         void take(EExitCode code) { m_code = m_code == eEC_Done ? code : m_code; }
         bool mustStop() const
         {

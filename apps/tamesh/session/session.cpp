@@ -5,8 +5,7 @@
 namespace tamesh {
 
 Session::Session(IConsole& console, Settings& settings)
-    : m_console(console)
-    , m_settings(settings)
+    : m_settings(settings)
     , m_coordinator(m_trace)
     , m_printer(console, m_coordinator)
     , m_parts{ m_tree, console, m_coordinator }

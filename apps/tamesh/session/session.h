@@ -34,7 +34,6 @@ public:
     EExitCode Wait() { return m_coordinator.WaitForAll(); }
     bool IsIdle() const { return m_coordinator.IsIdle(); }
 
-    IConsole& GetConsole() { return m_console; }
     SessionTree& GetTree() { return m_tree; }
     Coordinator& GetCoordinator() { return m_coordinator; }
     ReportPrinter& GetPrinter() { return m_printer; }
@@ -47,7 +46,6 @@ private:
             m_settings.GetNetworkTimeout() };
     }
 
-    IConsole& m_console;
     Settings& m_settings;
     SessionTree m_tree;
     TraceRecorder m_trace;
